@@ -1,0 +1,77 @@
+#include "SystemLog.h"
+
+#include <syslog.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+
+namespace {
+
+std::atomic<LogCapture *> g_capture{nullptr};
+
+void OpenSystemLogOnce() {
+  static std::once_flag once;
+  std::call_once(once, [] { openlog("Mrvtq5dk", LOG_PID, LOG_USER); });
+}
+
+}  // namespace
+
+void SystemLog(const char *format, ...) {
+  va_list args;
+  va_start(args, format);
+  va_list copy;
+  va_copy(copy, args);
+  const int length = std::vsnprintf(nullptr, 0, format, copy);
+  va_end(copy);
+  std::string line(length > 0 ? static_cast<size_t>(length) : 0, '\0');
+  if (length > 0) std::vsnprintf(line.data(), line.size() + 1, format, args);
+  va_end(args);
+
+  OpenSystemLogOnce();
+  syslog(LOG_NOTICE, "%s", line.c_str());
+
+  LogCapture *capture = g_capture.load();
+  if (capture == nullptr || capture->echoesToStderr()) {
+    std::fprintf(stderr, "Mrvtq5dk: %s\n", line.c_str());
+  }
+  if (capture != nullptr) capture->append(std::move(line));
+}
+
+LogCapture::LogCapture(bool echoToStderr) : echo_(echoToStderr) {
+  g_capture.store(this);
+}
+
+LogCapture::~LogCapture() {
+  g_capture.store(nullptr);
+}
+
+void LogCapture::append(std::string line) {
+  std::lock_guard lock(mutex_);
+  lines_.push_back(std::move(line));
+}
+
+std::vector<std::string> LogCapture::lines() const {
+  std::lock_guard lock(mutex_);
+  return lines_;
+}
+
+bool LogCapture::contains(std::string_view line) const {
+  std::lock_guard lock(mutex_);
+  return std::find(lines_.begin(), lines_.end(), line) != lines_.end();
+}
+
+std::vector<std::string> LogCapture::startingWith(std::string_view prefix) const {
+  std::lock_guard lock(mutex_);
+  std::vector<std::string> found;
+  for (const std::string &line : lines_) {
+    if (std::string_view(line).substr(0, prefix.size()) == prefix) found.push_back(line);
+  }
+  return found;
+}
+
+void LogCapture::clear() {
+  std::lock_guard lock(mutex_);
+  lines_.clear();
+}

@@ -1,0 +1,108 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en_US">
+<context>
+    <name></name>
+    <message id="initial_error">
+        <source>initial_error</source>
+        <translation>Could not open the device's port. Unplug the device and plug it in again.</translation>
+    </message>
+    <message id="open_serial_port">
+        <source>open_serial_port</source>
+        <translation>Connecting to the device…</translation>
+    </message>
+    <message id="target_model_error">
+        <source>target_model_error</source>
+        <translation>This device is not a QM482. Connect a Corvamund QM482.</translation>
+    </message>
+    <message id="recive_fail">
+        <source>recive_fail</source>
+        <translation>The download stopped: the device sent no more data. Check the cable and try again.</translation>
+    </message>
+    <message id="retry_recive_fail">
+        <source>retry_recive_fail</source>
+        <translation>The download failed after two retries. Check the cable and try again.</translation>
+    </message>
+    <message id="download_complete">
+        <source>download_complete</source>
+        <translation>Download complete.
+</translation>
+    </message>
+    <message id="corvamund_already_exist">
+        <source>corvamund_already_exist</source>
+        <translation>A Corvamund device was already connected when Mrvtq5dk started. Unplug it, start Mrvtq5dk again, then plug the device in.</translation>
+    </message>
+    <message id="Disconnect">
+        <source>Disconnect</source>
+        <translation>Disconnected</translation>
+    </message>
+    <message id="label_poweron_message">
+        <source>label_poweron_message</source>
+        <translation>Turn the device on and connect it with the USB cable.</translation>
+    </message>
+    <message id="button_reconnect">
+        <source>button_reconnect</source>
+        <translation>Reconnect</translation>
+    </message>
+    <message id="label_index_search_range">
+        <source>label_index_search_range</source>
+        <translation>Period shown</translation>
+    </message>
+    <message id="label_recorded_voice">
+        <source>label_recorded_voice</source>
+        <translation>Voice recordings</translation>
+    </message>
+    <message id="button_download_voice">
+        <source>button_download_voice</source>
+        <translation>Download voice</translation>
+    </message>
+    <message id="label_dive_log">
+        <source>label_dive_log</source>
+        <translation>Dive logs</translation>
+    </message>
+    <message id="button_download_log">
+        <source>button_download_log</source>
+        <translation>Download log</translation>
+    </message>
+    <message id="comboBox_index_search_range0">
+        <source>comboBox_index_search_range0</source>
+        <translation>1 month</translation>
+    </message>
+    <message id="comboBox_index_search_range1">
+        <source>comboBox_index_search_range1</source>
+        <translation>3 months</translation>
+    </message>
+    <message id="comboBox_index_search_range2">
+        <source>comboBox_index_search_range2</source>
+        <translation>6 months</translation>
+    </message>
+    <message id="comboBox_index_search_range3">
+        <source>comboBox_index_search_range3</source>
+        <translation>1 year</translation>
+    </message>
+    <message id="comboBox_index_search_range4">
+        <source>comboBox_index_search_range4</source>
+        <translation>2 years</translation>
+    </message>
+    <message id="comboBox_index_search_range5">
+        <source>comboBox_index_search_range5</source>
+        <translation>5 years</translation>
+    </message>
+    <message id="Cancel">
+        <source>Cancel</source>
+        <translation>Cancel</translation>
+    </message>
+    <message id="Could not save changes while quitting. Quit anyway?">
+        <source>Could not save changes while quitting. Quit anyway?</source>
+        <translation>Could not save changes while quitting. Quit anyway?</translation>
+    </message>
+    <message id="Quitting now will lose any changes you have made since the last successful save">
+        <source>Quitting now will lose any changes you have made since the last successful save</source>
+        <translation>Quitting now will lose any changes you have made since the last successful save.</translation>
+    </message>
+    <message id="Quit anyway">
+        <source>Quit anyway</source>
+        <translation>Quit anyway</translation>
+    </message>
+</context>
+</TS>

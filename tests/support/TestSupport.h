@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+// A fresh temporary folder that stands in for the user's home: HOME and the XDG folders
+// point into it, so the Downloads folder is <home>/Downloads.
+class TemporaryHome {
+ public:
+  TemporaryHome();
+  ~TemporaryHome();
+  QString path() const { return dir_.path(); }
+  QString downloads() const { return dir_.path() + QStringLiteral("/Downloads"); }
+
+ private:
+  QTemporaryDir dir_;
+  QByteArray oldHome_, oldConfig_;
+};
+
+QByteArray ReadFile(const QString &path);
+void WriteFile(const QString &path, const QByteArray &bytes);
+
+// Runs a program to its end and returns what it printed on stdout; fails the test when
+// it cannot start or exits with a nonzero status.
+QString RunProgram(const QString &program, const QStringList &arguments);
+
+// While alive, no file of this process may grow past the given size: writes beyond it
+// fail as on a full disk.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(long long bytes);
+  ~FileSizeLimit();
+
+ private:
+  long long oldSoft_;
+};
