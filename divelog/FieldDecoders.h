@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <cstdint>
+#include <stdexcept>
+
+// Readers for single fields of the device's binary records. A missing record (nullptr)
+// reads as zeros, each call logging it; an index outside a present record throws
+// DataRangeError, which the CSV writer catches to end its file early.
+
+class DataRangeError : public std::out_of_range {
+ public:
+  using std::out_of_range::out_of_range;
+};
+
+// Unsigned byte (0..255).
+int32_t NSDataToInt(const QByteArray *data, int32_t index);
+// Unsigned 16-bit little-endian word (0..65535).
+int32_t NSData2ToInt(const QByteArray *data, int32_t index);
+// The byte as two packed BCD digits, unchecked: 0xFF reads 165, 0x1A reads 20.
+int32_t bcd2bin(const QByteArray *data, int32_t index);
+
+// Date and time styles: list text, or file names and CSV.
+inline constexpr uint8_t kListStyle = 1;  // "yyyy/MM/dd", "HH:mm"
+inline constexpr uint8_t kFileStyle = 0;  // "yyyy-MM-dd", "HH-mm"
+
+// The device's clock runs on UTC, while divers read its times in Japan time: the five BCD
+// bytes are read as a UTC instant and shown at UTC+9. The single date 99-12-31 is the
+// device's mark for an unset clock and lies in 1999; every other year in 2000-2099.
+// The text readers return a null QString when the bytes make no valid date.
+QString NSDataToNSDateJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
+                          int32_t hour, int32_t minute, uint8_t style);
+QString NSDataToNSTimeJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
+                          int32_t hour, int32_t minute, uint8_t style);
+// The Japan-time day as yyyymmdd; 20220101 when the bytes make no valid date.
+int32_t NSDataToNSDateNumberJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
+                                int32_t hour, int32_t minute);

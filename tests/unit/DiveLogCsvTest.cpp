@@ -1,0 +1,176 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include "DiveLogCsv.h"
+#include "DiveLogPage.h"
+#include "SystemLog.h"
+#include "TestSupport.h"
+
+namespace {
+
+using namespace DiveLogPage;
+
+void PutWord(QByteArray &page, int offset, int value) {
+  page[offset] = char(value & 0xFF);
+  page[offset + 1] = char(value >> 8);
+}
+
+void PutSample(QByteArray &page, int k, QByteArray bytes) {
+  page.replace(k * kSampleBytes, kSampleBytes, bytes);
+}
+
+// A dive of 5 November 2023, 14:00 to 14:45 on the device clock.
+QByteArray SampleDive(int profileSize) {
+  QByteArray page(kBytes, '\0');
+  page[kEntryMinute] = 0x00;
+  page[kEntryHour] = 0x14;
+  page[kExitMinute] = 0x45;
+  page[kExitHour] = 0x14;
+  page[kDay] = 0x05;
+  page[kMonth] = 0x11;
+  page[kYear] = 0x23;
+  page[kSamplingInterval] = 5;
+  page[kDayCount] = 2;
+  page[kCns] = 17;
+  page[kWarningFlags] = char(0x41);      // SLOW, and the bit without a text
+  page[kInformationFlags] = char(0x0B);  // BATTERY_LOW, and two bits without texts
+  page[kSafetyFactor] = 1;
+  page[kEntryPressure] = char(198);
+  page[kOxygenPercent] = 21;
+  for (int i = 0; i < kBodyNitrogenCount; ++i) page[kBodyNitrogen + i] = char(100 + i);
+  PutWord(page, kDiveTimeMinutes, 45);
+  PutWord(page, kMaxDepth, 1834);
+  PutWord(page, kAverageDepth, 1020);
+  PutWord(page, kTemperature, 65526);  // -1.0
+  PutWord(page, kProfileSize, profileSize);
+  PutWord(page, kOtu, 12);
+  PutSample(page, 0, QByteArray::fromHex("0000d7000a531500"));
+  PutSample(page, 1, QByteArray::fromHex("f401d2000a531580"));
+  PutSample(page, 2, QByteArray::fromHex("4e07d7000a531521"));
+  return page;
+}
+
+const char kSampleDiveCsv[] =
+    "date,2023-11-05\n"
+    "entry time,23:00\n"
+    "exit time,23:45\n"
+    "sampling,5\n"
+    "day_count,2\n"
+    "cns,17\n"
+    "warning,SLOW,\n"
+    "infomation,BATTERY_LOW,\n"
+    "safe facter,1\n"
+    "pressure on entry,1013.76,hPa\n"
+    "o2_per,21\n"
+    "dive time,45\n"
+    "max depth,18.34\n"
+    "ave depth,10.20\n"
+    "temperature,-1.0\n"
+    "profile size,3\n"
+    "otu,12\n"
+    "body nitrogen,100,101,102,103,104,105,106,107,108,109,110,111,112,113,114,115,\n"
+    "\n"
+    "profile\n"
+    "time,depth,temperature,gas pressure,n2,o2,o2per,warning\n"
+    "0,0.00,21.5,10,5,3,21,\n"
+    "5,5.00,21.0,10,5,3,21,OUT,\n"
+    "10,18.70,21.5,10,5,3,21,SLOW,DALM,\n";
+
+class DiveLogCsvTest : public ::testing::Test {
+ protected:
+  QTemporaryDir dir;
+  QString path = dir.filePath("2023-11-05_23-00_45_profile.csv");
+};
+
+TEST_F(DiveLogCsvTest, WritesTheDiveByteForByte) {
+  WriteFile(path, "an older file that must not survive, nor be appended to\n");
+  const QByteArray page = SampleDive(3);
+  ASSERT_TRUE(DiveLogCsvSave(path, &page));
+  EXPECT_EQ(ReadFile(path), QByteArray(kSampleDiveCsv));
+}
+
+TEST_F(DiveLogCsvTest, AnIndependentCsvReaderSeesTheFields) {
+  const QByteArray page = SampleDive(3);
+  ASSERT_TRUE(DiveLogCsvSave(path, &page));
+  const QString python = QStandardPaths::findExecutable("python3");
+  ASSERT_FALSE(python.isEmpty()) << "python3 is needed for this test";
+  const QString json = RunProgram(
+      python,
+      {"-c", "import csv, json, sys; print(json.dumps(list(csv.reader(open(sys.argv[1])))))",
+       path});
+  const QJsonArray rows = QJsonDocument::fromJson(json.toUtf8()).array();
+  ASSERT_EQ(rows.size(), 24);
+  EXPECT_EQ(rows[9].toArray().toVariantList(),
+            QVariantList({"pressure on entry", "1013.76", "hPa"}));
+  EXPECT_EQ(rows[17].toArray().size(), 18);  // key, 16 tissues, the empty field after the comma
+  EXPECT_TRUE(rows[18].toArray().isEmpty());
+  EXPECT_EQ(rows[23].toArray().toVariantList(),
+            QVariantList({"10", "18.70", "21.5", "10", "5", "3", "21", "SLOW", "DALM", ""}));
+}
+
+TEST_F(DiveLogCsvTest, AllFlagsAndNoneKeepTheirOwnTables) {
+  QByteArray page = SampleDive(0);
+  page[kWarningFlags] = char(0xFF);
+  page[kInformationFlags] = char(0xFF);
+  PutSample(page, 0, QByteArray::fromHex("00000000000000ff"));
+  ASSERT_TRUE(DiveLogCsvSave(path, &page));
+  const QByteArray all = ReadFile(path);
+  EXPECT_TRUE(all.contains("\nwarning,SLOW,DECO,DECO_DEPTH,PO2,O2,MAX_DEPTH,OUT_OF_RANGE,\n"));
+  EXPECT_TRUE(
+      all.contains("\ninfomation,SENSOR_ERROR,BATTERY_LOW,TEMPERATURE_ERROR,DEVICE_ERROR,\n"));
+  // No profile: the file ends with the column heads.
+  EXPECT_TRUE(all.endsWith("profile\ntime,depth,temperature,gas pressure,n2,o2,o2per,warning\n"));
+
+  page[kWarningFlags] = 0;
+  page[kInformationFlags] = 0;
+  page[kEntryPressure] = char(200);
+  PutWord(page, kProfileSize, 1);
+  ASSERT_TRUE(DiveLogCsvSave(path, &page));
+  const QByteArray none = ReadFile(path);
+  EXPECT_TRUE(none.contains("\nwarning,\ninfomation,\n"));
+  EXPECT_TRUE(none.contains("\npressure on entry,1024.00,hPa\n"));
+  EXPECT_TRUE(none.endsWith("\n0,0.00,0.0,0,0,0,0,SLOW,DECO,DEPTH,PO2,O2,DALM,OUT,\n"));
+}
+
+TEST_F(DiveLogCsvTest, ProfileSizePastThePageEndsTheFileEarly) {
+  LogCapture log;
+  // 504 samples fill the profile area; 505 to 512 read the summary as samples; the 513th
+  // would start at byte 4096.
+  const QByteArray page = SampleDive(513);
+  EXPECT_FALSE(DiveLogCsvSave(path, &page));
+  const QList<QByteArray> lines = ReadFile(path).split('\n');
+  EXPECT_EQ(lines.size(), 21 + 512 + 1);  // header block, 512 samples, empty after the last
+  EXPECT_TRUE(lines[21 + 511].startsWith(QByteArray(QByteArray::number(511 * 5) + ",")));
+  EXPECT_EQ(log.startingWith("exception:").size(), 1u);
+}
+
+TEST_F(DiveLogCsvTest, FullDiskEndsTheFileAndKeepsWhatWasWritten) {
+  LogCapture log;
+  const QByteArray page = SampleDive(3);
+  {
+    FileSizeLimit limit(100);
+    EXPECT_FALSE(DiveLogCsvSave(path, &page));
+  }
+  EXPECT_EQ(log.startingWith("exception:").size(), 1u);
+  const QByteArray kept = ReadFile(path);
+  EXPECT_GT(kept.size(), 0);
+  EXPECT_LE(kept.size(), 100);
+  EXPECT_TRUE(QByteArray(kSampleDiveCsv).startsWith(kept));
+}
+
+TEST_F(DiveLogCsvTest, MissingPageWritesZerosAndMissingPathWritesNothing) {
+  LogCapture log;
+  ASSERT_TRUE(DiveLogCsvSave(path, nullptr));
+  const QByteArray zeros = ReadFile(path);
+  EXPECT_TRUE(zeros.startsWith("date,\nentry time,\nexit time,\nsampling,0\n"));
+  EXPECT_TRUE(zeros.endsWith("warning\n"));
+  EXPECT_FALSE(DiveLogCsvSave(QString(), nullptr));
+  EXPECT_TRUE(log.contains("DiveLogCsvSave:filename is nil!."));
+}
+
+}  // namespace
