@@ -220,6 +220,7 @@ void DeviceSimulator::feedClip(int64_t nowMs) {
 }
 
 int64_t DeviceSimulator::nextWakeMs(int64_t nowMs) const {
+  if (hangupAtMs_ >= 0) return hangupAtMs_;
   if (!queue_.empty()) {
     int64_t at = std::max(queue_.front().notBeforeMs, nowMs);
     if (options_.bytesPerSecond > 0 && tokens_ < 1) {
@@ -247,6 +248,9 @@ bool DeviceSimulator::writeSome(int masterFd, int64_t nowMs) {
     if (segment.payload && options_.hangupAfterBytes >= 0) {
       allowed = std::min(allowed, options_.hangupAfterBytes - payloadSent_);
       if (allowed <= 0) {
+        // Let the host read what was sent before the line goes dead.
+        if (hangupAtMs_ < 0) hangupAtMs_ = nowMs + 100;
+        if (nowMs < hangupAtMs_) return true;
         close(masterFd);
         hungUp_ = true;
         return false;

@@ -89,6 +89,7 @@ class DeviceSimulator {
   ClipStream clip_;
   bool clipActive_ = false;
   int64_t payloadSent_ = 0;
+  int64_t hangupAtMs_ = -1;
   double tokens_ = 0;
   int64_t lastRefillMs_ = 0;
   uint32_t garbageState_;

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <memory>
+#include <thread>
+
+#include "DeviceSimulator.h"
+
+// The simulator serving a fresh pseudo-terminal on its own thread for the life of the
+// object; the code under test opens slavePath() as the device's serial port.
+class SimulatedDevice {
+ public:
+  explicit SimulatedDevice(sim::Contents contents, sim::Options options = {});
+  ~SimulatedDevice();
+
+  QString slavePath() const { return slavePath_; }
+  sim::DeviceSimulator &device() { return *device_; }
+
+ private:
+  QString slavePath_;
+  int master_ = -1;
+  std::unique_ptr<sim::DeviceSimulator> device_;
+  std::thread thread_;
+};
+
+// The host end of the line opened raw, for talking to the simulator directly.
+class RawPort {
+ public:
+  explicit RawPort(const QString &path);
+  ~RawPort();
+  void send(const QByteArray &bytes);
+  // Everything that arrives until the line has been quiet for quietMs.
+  QByteArray readUntilQuiet(int quietMs = 150);
+  // One read, waiting at most timeoutMs; empty on timeout, "EOF" cleared flag on hang-up.
+  QByteArray readOnce(int timeoutMs);
+  // Reads until count bytes arrived or timeoutMs passed.
+  QByteArray readExactly(qsizetype count, int timeoutMs = 10000);
+  bool sawEndOfFile() const { return endOfFile_; }
+
+ private:
+  int fd_ = -1;
+  bool endOfFile_ = false;
+};
