@@ -1,0 +1,157 @@
+#include "IdentityReplies.h"
+
+#include <QRegularExpression>
+#include <QStringDecoder>
+#include <cstdlib>
+#include <cstring>
+
+#include "Localization.h"
+#include "SessionContext.h"
+#include "SystemLog.h"
+#include "TextValues.h"
+
+namespace {
+
+// Firmware from this version on paces clips in windows acknowledged with "vx".
+constexpr double kFlowControlVersion = 1.175;
+
+// The reply as text, or a null text when it is not UTF-8.
+QString DecodeUtf8(const char *text) {
+  QStringDecoder utf8(QStringDecoder::Utf8, QStringConverter::Flag::Stateless);
+  QString decoded = utf8.decode(QByteArrayView(text, qsizetype(std::strlen(text))));
+  if (utf8.hasError()) return {};
+  return decoded.isNull() ? QStringLiteral("") : decoded;
+}
+
+QStringList SplitAtBlanks(const QString &text) {
+  return text.isNull() ? QStringList() : text.split(u' ');
+}
+
+}  // namespace
+
+double FirmwareVersion(const QString &field) {
+  QByteArray digits;
+  for (QChar c : field) {
+    if ((c >= u'0' && c <= u'9') || c == u'.') digits += char(c.unicode());
+  }
+  return std::strtod(digits.constData(), nullptr);
+}
+
+void IdentityReplies::handle(const char *text, size_t length) {
+  const int32_t status = context_.state.g_serial_port_status;
+  switch (status) {
+    case TRY_CONNECT_RX_KIND:
+    case TRY_CONNECT_RX_DETAIL:
+    case TRY_CONNECT_RX_GSER:
+    case TRY_RX_VOICE_WAIT:
+    case RX_ERASE_ALL_RECORDED_VOICE:
+    case RX_CLEAR_LOG_HISTORY:
+      SystemLog("g_serial_port_status == %s.", SessionStatusName(status));
+      break;
+    default:
+      SystemLog("Reciving other commands:%s", text);
+      return;
+  }
+  switch (status) {
+    case TRY_CONNECT_RX_KIND:
+      return modelReply(text, length);
+    case TRY_CONNECT_RX_DETAIL:
+      return detailReply(text);
+    case TRY_CONNECT_RX_GSER:
+      return serialNumberReply(text);
+    case TRY_RX_VOICE_WAIT:
+      return cdcwaitReply(text);
+    case RX_ERASE_ALL_RECORDED_VOICE:
+      return eraseReply(text);
+    case RX_CLEAR_LOG_HISTORY:
+      return clearReply(text);
+  }
+}
+
+void IdentityReplies::modelReply(const char *text, size_t length) {
+  // The first 11 bytes decide; whatever follows them is not looked at.
+  static constexpr char kModelReply[] = "OK QM482CS\r";
+  if (length >= 11 && std::memcmp(text, kModelReply, 11) == 0) {
+    context_.state.g_serial_port_status = TRY_CONNECT_KIND_DONE;
+    context_.window.setText(Outlet::label_type, QStringLiteral("QM482"));
+    return;
+  }
+  context_.state.g_serial_port_status = DISCONNECTED;
+  context_.DisableButtonControl();
+  context_.window.messageBox(Localized("target_model_error"));
+}
+
+void IdentityReplies::detailReply(const char *text) {
+  SessionState &state = context_.state;
+  state.g_flow_control_enabled = 0;
+  // Control characters, the line end among them, are not part of any field.
+  static const QRegularExpression kControl(QStringLiteral("\\p{Cc}"));
+  QString reply = DecodeUtf8(text);
+  if (!reply.isNull()) reply.remove(kControl);
+  const QStringList values = SplitAtBlanks(reply);
+  if (values.isEmpty()) {
+    state.g_serial_port_status = DISCONNECTED;
+    context_.DisableButtonControl();
+    SystemLog("values.count 0. disconnect.");
+    return;
+  }
+  if (values[0] != u"OK" || (values.size() != 6 && values.size() != 7)) {
+    state.g_serial_port_status = DISCONNECTED;
+    context_.DisableButtonControl();
+    SystemLog("values.count %ld. disconnect.", long(values.size()));
+    return;
+  }
+  const bool seven = values.size() == 7;
+  context_.window.setText(Outlet::label_version,
+                          QStringList{values[1], values[seven ? 5 : 4], values[2],
+                                      values[seven ? 4 : 3], values[seven ? 6 : 5]}
+                              .join(u' '));
+  if (FirmwareVersion(values[1]) >= kFlowControlVersion) state.g_flow_control_enabled = 1;
+  state.g_serial_port_status = TRY_CONNECT_DETAIL_DONE;
+}
+
+void IdentityReplies::serialNumberReply(const char *text) {
+  SessionState &state = context_.state;
+  const QStringList values = SplitAtBlanks(DecodeUtf8(text));
+  if (values.size() != 5 || values[0] != u"OK") {
+    state.g_serial_port_status = DISCONNECTED;
+    context_.DisableButtonControl();
+    return;
+  }
+  context_.window.setText(Outlet::label_serial_number, QStringLiteral("SN.") + values[3]);
+  if (state.g_read_index_sequence == 1) {
+    state.g_serial_port_status = TRY_TX_VOICE_INDEX;
+  } else {
+    context_.window.setEnabled(Outlet::comboBox_index_search_range, true);
+    state.g_serial_port_status = CONNECTED_IDLE;
+  }
+}
+
+void IdentityReplies::cdcwaitReply(const char *text) {
+  if (std::strstr(text, "cdcwait") == nullptr) return;
+  const QStringList values = SplitAtBlanks(DecodeUtf8(text));
+  if (values.size() < 3 || values[0] != u"cdcwait" || values[1] != u"=") return;
+  SessionState &state = context_.state;
+  const int32_t level = state.g_cdcwait_level;
+  const bool matches = level >= 0 && level <= kHighestCdcwaitLevel &&
+                       IntValue(values[2]) == CDCWAIT_LEVELS[size_t(level)];
+  if (matches && state.g_voice_retry_count >= 1) {
+    // The device took the new pacing: the next session tick fetches the clip again.
+    state.g_serial_port_status = TRY_TX_VOICE_RETRY;
+    return;
+  }
+  state.g_serial_port_status = CONNECTED_IDLE;
+  context_.EnableTransferControls();
+}
+
+void IdentityReplies::eraseReply(const char *text) {
+  if (std::strstr(text, "EraceAllVoiceData") == nullptr) return;
+  context_.window.messageBox(std::strstr(text, "Success") ? QStringLiteral("Erace successful!")
+                                                          : QStringLiteral("Erace failure!"));
+}
+
+void IdentityReplies::clearReply(const char *text) {
+  if (std::strstr(text, "Dive") == nullptr || std::strstr(text, "history") == nullptr) return;
+  context_.window.messageBox(std::strstr(text, "OK") ? QStringLiteral("Clear successful!")
+                                                     : QStringLiteral("Clear failure!"));
+}

@@ -1,0 +1,96 @@
+#include "LinkSupervision.h"
+
+#include <QTimer>
+#include <algorithm>
+
+#include "Localization.h"
+#include "SessionContext.h"
+#include "SystemLog.h"
+
+namespace {
+
+class QtSupervisionTimer : public SupervisionTimer {
+ public:
+  void start(std::function<void()> tick) override {
+    timer_.reset(new QTimer);
+    timer_->setInterval(100);
+    QObject::connect(timer_.get(), &QTimer::timeout, timer_.get(), std::move(tick));
+    timer_->start();
+  }
+  void invalidate() override {
+    if (timer_) timer_->stop();
+  }
+
+ private:
+  std::unique_ptr<QTimer> timer_;
+};
+
+}  // namespace
+
+std::unique_ptr<SupervisionTimer> MakeQtSupervisionTimer() {
+  return std::make_unique<QtSupervisionTimer>();
+}
+
+LinkSupervision::LinkSupervision(SessionContext &context, std::unique_ptr<SupervisionTimer> timer)
+    : context_(context), _timer1(std::move(timer)) {}
+
+LinkSupervision::~LinkSupervision() = default;
+
+void LinkSupervision::timer1Start() {
+  SystemLog("timer1Start");
+  _timer1->start([this] { timer1Call(); });
+}
+
+void LinkSupervision::sendCdcwait() {
+  SessionState &state = context_.state;
+  state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
+  state.g_serial_port_status = TRY_RX_VOICE_WAIT;
+  const int32_t level = std::clamp<int32_t>(state.g_cdcwait_level, 0, kHighestCdcwaitLevel);
+  context_.sendCommand(QStringLiteral("#cdcwait %1\r\n").arg(CDCWAIT_LEVELS[size_t(level)]));
+}
+
+void LinkSupervision::timer1Call() {
+  SessionState &state = context_.state;
+  if (state.g_receive_data_type_is_voice_record != eSERIAL_RX_VOICE_DATA) return;
+  const int64_t expected = state.g_voice_data_size;
+  const int64_t received = state.g_voice_received_size;
+  const double percent = expected > 0 ? double(received) / double(expected) * 100.0 : 100.0;
+  context_.window.setProgress(static_cast<int>(std::clamp(percent, 0.0, 100.0)));
+
+  if (received == expected) {
+    _timer1->invalidate();
+    if (context_.hooks.MakeWaveFile) context_.hooks.MakeWaveFile();
+    if (state.g_voice_retry_count == 0 && state.g_cdcwait_level >= 1) {
+      // A clean clip: ask for a shorter wait; the controls come back with the answer.
+      --state.g_cdcwait_level;
+      sendCdcwait();
+      return;
+    }
+    state.g_voice_retry_count = 0;
+    context_.EnableTransferControls();
+    return;
+  }
+
+  // A stall is declared on the 51st tick without new bytes, about 5.1 s after the last.
+  if (state.g_voice_idle_ticks.fetch_add(1) < kVoiceStallTicks) return;
+  _timer1->invalidate();
+  if (expected - received > kVoiceRetryableShortfall) {
+    state.g_voice_retry_count = 0;
+    context_.window.messageBox(Localized("recive_fail"));
+    if (context_.hooks.CloseVoiceBinary) context_.hooks.CloseVoiceBinary();
+    context_.EnableTransferControls();
+    return;
+  }
+  // A short tail missing, or more bytes than announced: fetch the clip again with a
+  // longer wait, at most twice.
+  if (context_.hooks.CloseVoiceBinary) context_.hooks.CloseVoiceBinary();
+  if (state.g_voice_retry_count >= kVoiceMaxRetries) {
+    state.g_voice_retry_count = 0;
+    context_.window.messageBox(Localized("retry_recive_fail"));
+    context_.EnableTransferControls();
+    return;
+  }
+  ++state.g_voice_retry_count;
+  if (state.g_cdcwait_level < kHighestCdcwaitLevel) ++state.g_cdcwait_level;
+  sendCdcwait();
+}

@@ -1,0 +1,68 @@
+#include "ReceiveLoop.h"
+
+#include "SessionContext.h"
+#include "SystemLog.h"
+
+ReceiveLoop::ReceiveLoop(SessionContext &context) : context_(context), replies_(context) {}
+
+ReceiveLoop::~ReceiveLoop() {
+  context_.channel.closePort();
+  waitUntilFinished();
+}
+
+void ReceiveLoop::start() {
+  waitUntilFinished();
+  context_.state.readThreadRunning = true;
+  thread_.reset(QThread::create([this] { reciveThread(); }));
+  // Clip bytes come 2040 at a time between acknowledgements: drain them promptly.
+  thread_->start(QThread::TimeCriticalPriority);
+}
+
+void ReceiveLoop::waitUntilFinished() {
+  if (thread_) {
+    thread_->wait();
+    thread_.reset();
+  }
+}
+
+void ReceiveLoop::reciveThread() {
+  const size_t capacity = b_cdc_acm_rx_buffer_.size() - 1;
+  ssize_t result;
+  for (;;) {
+    result = context_.channel.readPort(b_cdc_acm_rx_buffer_.data(), capacity);
+    if (result == 0) {
+      SystemLog("read non %ld", long(result));
+      continue;
+    }
+    if (result < 0) break;
+    b_cdc_acm_rx_buffer_[size_t(result)] = '\0';
+    dispatch(b_cdc_acm_rx_buffer_.data(), size_t(result));
+  }
+  SystemLog("read error! %ld", long(result));
+  context_.channel.closePort();
+  context_.state.readThreadRunning = false;
+}
+
+void ReceiveLoop::dispatch(char *bytes, size_t length) {
+  const SessionHooks &hooks = context_.hooks;
+  const std::function<void(char *, size_t)> *handler = nullptr;
+  switch (context_.state.g_receive_data_type_is_voice_record.load()) {
+    case eSERIAL_RX_RESPONSE:
+      return replies_.handle(bytes, length);
+    case eSERIAL_RX_VOICE_INDEX:
+      handler = &hooks.voiceIndex;
+      break;
+    case eSERIAL_RX_VOICE_DATA:
+      handler = &hooks.voiceData;
+      break;
+    case eSERIAL_RX_LOG_HISTORY:
+      handler = &hooks.logHistory;
+      break;
+    case eSERIAL_RX_LOG_DATA:
+      handler = &hooks.logData;
+      break;
+    default:
+      return;  // no reader for these selectors: the bytes are dropped
+  }
+  if (*handler) (*handler)(bytes, length);
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+#include <optional>
+
+#include "Handshake.h"
+#include "LinkSupervision.h"
+#include "ReceiveLoop.h"
+#include "SessionContext.h"
+
+// The device session: one serial channel, the receive thread, the handshake and the link
+// supervision around one shared state, reporting through the window's operations. The
+// front end drives timer2Call once a second; timer1 runs itself during clip transfers.
+class Session {
+ public:
+  explicit Session(WindowOperations &window,
+                   std::unique_ptr<SupervisionTimer> timer1 = MakeQtSupervisionTimer());
+  ~Session();
+
+  // Opens the device's port at baud and starts the receive thread. A port already open is
+  // closed first and its receive thread waited for. Returns the error message on failure.
+  std::optional<QString> openSerialPort(const QString &path, unsigned baud);
+
+  void timer2Call() { handshake_.timer2Call(); }
+  void Reconnect() { handshake_.Reconnect(); }
+  void timer1Start() { supervision_.timer1Start(); }
+  void timer1Call() { supervision_.timer1Call(); }
+
+  SessionContext &context() { return context_; }
+  SessionState &state() { return context_.state; }
+  SerialChannel &channel() { return context_.channel; }
+
+ private:
+  SessionContext context_;
+  ReceiveLoop receive_;
+  Handshake handshake_;
+  LinkSupervision supervision_;
+};

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+
+#include "Protocol.h"
+#include "StoragePaths.h"
+#include "VoiceIndex.h"
+
+// A value shared between threads that is more than a word: read as a copy, replaced whole.
+template <typename T>
+class Guarded {
+ public:
+  T get() const {
+    std::lock_guard lock(mutex_);
+    return value_;
+  }
+  void set(T value) {
+    std::lock_guard lock(mutex_);
+    value_ = std::move(value);
+  }
+  template <typename F>
+  auto with(F &&f) {
+    std::lock_guard lock(mutex_);
+    return f(value_);
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  T value_{};
+};
+
+// Everything the session's threads share: the main thread (timers, user actions), the
+// receive thread and discovery. Each word is atomic; the timers and the receive thread
+// touch a given word at different steps of the protocol, so no update spans two words.
+struct SessionState {
+  std::atomic<int32_t> g_serial_port_status{TRY_CONNECT_TX_KIND};
+  std::atomic<int32_t> g_receive_data_type_is_voice_record{eSERIAL_RX_RESPONSE};
+  std::atomic<int32_t> g_read_index_sequence{0};
+  std::atomic<int32_t> g_flow_control_enabled{0};
+
+  // Voice transfer.
+  std::atomic<int32_t> g_voice_download_active{0};
+  std::atomic<int32_t> g_voice_data_size{0};
+  std::atomic<int32_t> g_voice_received_size{0};
+  std::atomic<int32_t> g_voice_unacked_size{0};
+  std::atomic<int32_t> g_voice_idle_ticks{0};
+  std::atomic<int32_t> g_voice_retry_count{0};
+  std::atomic<int32_t> g_cdcwait_level{0};  // kept for the whole run
+
+  // Log listing and download.
+  std::atomic<int32_t> g_log_history_no{0};
+  std::atomic<int32_t> g_log_history_count{0};
+  std::atomic<int32_t> g_log_history_start{0};
+  std::atomic<int32_t> g_log_number{0};
+  std::atomic<int32_t> g_dive_log_received{0};
+  std::atomic<int32_t> g_log_download_mode{0};
+  std::atomic<int32_t> g_log_page_offset{0};
+  std::atomic<int32_t> g_index_search_date{20220101};
+
+  // Set by the receive thread when it starts, cleared when it ends after a read error.
+  std::atomic<bool> readThreadRunning{false};
+
+  // USB discovery: matching devices attached, and whether its first pass is still to come.
+  std::atomic<int32_t> deviceExist{0};
+  std::atomic<bool> initialRunning{true};
+
+  Guarded<VoiceIndexState> voiceIndex;  // g_voice_index, g_number_of_index, g_voice_data_block
+  Guarded<StoragePaths> paths;  // g_voice_folder_path, g_log_folder_path, g_temp_voice_file_path
+  Guarded<QString> g_saveWaveFilename;
+};

@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include "IdentityReplies.h"
+#include "Localization.h"
+#include "RecordingWindow.h"
+#include "SessionContext.h"
+#include "SystemLog.h"
+
+namespace {
+
+// The reply rules, one read at a time, without a port: what state each reply leads to.
+class IdentityRepliesTest : public ::testing::Test {
+ protected:
+  int32_t reply(int32_t status, QByteArray text) {
+    context.state.g_serial_port_status = status;
+    window.clear();
+    replies.handle(text.constData(), size_t(text.size()));
+    return context.state.g_serial_port_status;
+  }
+  LogCapture log;
+  RecordingWindow window;
+  SessionContext context{window};
+  IdentityReplies replies{context};
+};
+
+TEST_F(IdentityRepliesTest, ModelReplyIsJudgedByItsFirstElevenBytes) {
+  EXPECT_EQ(reply(TRY_CONNECT_RX_KIND, "OK QM482CS\r\n"), TRY_CONNECT_KIND_DONE);
+  EXPECT_EQ(window.text(Outlet::label_type), "QM482");
+  EXPECT_EQ(reply(TRY_CONNECT_RX_KIND, "OK QM482CS\rtrailing bytes"), TRY_CONNECT_KIND_DONE);
+  EXPECT_TRUE(log.contains("g_serial_port_status == TRY_CONNECT_RX_KIND."));
+
+  EXPECT_EQ(reply(TRY_CONNECT_RX_KIND, "OK QM482CSX\r\n"), DISCONNECTED);
+  EXPECT_TRUE(window.called("messageBox:" + Localized("target_model_error")));
+  EXPECT_TRUE(window.called("setEnabled:button_reconnect=0"));
+  EXPECT_EQ(reply(TRY_CONNECT_RX_KIND, "OK QM482"), DISCONNECTED);  // half of a split reply
+}
+
+TEST_F(IdentityRepliesTest, DetailReplyNeedsOkAndSixOrSevenFields) {
+  EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1.180 QM482 2023-10-01 JPN BAT85\r\n"),
+            TRY_CONNECT_DETAIL_DONE);
+  EXPECT_EQ(window.text(Outlet::label_version), "1.180 JPN QM482 2023-10-01 BAT85");
+  EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1.180 QM482 2023-10-01 HW2 JPN BAT85\r\n"),
+            TRY_CONNECT_DETAIL_DONE);
+  EXPECT_EQ(window.text(Outlet::label_version), "1.180 JPN QM482 HW2 BAT85");
+
+  EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1.180 QM482 2023-10-01 JPN\r\n"), DISCONNECTED);
+  EXPECT_TRUE(log.contains("values.count 5. disconnect."));
+  EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1 2 3 4 5 6 7\r\n"), DISCONNECTED);
+  EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "NG 1.180 QM482 2023-10-01 JPN BAT85\r\n"), DISCONNECTED);
+  EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1.180 \xff\xfe 2023 JPN BAT85\r\n"), DISCONNECTED);
+  EXPECT_TRUE(log.contains("values.count 0. disconnect."));
+  EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "\r\n"), DISCONNECTED);
+  EXPECT_TRUE(log.contains("values.count 1. disconnect."));
+}
+
+TEST_F(IdentityRepliesTest, FirmwareFromVersion1175PacesClipsWithVx) {
+  const auto flowControl = [this](const char *version) {
+    context.state.g_flow_control_enabled = 1;
+    reply(TRY_CONNECT_RX_DETAIL, QByteArray("OK ") + version + " QM482 2023-10-01 JPN BAT85\r\n");
+    return context.state.g_flow_control_enabled.load();
+  };
+  EXPECT_EQ(flowControl("1.17"), 0);
+  EXPECT_EQ(flowControl("1.174"), 0);
+  EXPECT_EQ(flowControl("1.175"), 1);
+  EXPECT_EQ(flowControl("V1.2"), 1);
+  EXPECT_EQ(flowControl("ver"), 0);
+  EXPECT_EQ(FirmwareVersion("1.2.3"), 1.2);
+}
+
+TEST_F(IdentityRepliesTest, SerialNumberReplyNeedsExactlyFiveFields) {
+  context.state.g_read_index_sequence = 1;
+  EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305 00\r\n"), TRY_TX_VOICE_INDEX);
+  EXPECT_EQ(window.text(Outlet::label_serial_number), "SN.28417305");
+  context.state.g_read_index_sequence = 0;
+  EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305 00\r\n"), CONNECTED_IDLE);
+  EXPECT_TRUE(window.called("setEnabled:comboBox_index_search_range=1"));
+
+  EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305\r\n"), DISCONNECTED);
+  EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305 00 extra\r\n"), DISCONNECTED);
+  EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN \xc3\x28 00\r\n"), DISCONNECTED);
+  EXPECT_FALSE(window.calls().join(',').contains("messageBox"));
+}
+
+TEST_F(IdentityRepliesTest, CdcwaitReplyRetriesOnlyWhenItMatchesAPendingRetry) {
+  context.state.g_cdcwait_level = 2;  // table value 8
+  context.state.g_voice_retry_count = 1;
+  EXPECT_EQ(reply(TRY_RX_VOICE_WAIT, "cdcwait = 8\r\n"), TRY_TX_VOICE_RETRY);
+  EXPECT_EQ(reply(TRY_RX_VOICE_WAIT, "cdcwait = 9\r\n"), CONNECTED_IDLE);
+  EXPECT_EQ(
+      window.calls(),
+      QStringList({"setEnabled:comboBox_index_search_range=1", "setEnabled:button_reconnect=1",
+                   "EnableComboBoxVoiceIndex:1", "EnableComboBoxLogIndex:1",
+                   "EnableButtonDownloadVoice:1", "EnableButtonDownloadLog:1"}));
+  context.state.g_voice_retry_count = 0;  // the level was lowered after a clean clip
+  EXPECT_EQ(reply(TRY_RX_VOICE_WAIT, "cdcwait = 8\r\n"), CONNECTED_IDLE);
+
+  EXPECT_EQ(reply(TRY_RX_VOICE_WAIT, "wait = 8\r\n"), TRY_RX_VOICE_WAIT);
+  EXPECT_EQ(reply(TRY_RX_VOICE_WAIT, "cdcwait 8\r\n"), TRY_RX_VOICE_WAIT);
+  EXPECT_EQ(reply(TRY_RX_VOICE_WAIT, "xcdcwait = 8\r\n"), TRY_RX_VOICE_WAIT);
+  EXPECT_TRUE(window.calls().isEmpty());
+}
+
+TEST_F(IdentityRepliesTest, OtherStatesLogAndDropTheBytes) {
+  for (int32_t status : {TRY_CONNECT_KIND_DONE, TRY_CONNECT_TX_DETAIL, TRY_CONNECT_DETAIL_DONE,
+                         TRY_CONNECT_TX_GSER, CONNECTED_IDLE, DISCONNECTED}) {
+    EXPECT_EQ(reply(status, "OK QM482CS\r\n"), status);
+    EXPECT_TRUE(window.calls().isEmpty());
+  }
+  EXPECT_EQ(log.startingWith("Reciving other commands:OK QM482CS").size(), 6u);
+
+  EXPECT_EQ(reply(RX_ERASE_ALL_RECORDED_VOICE, "EraceAllVoiceData Success\r\n"),
+            RX_ERASE_ALL_RECORDED_VOICE);
+  EXPECT_TRUE(window.called("messageBox:Erace successful!"));
+  reply(RX_CLEAR_LOG_HISTORY, "Dive history NG\r\n");
+  EXPECT_TRUE(window.called("messageBox:Clear failure!"));
+  reply(RX_CLEAR_LOG_HISTORY, "Dive log OK\r\n");
+  EXPECT_TRUE(window.calls().isEmpty());
+}
+
+}  // namespace
