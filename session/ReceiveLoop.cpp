@@ -1,31 +1,36 @@
 #include "ReceiveLoop.h"
 
+#include <pthread.h>
+#include <sched.h>
+
 #include "SessionContext.h"
 #include "SystemLog.h"
 
 ReceiveLoop::ReceiveLoop(SessionContext &context) : context_(context), replies_(context) {}
 
 ReceiveLoop::~ReceiveLoop() {
-  context_.channel.closePort();
-  waitUntilFinished();
+  stop();
 }
 
 void ReceiveLoop::start() {
-  waitUntilFinished();
+  stop();
   context_.state.readThreadRunning = true;
-  thread_.reset(QThread::create([this] { reciveThread(); }));
-  // Clip bytes come 2040 at a time between acknowledgements: drain them promptly.
-  thread_->start(QThread::TimeCriticalPriority);
+  thread_ = std::thread([this] { reciveThread(); });
 }
 
-void ReceiveLoop::waitUntilFinished() {
-  if (thread_) {
-    thread_->wait();
-    thread_.reset();
-  }
+void ReceiveLoop::stop() {
+  if (!thread_.joinable()) return;
+  context_.channel.wakeReader();
+  thread_.join();
 }
 
 void ReceiveLoop::reciveThread() {
+  // Clip bytes come 2040 at a time between acknowledgements: drain them promptly. Where
+  // the system lets an ordinary user raise a thread's priority, this does.
+  sched_param highest{};
+  highest.sched_priority = sched_get_priority_max(SCHED_OTHER);
+  pthread_setschedparam(pthread_self(), SCHED_OTHER, &highest);
+
   const size_t capacity = b_cdc_acm_rx_buffer_.size() - 1;
   ssize_t result;
   for (;;) {

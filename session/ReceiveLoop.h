@@ -1,8 +1,7 @@
 #pragma once
 
-#include <QThread>
 #include <array>
-#include <memory>
+#include <thread>
 
 #include "IdentityReplies.h"
 
@@ -17,8 +16,8 @@ class ReceiveLoop {
   ~ReceiveLoop();
 
   void start();
-  // Waits for a thread that has been told to end (its port closed) to finish.
-  void waitUntilFinished();
+  // Ends the thread, which closes its port, and waits for it.
+  void stop();
 
  private:
   void reciveThread();
@@ -26,7 +25,7 @@ class ReceiveLoop {
 
   SessionContext &context_;
   IdentityReplies replies_;
-  std::unique_ptr<QThread> thread_;
+  std::thread thread_;
   // The read buffer, one byte longer than the largest read for the terminating zero.
   std::array<char, 4096 + 1> b_cdc_acm_rx_buffer_{};
 };

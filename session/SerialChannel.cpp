@@ -45,7 +45,7 @@ SerialChannel::~SerialChannel() {
 }
 
 std::optional<QString> SerialChannel::openPort(const QString &path, unsigned baud) {
-  // Stale wake-ups of an earlier port must not end the new port's first read.
+  // The wake-up that stopped the previous port's reader must not stop the next one.
   char drain[64];
   while (read(wakePipe_[0], drain, sizeof drain) > 0) {
   }
@@ -81,14 +81,18 @@ std::optional<QString> SerialChannel::openPort(const QString &path, unsigned bau
 }
 
 void SerialChannel::closePort() {
+  std::unique_lock lock(descriptorMutex_);
   const int fd = serialFileDescriptor.exchange(-1);
-  if (fd == -1) return;
+  if (fd != -1) close(fd);
+}
+
+void SerialChannel::wakeReader() {
   const char wake = 1;
   [[maybe_unused]] ssize_t written = write(wakePipe_[1], &wake, 1);
-  close(fd);
 }
 
 bool SerialChannel::writeString(const QString &text) {
+  std::shared_lock lock(descriptorMutex_);
   const int fd = serialFileDescriptor.load();
   if (fd == -1) {
     SystemLog("writeString:serialFileDescripter %d", fd);
@@ -102,6 +106,7 @@ bool SerialChannel::writeString(const QString &text) {
 }
 
 bool SerialChannel::writeByte(const QByteArray &data, int32_t start, int32_t size) {
+  std::shared_lock lock(descriptorMutex_);
   const int fd = serialFileDescriptor.load();
   if (fd == -1) {
     SystemLog("writeByte:serialFileDescripter %d", fd);
@@ -127,7 +132,7 @@ ssize_t SerialChannel::readPort(char *buffer, size_t size) {
   while (poll(fds, 2, -1) == -1) {
     if (errno != EINTR) return -1;
   }
-  if (fds[1].revents & POLLIN) {  // closed by closePort while we waited
+  if (fds[1].revents & POLLIN) {  // told to stop: the port is being given up
     errno = EBADF;
     return -1;
   }

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <optional>
+#include <shared_mutex>
 
 // The one open descriptor of the device's serial port and the two ways commands leave the
 // host. Writes come from the main thread and the receive thread; each command is one
@@ -20,11 +21,14 @@ class SerialChannel {
 
   // Opens and configures the port: exclusive, blocking, raw, at baud. Returns the error
   // message on failure (the port is then closed). The caller closes a port already open
-  // first (see closePort).
+  // first, with its reader stopped.
   std::optional<QString> openPort(const QString &path, unsigned baud);
 
-  // Closes the port and wakes a read waiting on it, which then fails.
+  // Closes the port. Only the reading thread itself, or the owner once no thread reads,
+  // closes it: a descriptor closed under a waiting read could be reused by another file.
   void closePort();
+  // Ends a read waiting on the port, and the next one, with a failure.
+  void wakeReader();
 
   bool isOpen() const { return serialFileDescriptor.load() != -1; }
   int descriptor() const { return serialFileDescriptor.load(); }
@@ -47,4 +51,6 @@ class SerialChannel {
 
  private:
   int wakePipe_[2] = {-1, -1};
+  // Writes hold it shared, closing holds it alone: no write lands on a reused descriptor.
+  std::shared_mutex descriptorMutex_;
 };

@@ -1,7 +1,5 @@
 #include "Session.h"
 
-#include <QThread>
-
 #include "Localization.h"
 
 Session::Session(WindowOperations &window, std::unique_ptr<SupervisionTimer> timer1)
@@ -13,12 +11,9 @@ Session::Session(WindowOperations &window, std::unique_ptr<SupervisionTimer> tim
 Session::~Session() = default;
 
 std::optional<QString> Session::openSerialPort(const QString &path, unsigned baud) {
-  if (context_.channel.isOpen()) {
-    context_.channel.closePort();
-    if (!context_.state.readThreadRunning) QThread::yieldCurrentThread();
-  }
-  // The old thread notices the closed port and ends; the new one must not start before.
-  receive_.waitUntilFinished();
+  // The old port's thread closes it as it ends, and ends before the new one starts.
+  receive_.stop();
+  context_.channel.closePort();
 
   WindowOperations &window = context_.window;
   if (std::optional<QString> error = context_.channel.openPort(path, baud)) {

@@ -65,7 +65,12 @@ void DeviceSimulator::stop() {
 
 QList<QByteArray> DeviceSimulator::commands() const {
   std::lock_guard lock(commandsMutex_);
-  return commands_;
+  // A copy of its own: the list's buffer is not shared with the serving thread.
+  QList<QByteArray> copy;
+  copy.reserve(commands_.size());
+  for (const QByteArray &command : commands_)
+    copy.append(QByteArray(command.constData(), command.size()));
+  return copy;
 }
 
 void DeviceSimulator::serve(int masterFd) {
