@@ -1,5 +1,7 @@
 #include "SessionContext.h"
 
+#include <QMetaObject>
+
 void SessionContext::DisableButtonControl() {
   const int32_t status = state.g_serial_port_status;
   const bool offline = status == DISCONNECTED || status == TRY_CONNECT_TX_KIND;
@@ -40,4 +42,16 @@ void SessionContext::clearList(IndexList list) {
     lists.items_log_index_number.clear();
   }
   window.reloadList(list, {});
+}
+
+bool SessionContext::CreateFolder() {
+  StoragePaths paths = state.paths.get();
+  const bool created =
+      ::CreateFolder(paths, [this](const QString &text) { window.messageBox(text); });
+  state.paths.set(paths);
+  return created;
+}
+
+void SessionContext::postToMain(std::function<void()> work) {
+  QMetaObject::invokeMethod(&mainThread_, std::move(work), Qt::QueuedConnection);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QObject>
 #include <QStringList>
 #include <functional>
 
@@ -29,6 +30,7 @@ struct SessionHooks {
 // window, the lists, the hooks, and the few steps that every flow takes.
 class SessionContext {
  public:
+  // Made on the main thread: work posted with postToMain runs there.
   explicit SessionContext(WindowOperations &window) : window(window) {}
 
   SessionState state;
@@ -47,4 +49,11 @@ class SessionContext {
   bool sendCommand(const QString &command, bool dropSequenceOnFailure = true);
   // Empties a list and its numbers, and the view with them.
   void clearList(IndexList list);
+  // Creates the storage folders if missing, showing the folder error box on failure.
+  bool CreateFolder();
+  // Runs work on the main thread's event loop, after what is already queued there.
+  void postToMain(std::function<void()> work);
+
+ private:
+  QObject mainThread_;
 };

@@ -8,7 +8,6 @@
 
 #include "Protocol.h"
 #include "StoragePaths.h"
-#include "VoiceIndex.h"
 
 // A value shared between threads that is more than a word: read as a copy, replaced whole.
 template <typename T>
@@ -68,7 +67,6 @@ struct SessionState {
   std::atomic<int32_t> deviceExist{0};
   std::atomic<bool> initialRunning{true};
 
-  Guarded<VoiceIndexState> voiceIndex;  // g_voice_index, g_number_of_index, g_voice_data_block
-  Guarded<StoragePaths> paths;  // g_voice_folder_path, g_log_folder_path, g_temp_voice_file_path
-  Guarded<QString> g_saveWaveFilename;
+  // g_voice_folder_path, g_log_folder_path, g_temp_voice_file_path
+  Guarded<StoragePaths> paths;
 };

@@ -95,6 +95,28 @@ std::optional<QString> voiseIndex2List(const QString &entry, VoiceBlockRing ring
            QString::number(VoiceMinutes(entry, ring)));
 }
 
+VoiceList BuildVoiceList(const QStringList &index, int32_t searchDate, VoiceBlockRing ring) {
+  VoiceList list;
+  for (qsizetype i = 1; i < index.size() - 1; ++i) {
+    const QString &entry = index[i];
+    if (entry.size() < kVoiceEntryLength) {
+      SystemLog("obj_1.length=%ld", long(entry.size()));
+      continue;
+    }
+    const int32_t size = GetVoiceDataSize(entry, ring);
+    const int32_t date = GetVoiceDataDate(entry);
+    if (size < kMinimumListedClipBytes) {
+      SystemLog("data_size=%d,%s", size, qUtf8Printable(entry));
+    } else if (date < searchDate) {
+      SystemLog("data=%d,%s", date, qUtf8Printable(entry));
+    } else if (const auto line = voiseIndex2List(entry, ring)) {
+      list.lines.append(*line);
+      list.numbers.append(int32_t(i));
+    }
+  }
+  return list;
+}
+
 bool ApplyVoiceIndexReply(const QByteArray &reply, VoiceIndexState &state) {
   QStringDecoder utf8(QStringDecoder::Utf8, QStringConverter::Flag::Stateless);
   const QString text = utf8.decode(reply);

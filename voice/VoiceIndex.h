@@ -40,6 +40,18 @@ int VoiceMinutes(const QString &entry, VoiceBlockRing ring);
 // The list line "2023/04/05 13:07 2min", or none for an entry shorter than 21 characters.
 std::optional<QString> voiseIndex2List(const QString &entry, VoiceBlockRing ring);
 
+// The voice list's rows: each shown clip's line and its position in the index (1-based,
+// as element 0 is the header).
+struct VoiceList {
+  QStringList lines;
+  QList<int32_t> numbers;
+};
+
+// The clips worth listing, in the device's order: at least a minute long and recorded on
+// or after searchDate (yyyymmdd). The header and whatever follows the last comma are not
+// entries. Each skipped entry is logged with the reason.
+VoiceList BuildVoiceList(const QStringList &index, int32_t searchDate, VoiceBlockRing ring);
+
 // What the last complete "vi" reply left behind.
 struct VoiceIndexState {
   // The reply's comma-separated fields: header, entries, then whatever follows the last

@@ -194,6 +194,12 @@ void DeviceSimulator::feedClip(int64_t nowMs) {
     if (options_.stallResumeMs < 0) return;
     clip_.stalled = false;
   }
+  if (options_.stallAfterBytes >= 0 && clip_.sent == options_.stallAfterBytes &&
+      !clip_.stallTaken) {
+    clip_.stallTaken = clip_.stalled = true;
+    clip_.resumeAtMs = options_.stallResumeMs < 0 ? INT64_MAX : nowMs + options_.stallResumeMs;
+    return;
+  }
   const qsizetype remaining = clip_.audio.size() - clip_.sent;
   if (remaining == 0) {
     if (!clip_.extraSent && options_.extraBytes > 0) {
@@ -204,9 +210,8 @@ void DeviceSimulator::feedClip(int64_t nowMs) {
     return;
   }
   int64_t take = std::min<int64_t>({remaining, 4096, clip_.credit});
-  if (options_.stallAfterBytes >= 0 && clip_.sent < options_.stallAfterBytes) {
+  if (options_.stallAfterBytes > clip_.sent)
     take = std::min<int64_t>(take, options_.stallAfterBytes - clip_.sent);
-  }
   if (take <= 0) return;
   queue_.push_back({clip_.audio.mid(clip_.sent, take), nowMs, true});
   clip_.sent += take;
@@ -217,10 +222,6 @@ void DeviceSimulator::feedClip(int64_t nowMs) {
     while (clip_.unacknowledged > largest &&
            !largestUnacknowledged_.compare_exchange_weak(largest, clip_.unacknowledged)) {
     }
-  }
-  if (clip_.sent == options_.stallAfterBytes) {
-    clip_.stalled = true;
-    clip_.resumeAtMs = options_.stallResumeMs < 0 ? INT64_MAX : nowMs + options_.stallResumeMs;
   }
 }
 

@@ -69,6 +69,7 @@ class DeviceSimulator {
     int64_t credit = 0;
     int64_t unacknowledged = 0;
     bool stalled = false;
+    bool stallTaken = false;  // a clip stalls once
     int64_t resumeAtMs = -1;
     bool extraSent = false;
   };

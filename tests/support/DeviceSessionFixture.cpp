@@ -1,0 +1,40 @@
+#include "DeviceSessionFixture.h"
+
+#include <QThread>
+
+DeviceSessionFixture::DeviceSessionFixture(bool realTimer) {
+  std::unique_ptr<SupervisionTimer> timer;
+  if (realTimer) {
+    timer = MakeQtSupervisionTimer();
+  } else {
+    timer1 = new ManualTimer;
+    timer.reset(timer1);
+  }
+  session = std::make_unique<Session>(window, std::move(timer));
+  EXPECT_TRUE(session->context().CreateFolder());
+}
+
+void DeviceSessionFixture::plugIn(sim::Contents contents, sim::Options options) {
+  device = std::make_unique<SimulatedDevice>(std::move(contents), options);
+  session->state().deviceExist = 1;
+  ASSERT_EQ(session->openSerialPort(device->slavePath(), 9600), std::nullopt);
+}
+
+bool DeviceSessionFixture::waitForState(int32_t status, int timeoutMs) {
+  return WaitFor([&] { return session->state().g_serial_port_status == status; }, timeoutMs);
+}
+
+bool DeviceSessionFixture::tickUntil(int32_t status, int timeoutMs) {
+  return WaitFor(
+      [&] {
+        if (session->state().g_serial_port_status == status) return true;
+        session->timer2Call();
+        QThread::msleep(20);
+        return session->state().g_serial_port_status == status;
+      },
+      timeoutMs);
+}
+
+void DeviceSessionFixture::stall() {
+  for (int tick = 0; tick < 51; ++tick) session->timer1Call();
+}

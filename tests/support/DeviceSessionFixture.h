@@ -1,0 +1,35 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "RecordingWindow.h"
+#include "Session.h"
+#include "SimulatedDevice.h"
+#include "SystemLog.h"
+#include "TestSupport.h"
+
+// A session on the simulator's pty with a temporary Downloads folder, and the steps that
+// every flow test takes: plug in, identify, wait.
+class DeviceSessionFixture : public ::testing::Test {
+ protected:
+  // realTimer: the 0.1 s supervision ticks by themselves; otherwise the test ticks.
+  explicit DeviceSessionFixture(bool realTimer = false);
+
+  void plugIn(sim::Contents contents, sim::Options options = {});
+  QList<QByteArray> wire() const { return device->device().commands(); }
+  int wireCount(const QByteArray &command) const { return int(wire().count(command)); }
+  bool waitForState(int32_t status, int timeoutMs = 5000);
+  // Ticks the session timer until the state is reached (or the timeout passes).
+  bool tickUntil(int32_t status, int timeoutMs = 10000);
+  void stall();  // 51 supervision ticks without bytes
+  StoragePaths paths() const { return session->state().paths.get(); }
+
+  TemporaryHome home;
+  LogCapture log;
+  RecordingWindow window;
+  ManualTimer *timer1 = nullptr;  // when ticked by the test
+  std::unique_ptr<SimulatedDevice> device;
+  std::unique_ptr<Session> session;
+};

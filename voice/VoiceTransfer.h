@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QFile>
+#include <QString>
+#include <memory>
+#include <mutex>
+
+#include "Session.h"
+#include "VoiceIndex.h"
+
+// Voice clips through the session: the index reply gathered into the voice list, and the
+// download of the selected clip into the temporary file, acknowledged with "vx" in windows
+// of 2040 bytes on newer firmware, then written as a WAV file. Installs its handlers into
+// the session it is given; made on the main thread, before the port opens.
+class VoiceTransfer {
+ public:
+  explicit VoiceTransfer(Session &session);
+
+  // The voice download button: downloads the selected clip when the session is idle and
+  // the folders exist; otherwise only greys out the controls.
+  void action_button_download_voice();
+
+  // Requests the selected clip (main thread). Also the retry after a "#cdcwait" exchange.
+  void DownloadVoiceData();
+  // Rebuilds the voice list from the last index, on the main thread.
+  void UpdateVoiceIndex();
+  // Ends a complete clip: closes the file, writes the WAV file, tells the user.
+  void MakeWaveFile();
+  // Closes the temporary clip file; bytes arriving later are dropped.
+  void CloseVoiceBinary();
+
+  VoiceIndexState index() const { return g_voice_index_.get(); }
+
+ private:
+  void receiveIndex(char *bytes, size_t length);  // receive thread
+  void receiveClip(char *bytes, size_t length);   // receive thread
+
+  Session &session_;
+  SessionContext &context_;
+  VoiceIndexAccumulator voice_rx_buffer_;  // receive thread only
+  Guarded<VoiceIndexState> g_voice_index_;
+  QString g_saveWaveFilename;  // main thread
+  std::mutex fileMutex_;
+  std::unique_ptr<QFile>
+      g_voice_file_handle;  // opened on the main thread, written on the receive thread
+};
