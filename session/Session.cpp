@@ -10,10 +10,14 @@ Session::Session(WindowOperations &window, std::unique_ptr<SupervisionTimer> tim
 
 Session::~Session() = default;
 
-std::optional<QString> Session::openSerialPort(const QString &path, unsigned baud) {
-  // The old port's thread closes it as it ends, and ends before the new one starts.
+void Session::closeSerialPort() {
   receive_.stop();
   context_.channel.closePort();
+}
+
+std::optional<QString> Session::openSerialPort(const QString &path, unsigned baud) {
+  // The old port's thread closes it as it ends, and ends before the new one starts.
+  closeSerialPort();
 
   WindowOperations &window = context_.window;
   if (std::optional<QString> error = context_.channel.openPort(path, baud)) {

@@ -22,6 +22,10 @@ class Session {
   // closed first and its receive thread waited for. Returns the error message on failure.
   std::optional<QString> openSerialPort(const QString &path, unsigned baud);
 
+  // Ends the receive thread and closes the port. The voice and log parts call it as they
+  // go away, so that none of their handlers runs after them.
+  void closeSerialPort();
+
   void timer2Call() { handshake_.timer2Call(); }
   void Reconnect() { handshake_.Reconnect(); }
   void timer1Start() { supervision_.timer1Start(); }

@@ -52,6 +52,6 @@ bool SessionContext::CreateFolder() {
   return created;
 }
 
-void SessionContext::postToMain(std::function<void()> work) {
-  QMetaObject::invokeMethod(&mainThread_, std::move(work), Qt::QueuedConnection);
+void MainThreadQueue::post(std::function<void()> work) {
+  QMetaObject::invokeMethod(&anchor_, std::move(work), Qt::QueuedConnection);
 }

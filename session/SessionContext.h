@@ -30,7 +30,6 @@ struct SessionHooks {
 // window, the lists, the hooks, and the few steps that every flow takes.
 class SessionContext {
  public:
-  // Made on the main thread: work posted with postToMain runs there.
   explicit SessionContext(WindowOperations &window) : window(window) {}
 
   SessionState state;
@@ -51,9 +50,14 @@ class SessionContext {
   void clearList(IndexList list);
   // Creates the storage folders if missing, showing the folder error box on failure.
   bool CreateFolder();
-  // Runs work on the main thread's event loop, after what is already queued there.
-  void postToMain(std::function<void()> work);
+};
+
+// Runs work on the main thread's event loop, after what is already queued there. Made on
+// the main thread; work still queued when it goes away is dropped with it.
+class MainThreadQueue {
+ public:
+  void post(std::function<void()> work);
 
  private:
-  QObject mainThread_;
+  QObject anchor_;
 };

@@ -15,6 +15,16 @@ VoiceTransfer::VoiceTransfer(Session &session) : session_(session), context_(ses
   hooks.CloseVoiceBinary = [this] { CloseVoiceBinary(); };
 }
 
+VoiceTransfer::~VoiceTransfer() {
+  // The receive thread must not run these handlers any more.
+  session_.closeSerialPort();
+  context_.hooks.voiceIndex = nullptr;
+  context_.hooks.voiceData = nullptr;
+  context_.hooks.DownloadVoiceData = nullptr;
+  context_.hooks.MakeWaveFile = nullptr;
+  context_.hooks.CloseVoiceBinary = nullptr;
+}
+
 void VoiceTransfer::receiveIndex(char *bytes, size_t length) {
   const std::optional<QByteArray> reply = voice_rx_buffer_.feed(bytes, length);
   if (!reply) return;
@@ -30,7 +40,7 @@ void VoiceTransfer::receiveIndex(char *bytes, size_t length) {
 }
 
 void VoiceTransfer::UpdateVoiceIndex() {
-  context_.postToMain([this] {
+  mainThread_.post([this] {
     WindowOperations &window = context_.window;
     context_.clearList(IndexList::Voice);
     window.EnableButtonDownloadVoice(false);

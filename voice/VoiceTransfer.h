@@ -15,6 +15,9 @@
 class VoiceTransfer {
  public:
   explicit VoiceTransfer(Session &session);
+  ~VoiceTransfer();
+  VoiceTransfer(const VoiceTransfer &) = delete;
+  VoiceTransfer &operator=(const VoiceTransfer &) = delete;
 
   // The voice download button: downloads the selected clip when the session is idle and
   // the folders exist; otherwise only greys out the controls.
@@ -36,6 +39,7 @@ class VoiceTransfer {
   void receiveClip(char *bytes, size_t length);   // receive thread
 
   Session &session_;
+  MainThreadQueue mainThread_;
   SessionContext &context_;
   VoiceIndexAccumulator voice_rx_buffer_;  // receive thread only
   Guarded<VoiceIndexState> g_voice_index_;

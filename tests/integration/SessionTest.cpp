@@ -54,7 +54,6 @@ TEST_F(SessionTest, HandshakeTakesOneStepATickWithTheBytesOnTheWire) {
   EXPECT_EQ(state.g_serial_port_status, TRY_CONNECT_TX_KIND);
 
   session.timer2Call();
-  EXPECT_EQ(state.g_serial_port_status, TRY_CONNECT_RX_KIND);
   EXPECT_EQ(state.g_read_index_sequence, 1);
   ASSERT_TRUE(waitForState(TRY_CONNECT_KIND_DONE));
   EXPECT_EQ(wire(), QList<QByteArray>{"#kind"});
@@ -65,7 +64,6 @@ TEST_F(SessionTest, HandshakeTakesOneStepATickWithTheBytesOnTheWire) {
   session.timer2Call();
   EXPECT_EQ(state.g_serial_port_status, TRY_CONNECT_TX_DETAIL);
   session.timer2Call();
-  EXPECT_EQ(state.g_serial_port_status, TRY_CONNECT_RX_DETAIL);
   ASSERT_TRUE(waitForState(TRY_CONNECT_DETAIL_DONE));
   EXPECT_EQ(wire(), (QList<QByteArray>{"#kind", "#detail"}));
   EXPECT_EQ(state.g_flow_control_enabled, 1);
@@ -78,7 +76,7 @@ TEST_F(SessionTest, HandshakeTakesOneStepATickWithTheBytesOnTheWire) {
   EXPECT_EQ(wire(), (QList<QByteArray>{"#kind", "#detail", "#gser"}));
   EXPECT_EQ(window.text(Outlet::label_serial_number), "SN.28417305");
 
-  session.timer2Call();
+  session.timer2Call();  // no voice reader here: the state waits in RX_VOICE_INDEX
   EXPECT_EQ(state.g_serial_port_status, RX_VOICE_INDEX);
   EXPECT_EQ(state.g_receive_data_type_is_voice_record, eSERIAL_RX_VOICE_INDEX);
   ASSERT_TRUE(waitForWire(4));
@@ -112,7 +110,6 @@ TEST_F(SessionTest, ModelReplySplitOverTwoReadsDisconnects) {
   session.timer2Call();
   EXPECT_EQ(state.g_serial_port_status, DISCONNECTED);
   session.Reconnect();
-  EXPECT_EQ(state.g_serial_port_status, TRY_CONNECT_RX_KIND);
   ASSERT_TRUE(waitForWire(2));
   EXPECT_EQ(wire().last(), "#kind");
 }

@@ -122,7 +122,7 @@ TEST(SimulatorWire, VrStreamsAtTheLinkRate) {
   clock.start();
   port.send("vr02\r\n");
   const QByteArray received = port.readExactly(200000);
-  EXPECT_EQ(received.size(), 200000);
+  EXPECT_GE(received.size(), 200000);
   // Never faster than the link; a slow machine may only make it slower.
   EXPECT_GE(clock.elapsed(), 1900);
 }

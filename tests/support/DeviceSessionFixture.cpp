@@ -38,3 +38,9 @@ bool DeviceSessionFixture::tickUntil(int32_t status, int timeoutMs) {
 void DeviceSessionFixture::stall() {
   for (int tick = 0; tick < 51; ++tick) session->timer1Call();
 }
+
+bool DeviceSessionFixture::settle() {
+  return WaitFor([&] {
+    return int(log.startingWith("Reciving other commands:OK").size()) >= wireCount("#detail") - 1;
+  });
+}

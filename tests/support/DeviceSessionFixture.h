@@ -24,6 +24,9 @@ class DeviceSessionFixture : public ::testing::Test {
   // Ticks the session timer until the state is reached (or the timeout passes).
   bool tickUntil(int32_t status, int timeoutMs = 10000);
   void stall();  // 51 supervision ticks without bytes
+  // Waits for the device's answer to every "#detail" sent after the handshake (the one that
+  // ends a listing or a download) before the test goes on, as a diver's pace always does.
+  bool settle();
   StoragePaths paths() const { return session->state().paths.get(); }
 
   TemporaryHome home;

@@ -33,6 +33,8 @@ class RecordingWindow : public WindowOperations {
   void selectRow(IndexList list, int row) override;
   int selectedRow(IndexList list) const override;
   void setIsProcessing(bool processing) override;
+  QString searchRangeText() const override { return searchRange; }
+  QString searchRange = "1 month";
 
   QStringList calls() const;
   bool called(const QString &call) const { return calls().contains(call); }

@@ -257,8 +257,8 @@ bool DeviceSimulator::writeSome(int masterFd, int64_t nowMs) {
         // Let the host read what was sent before the line goes dead.
         if (hangupAtMs_ < 0) hangupAtMs_ = nowMs + 100;
         if (nowMs < hangupAtMs_) return true;
-        close(masterFd);
         hungUp_ = true;
+        close(masterFd);
         return false;
       }
     }

@@ -1,0 +1,80 @@
+#include "LogIndex.h"
+
+#include "DiveLogPage.h"
+#include "FieldDecoders.h"
+#include "TextValues.h"
+
+namespace {
+
+int32_t Signed(char byte) {
+  return static_cast<int8_t>(byte);
+}
+int32_t Wrap32(int64_t value) {
+  return static_cast<int32_t>(static_cast<uint32_t>(value));
+}
+
+constexpr int32_t kEarliestSearchDate = 20220101;
+
+struct DiveTimes {
+  QString date, time;
+  int minutes;
+};
+
+DiveTimes Times(const QByteArray &page, uint8_t style) {
+  using namespace DiveLogPage;
+  const bool list = style == kListStyle;
+  QString date = NSDataToNSDateJST(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute, style);
+  QString time = NSDataToNSTimeJST(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute, style);
+  if (date.isNull()) date = list ? QStringLiteral("0000/00/00") : QStringLiteral("0000-00-00");
+  if (time.isNull()) time = list ? QStringLiteral("00:00") : QStringLiteral("00-00");
+  return {date, time, NSData2ToInt(&page, kDiveTimeMinutes)};
+}
+
+}  // namespace
+
+LogHistory DecodeLogHistory(const char *r) {
+  LogHistory history;
+  history.historyNumber = Signed(r[0]) | Wrap32(int64_t{Signed(r[1])} * 256);
+  history.numberOf = Signed(r[16]) | Wrap32(int64_t{Signed(r[17])} * 256);
+  history.start =
+      Wrap32(int64_t{Signed(r[24])} + int64_t{Signed(r[25])} * 256 +
+             int64_t{Signed(r[26])} * 65536 + int64_t{static_cast<uint8_t>(r[27])} * 16777216 - 1);
+  return history;
+}
+
+QString DiveLogRowText(const QByteArray &page) {
+  const DiveTimes t = Times(page, kListStyle);
+  return QStringLiteral("%1 %2 %3min").arg(t.date, t.time).arg(t.minutes);
+}
+
+QString DiveLogFileBaseName(const QByteArray &page) {
+  const DiveTimes t = Times(page, kFileStyle);
+  return QStringLiteral("%1_%2_%3").arg(t.date, t.time).arg(t.minutes);
+}
+
+int32_t DiveLogDayNumber(const QByteArray &page) {
+  using namespace DiveLogPage;
+  return NSDataToNSDateNumberJST(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute);
+}
+
+int32_t SearchDateBound(const QString &rangeText, QDate today) {
+  const QStringList pieces = rangeText.split(u' ');
+  if (rangeText.isEmpty() || pieces.size() < 2) return kEarliestSearchDate;
+  int32_t n = IntValue(pieces[0]);
+  if (n < 0) n = 1;
+  const QString &unit = pieces[1];
+  if (unit == u"month" || unit == u"months" || unit == u"か月") {
+    int year = today.year();
+    int month = today.month() - n;
+    if (month < 1) {
+      // One year is borrowed, never more: a range of 12 + M months or more gives a month
+      // of zero or less, and the bound lies before every dive.
+      month += 12;
+      --year;
+    }
+    return Wrap32(int64_t{year} * 10000 + int64_t{month} * 100 + today.day());
+  }
+  const int64_t year = int64_t{today.year()} - n;
+  if (year < 2022) return kEarliestSearchDate;
+  return Wrap32(year * 10000 + today.month() * 100 + today.day());
+}

@@ -1,0 +1,219 @@
+#include "LogTransfer.h"
+
+#include "DiveLogCsv.h"
+#include "DiveLogPage.h"
+#include "Localization.h"
+#include "LogIndex.h"
+#include "SystemLog.h"
+
+namespace {
+
+enum LogDownloadMode : int32_t { kListing = 0, kDownload = 1, kPageDump = 2 };
+constexpr int32_t kLastDumpOffset = 499;
+
+}  // namespace
+
+LogTransfer::LogTransfer(Session &session) : session_(session), context_(session.context()) {
+  context_.hooks.logHistory = [this](char *bytes, size_t length) { receiveHistory(bytes, length); };
+  context_.hooks.logData = [this](char *bytes, size_t length) { receivePage(bytes, length); };
+}
+
+LogTransfer::~LogTransfer() {
+  // The receive thread must not run these handlers any more.
+  session_.closeSerialPort();
+  context_.hooks.logHistory = nullptr;
+  context_.hooks.logData = nullptr;
+}
+
+void LogTransfer::requestPage(int32_t number, bool dropSequenceOnFailure) {
+  context_.sendCommand(QString::asprintf("lp%06d\r\n", number), dropSequenceOnFailure);
+}
+
+void LogTransfer::receiveHistory(char *bytes, size_t length) {
+  if (length != kLogHistoryBytes) return;
+  SessionState &state = context_.state;
+  if (state.g_log_download_mode == kPageDump) {
+    SystemLog("Log download (save history)");
+    readRequestDiveLog();
+    return;
+  }
+  const LogHistory history = DecodeLogHistory(bytes);
+  state.g_log_history_no = history.historyNumber;
+  state.g_log_history_count = history.numberOf;
+  state.g_log_history_start = history.start;
+  state.g_log_number = history.start;
+  SystemLog("history number_of:%08d start:%08d{No.%08d}", history.numberOf, history.start,
+            history.historyNumber);
+  if (history.numberOf >= 1) {
+    state.g_dive_log_received = 0;
+    state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_DATA;
+    requestPage(state.g_log_number, false);
+  } else if (state.g_read_index_sequence == 1) {
+    // No dives: the sequence ends here, without the "#detail" a listing ends with.
+    endOfIndexSequence(false);
+  }
+}
+
+void LogTransfer::endOfIndexSequence(bool sendDetail) {
+  SessionState &state = context_.state;
+  WindowOperations &window = context_.window;
+  window.setEnabled(Outlet::comboBox_index_search_range, true);
+  window.setEnabled(Outlet::button_reconnect, true);
+  window.EnableButtonDownloadVoice(true);
+  state.g_serial_port_status = CONNECTED_IDLE;
+  if (sendDetail) {
+    state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
+    context_.sendCommand(QStringLiteral("#detail\r\n"), false);
+  }
+  state.g_read_index_sequence = 0;
+}
+
+void LogTransfer::receivePage(char *bytes, size_t length) {
+  SessionState &state = context_.state;
+  if (state.g_dive_log_received == 0) g_dive_log_buffer.clear();
+  g_dive_log_buffer.append(bytes, qsizetype(length));
+  // Only exactly one page completes it; a read that runs past 4096 never does.
+  if ((state.g_dive_log_received += int32_t(length)) != DiveLogPage::kBytes) return;
+  switch (state.g_log_download_mode.load()) {
+    case kListing:
+      listingPage();
+      break;
+    case kDownload:
+      downloadPage();
+      break;
+    case kPageDump:
+      SystemLog("Log download (offset:%03d)", state.g_log_page_offset - 1);
+      readRequestDiveLog();
+      break;
+  }
+  state.g_dive_log_received = 0;
+}
+
+void LogTransfer::listingPage() {
+  SessionState &state = context_.state;
+  const int32_t fetched = state.g_log_number;
+  if (DiveLogDayNumber(g_dive_log_buffer) >= state.g_index_search_date) {
+    AddDiveLogIndex(DiveLogRowText(g_dive_log_buffer), fetched);
+  }
+  // Older dives are fetched all the same: the count, not the date, ends the listing.
+  const int32_t next = --state.g_log_number;
+  if (fetched >= 1 && state.g_log_history_start - next < state.g_log_history_count) {
+    state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_DATA;
+    requestPage(next, false);
+    return;
+  }
+  mainThread_.post([this] {
+    if (!context_.lists.items_log_index.isEmpty()) {
+      context_.window.reloadList(IndexList::Log, context_.lists.items_log_index);
+      context_.window.EnableComboBoxLogIndex(true);
+    }
+  });
+  context_.window.EnableButtonDownloadLog(true);
+  if (state.g_read_index_sequence == 1) endOfIndexSequence(true);
+}
+
+void LogTransfer::downloadPage() {
+  SessionState &state = context_.state;
+  WindowOperations &window = context_.window;
+  const QString base = DiveLogFileBaseName(g_dive_log_buffer);
+  const QString path = AppendPathComponent(state.paths.get().g_log_folder_path,
+                                           base + QStringLiteral("_profile.csv"));
+  DiveLogCsvSave(path, &g_dive_log_buffer);
+  state.g_log_download_mode = kListing;
+  window.EnableComboBoxVoiceIndex(true);
+  window.EnableComboBoxLogIndex(true);
+  window.EnableButtonDownloadVoice(true);
+  window.EnableButtonDownloadLog(true);
+  window.setEnabled(Outlet::comboBox_index_search_range, true);
+  window.setEnabled(Outlet::button_reconnect, true);
+  window.messageBox(base + QStringLiteral("\r\n") + Localized("download_complete"));
+  state.g_serial_port_status = CONNECTED_IDLE;
+  state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
+  context_.sendCommand(QStringLiteral("#detail\r\n"), false);
+}
+
+void LogTransfer::AddDiveLogIndex(const QString &text, int32_t number) {
+  if (text.isNull()) {
+    SystemLog("AddDiveLogIndex:itemtext nil!");
+    return;
+  }
+  mainThread_.post([this, text, number] {
+    IndexLists &lists = context_.lists;
+    const bool wasEmpty = lists.items_log_index.isEmpty();
+    lists.items_log_index.append(text);
+    lists.items_log_index_number.append(number);
+    context_.window.reloadList(IndexList::Log, lists.items_log_index);
+    if (wasEmpty) {
+      context_.window.selectRow(IndexList::Log, 0);
+      SystemLog("AddDiveLogIndex:select=%ld", long(context_.window.selectedRow(IndexList::Log)));
+    }
+  });
+}
+
+void LogTransfer::SetIndexSearchDatatime() {
+  context_.state.g_index_search_date = SearchDateBound(context_.window.searchRangeText(), today());
+}
+
+void LogTransfer::action_button_download_log() {
+  SessionState &state = context_.state;
+  WindowOperations &window = context_.window;
+  IndexLists &lists = context_.lists;
+  if (state.g_serial_port_status != CONNECTED_IDLE) {
+    context_.DisableButtonControl();
+    return;
+  }
+  if (!context_.CreateFolder()) return;
+  const long count = long(lists.items_log_index.size());
+  if (count > 0 && window.selectedRow(IndexList::Log) < 0) {
+    window.reloadList(IndexList::Log, lists.items_log_index);
+    window.selectRow(IndexList::Log, 0);
+  }
+  const long row = window.selectedRow(IndexList::Log);
+  if (count == 0 || row < 0) return;
+  if (row >= count) {
+    SystemLog("action_button_download_log:error:count=%ld,sel=%ld", count, row);
+    return;
+  }
+  if (lists.items_log_index[row].isEmpty()) {
+    SystemLog("action_button_download_log:sdtring error:count=%ld,sel=%ld", count, row);
+    return;
+  }
+  if (lists.items_log_index_number.size() != count) {
+    SystemLog("action_button_download_log:error:index=%ld,number=%ld", count,
+              long(lists.items_log_index_number.size()));
+    return;
+  }
+  const int32_t number = lists.items_log_index_number[row];
+  state.g_log_number = number;
+  // A dive no longer in the device's history is not asked for.
+  if (number < 0 || state.g_log_history_start - number >= state.g_log_history_count) return;
+
+  context_.DisableButtonControl();
+  window.setEnabled(Outlet::button_reconnect, false);
+  window.setEnabled(Outlet::comboBox_index_search_range, false);
+  state.g_dive_log_received = 0;
+  state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_DATA;
+  state.g_log_download_mode = kDownload;
+  requestPage(number, true);
+}
+
+void LogTransfer::readRequestDiveLog() {
+  SessionState &state = context_.state;
+  const int32_t offset = state.g_log_page_offset;
+  QString command;
+  if (offset <= kLastDumpOffset) {
+    state.g_dive_log_received = 0;
+    state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_DATA;
+    state.g_log_download_mode = kPageDump;
+    command = QString::asprintf("lr%03d\r\n", offset);
+  } else if (offset == kLastDumpOffset + 1) {
+    state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_HISTORY;
+    state.g_log_download_mode = kPageDump;
+    command = QStringLiteral("lh\r\n");
+  } else {
+    SystemLog("readRequestDiveLog else..");
+    return;
+  }
+  state.g_log_page_offset = offset + 1;
+  context_.sendCommand(command);
+}

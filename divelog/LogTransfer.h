@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDate>
+#include <QString>
+#include <functional>
+
+#include "Session.h"
+
+// Dive logs through the session: the history record, the listing of every held dive
+// newest first (rows only for dives within the date range), the download of the selected
+// dive as its CSV file, and the page dump. Installs its handlers into the session; made
+// on the main thread, before the port opens.
+class LogTransfer {
+ public:
+  explicit LogTransfer(Session &session);
+  ~LogTransfer();
+  LogTransfer(const LogTransfer &) = delete;
+  LogTransfer &operator=(const LogTransfer &) = delete;
+
+  // The log download button (main thread).
+  void action_button_download_log();
+  // Recomputes g_index_search_date from the chosen range and today (main thread).
+  void SetIndexSearchDatatime();
+  // Appends a row to the log list, on the main thread.
+  void AddDiveLogIndex(const QString &text, int32_t number);
+  // One step of the page dump: "lr000" to "lr499", then "lh". The offset is never reset,
+  // so a run has one dump.
+  void readRequestDiveLog();
+
+  // "Today" for the date range; replaceable in tests.
+  std::function<QDate()> today = [] { return QDate::currentDate(); };
+
+ private:
+  void receiveHistory(char *bytes, size_t length);  // receive thread
+  void receivePage(char *bytes, size_t length);     // receive thread
+  void listingPage();
+  void downloadPage();
+  void endOfIndexSequence(bool sendDetail);
+  void requestPage(int32_t number, bool dropSequenceOnFailure);
+
+  Session &session_;
+  SessionContext &context_;
+  MainThreadQueue mainThread_;
+  QByteArray g_dive_log_buffer;  // receive thread only
+};
