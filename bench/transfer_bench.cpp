@@ -26,8 +26,9 @@ sim::Contents Device(const char *firmware) {
   contents.clips = {{QDateTime(kToday, QTime(9, 0), QTimeZone::utc()), 0x002, 0x009, 7}};
   contents.dives.clear();
   for (int i = 0; i < 60; ++i) {
-    contents.dives.append(sim::GenerateDive(uint32_t(i), QDateTime(kToday.addDays(-3 * (60 - i)), QTime(1, 0), QTimeZone::utc()),
-                                            45, 10, 1800, 260, 220));
+    contents.dives.append(sim::GenerateDive(
+        uint32_t(i), QDateTime(kToday.addDays(-3 * (60 - i)), QTime(1, 0), QTimeZone::utc()), 45,
+        10, 1800, 260, 220));
   }
   contents.totalDives = 60;
   return contents;
@@ -89,8 +90,10 @@ int main(int argc, char **argv) {
   QList<int64_t> rates;
   bool listingOnly = false;
   for (int i = 1; i < argc; ++i) {
-    if (QByteArray(argv[i]) == "--listing-only") listingOnly = true;
-    else rates << QByteArray(argv[i]).toLongLong();
+    if (QByteArray(argv[i]) == "--listing-only")
+      listingOnly = true;
+    else
+      rates << QByteArray(argv[i]).toLongLong();
   }
   if (rates.isEmpty()) rates = {1000000, 0};
   LogCapture quiet;
@@ -101,10 +104,12 @@ int main(int argc, char **argv) {
       if (listingOnly && QByteArray(firmware) != "1.180") continue;
       const Figures f = Run(firmware, rate, listingOnly);
       const double payload = f.clipBytes / f.clipSeconds;
-      std::printf("%-10lld %-5s %12d %10.2f %12.0f %10s %16.2f\n", static_cast<long long>(rate),
-                  QByteArray(firmware) >= "1.175" ? "vh" : "vr", f.clipBytes, f.clipSeconds, payload,
-                  rate > 0 ? qPrintable(QString::number(100.0 * payload / double(rate), 'f', 1) + "%") : "-",
-                  f.listingSeconds);
+      std::printf(
+          "%-10lld %-5s %12d %10.2f %12.0f %10s %16.2f\n", static_cast<long long>(rate),
+          QByteArray(firmware) >= "1.175" ? "vh" : "vr", f.clipBytes, f.clipSeconds, payload,
+          rate > 0 ? qPrintable(QString::number(100.0 * payload / double(rate), 'f', 1) + "%")
+                   : "-",
+          f.listingSeconds);
       std::fflush(stdout);
     }
   }

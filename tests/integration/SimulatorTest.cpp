@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTimeZone>
 
@@ -189,6 +190,45 @@ TEST(SimulatorFaults, OversizedIndexAndProfileAndHangUp) {
   EXPECT_EQ(port.readExactly(4096).size(), 1000);
   EXPECT_TRUE(port.sawEndOfFile());
   EXPECT_TRUE(device.device().hungUp());
+}
+
+}  // namespace
+
+namespace {
+
+// The program itself, as the demo and a developer run it: it prints the port, reads a
+// scenario file, and takes options over the scenario.
+TEST(SimulatorProgram, ServesAScenarioOnThePortItPrints) {
+  QTemporaryDir dir;
+  WriteFile(dir.filePath("scenario.json"),
+            R"({"firmware": "1.170", "serial": "00001234",
+                "clips": [{"start": "2023-04-05T13:07:22", "first": 2, "last": 15}]})");
+  QProcess program;
+  program.start(QM482_SIM_PATH,
+                {"--scenario", dir.filePath("scenario.json"), "--serial", "99990000"});
+  ASSERT_TRUE(program.waitForReadyRead(10000));
+  const QString port = QString::fromUtf8(program.readLine()).trimmed();
+  ASSERT_TRUE(port.startsWith("/dev/pts/")) << qPrintable(port);
+  {
+    RawPort device(port);
+    device.send("#detail\r\n");
+    EXPECT_TRUE(device.readUntilQuiet().startsWith("OK 1.170 "));
+    device.send("#gser\r\n");
+    EXPECT_EQ(device.readUntilQuiet(), "OK QM482 SN 99990000 00\r\n");
+    device.send("vi\r\n");
+    EXPECT_EQ(device.readUntilQuiet(), "01(002-7A7),230405-130722_002-00F,\r\n");
+  }
+  program.kill();
+  program.waitForFinished();
+
+  QProcess help;
+  help.start(QM482_SIM_PATH, {"--help"});
+  ASSERT_TRUE(help.waitForFinished(10000));
+  const QByteArray text = help.readAllStandardOutput();
+  for (const char *option :
+       {"--stall-after", "--split", "--garbage", "--hangup-after", "--long-index"}) {
+    EXPECT_TRUE(text.contains(option)) << option;
+  }
 }
 
 }  // namespace
