@@ -49,7 +49,7 @@ Figures Run(const char *firmware, int64_t rate, bool listingOnly) {
   logs.today = [] { return kToday; };
   logs.SetIndexSearchDatatime();
   QTemporaryDir home;
-  session.state().paths.set(StoragePathsIn(home.path()));
+  session.context().downloadsFolder = [&home] { return home.path(); };
   session.context().CreateFolder();
   sim::Options options;
   options.bytesPerSecond = rate;

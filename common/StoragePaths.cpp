@@ -39,8 +39,8 @@ QString MakeFolder(const QString &path) {
 
 }  // namespace
 
-bool CreateFolder(StoragePaths &paths, const std::function<void(const QString &)> &messageBox) {
-  const QString downloads = DownloadsFolder();
+bool CreateFolder(StoragePaths &paths, const QString &downloads,
+                  const std::function<void(const QString &)> &messageBox) {
   if (!downloads.isEmpty()) paths = StoragePathsIn(downloads);
   if (const QString error = MakeFolder(paths.g_voice_folder_path); !error.isEmpty()) {
     SystemLog("create voice folder Error. %s", qUtf8Printable(error));

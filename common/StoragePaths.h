@@ -23,8 +23,9 @@ StoragePaths StoragePathsIn(const QString &downloads);
 // them whether or not the component starts with one.
 QString AppendPathComponent(const QString &folder, const QString &component);
 
-// Recomputes the paths from the Downloads folder (kept as they were if there is none) and
+// Recomputes the paths from the downloads folder (kept as they were if it is empty) and
 // creates the voice and log folders if nothing exists there. On failure it logs, shows the
 // fixed error text through messageBox and returns false; the log folder is not attempted
 // after the voice folder failed. True when both exist afterwards.
-bool CreateFolder(StoragePaths &paths, const std::function<void(const QString &)> &messageBox);
+bool CreateFolder(StoragePaths &paths, const QString &downloads,
+                  const std::function<void(const QString &)> &messageBox);

@@ -10,6 +10,7 @@
 namespace {
 
 std::atomic<LogCapture *> g_capture{nullptr};
+std::atomic<bool> g_echo{true};
 
 void OpenSystemLogOnce() {
   static std::once_flag once;
@@ -33,10 +34,14 @@ void SystemLog(const char *format, ...) {
   syslog(LOG_NOTICE, "%s", line.c_str());
 
   LogCapture *capture = g_capture.load();
-  if (capture == nullptr || capture->echoesToStderr()) {
+  if (capture == nullptr ? g_echo.load() : capture->echoesToStderr()) {
     std::fprintf(stderr, "Mrvtq5dk: %s\n", line.c_str());
   }
   if (capture != nullptr) capture->append(std::move(line));
+}
+
+void SetSystemLogEcho(bool echo) {
+  g_echo = echo;
 }
 
 LogCapture::LogCapture(bool echoToStderr) : echo_(echoToStderr) {

@@ -10,6 +10,10 @@
 // session step by step. The format is checked against its arguments at compile time.
 void SystemLog(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
+// Whether lines are also written to stderr (the default). A terminal front end turns it
+// off so that its own output stays readable; the system log still gets every line.
+void SetSystemLogEcho(bool echo);
+
 // While alive, collects every line written by SystemLog on any thread. Lines still go to
 // the system log; stderr is kept quiet unless echo is asked for. One capture at a time.
 class LogCapture {

@@ -47,7 +47,7 @@ void SessionContext::clearList(IndexList list) {
 bool SessionContext::CreateFolder() {
   StoragePaths paths = state.paths.get();
   const bool created =
-      ::CreateFolder(paths, [this](const QString &text) { window.messageBox(text); });
+      ::CreateFolder(paths, downloadsFolder(), [this](const QString &text) { window.messageBox(text); });
   state.paths.set(paths);
   return created;
 }

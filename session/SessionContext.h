@@ -37,6 +37,8 @@ class SessionContext {
   WindowOperations &window;
   IndexLists lists;
   SessionHooks hooks;
+  // Where the storage folders go: the user's Downloads folder unless a front end says.
+  std::function<QString()> downloadsFolder = [] { return DownloadsFolder(); };
 
   // Greys out the device controls. In DISCONNECTED and TRY_CONNECT_TX_KIND the identity
   // labels are cleared and the reconnect button is disabled too.

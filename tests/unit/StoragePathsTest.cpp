@@ -15,7 +15,7 @@ TEST(StoragePaths, CreatesBothFoldersBelowDownloadsAndKeepsThem) {
   QStringList boxes;
   const auto box = [&boxes](const QString &text) { boxes << text; };
 
-  ASSERT_TRUE(CreateFolder(paths, box));
+  ASSERT_TRUE(CreateFolder(paths, DownloadsFolder(), box));
   EXPECT_EQ(paths.g_voice_folder_path, home.downloads() + "/Mrvtq5dk/voice");
   EXPECT_EQ(paths.g_log_folder_path, home.downloads() + "/Mrvtq5dk/log");
   EXPECT_EQ(paths.g_temp_voice_file_path, home.downloads() + "/Mrvtq5dk/tempVoiceData.bin");
@@ -24,7 +24,7 @@ TEST(StoragePaths, CreatesBothFoldersBelowDownloadsAndKeepsThem) {
 
   // A second call finds them and leaves what is inside alone.
   WriteFile(paths.g_voice_folder_path + "/kept.wav", "RIFF");
-  ASSERT_TRUE(CreateFolder(paths, box));
+  ASSERT_TRUE(CreateFolder(paths, DownloadsFolder(), box));
   EXPECT_TRUE(QFileInfo::exists(paths.g_voice_folder_path + "/kept.wav"));
   EXPECT_TRUE(boxes.isEmpty());
 }
@@ -39,7 +39,7 @@ TEST(StoragePaths, VoiceFolderFailureShowsItsBoxAndStops) {
   StoragePaths paths;
   QStringList boxes;
 
-  EXPECT_FALSE(CreateFolder(paths, [&boxes](const QString &text) { boxes << text; }));
+  EXPECT_FALSE(CreateFolder(paths, DownloadsFolder(), [&boxes](const QString &text) { boxes << text; }));
   EXPECT_EQ(boxes, QStringList{"voice folder create error!"});
   EXPECT_EQ(log.startingWith("create voice folder Error. ").size(), 1u);
   EXPECT_TRUE(log.startingWith("create logs folder Error.").empty());

@@ -1,0 +1,82 @@
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "SimulatedDevice.h"
+#include "TestSupport.h"
+
+namespace {
+
+struct CliResult {
+  int status = -1;
+  QString out, err;
+};
+
+CliResult RunCli(const QStringList &arguments) {
+  QProcess cli;
+  cli.start(MRVTQ5DK_CLI_PATH, arguments);
+  EXPECT_TRUE(cli.waitForFinished(120000));
+  return {cli.exitCode(), QString::fromUtf8(cli.readAllStandardOutput()),
+          QString::fromUtf8(cli.readAllStandardError())};
+}
+
+sim::Contents Device() {
+  return sim::GenerateContents(9, QDate::currentDate());
+}
+
+class CliTest : public ::testing::Test {
+ protected:
+  QStringList args(const QStringList &verb, const SimulatedDevice &device) {
+    return verb + QStringList{"--port", device.slavePath(), "--output", output.path()};
+  }
+  QStringList files(const char *folder) const {
+    return QDir(output.filePath(QString("Mrvtq5dk/") + folder)).entryList(QDir::Files, QDir::Name);
+  }
+  QTemporaryDir output;
+};
+
+TEST_F(CliTest, ListsThenDownloadsEveryClipAndTheChosenDives) {
+  SimulatedDevice device(Device());
+  const CliResult list = RunCli(args({"list"}, device));
+  EXPECT_EQ(list.status, 0) << qPrintable(list.err);
+  EXPECT_TRUE(list.out.contains("SN.28417305"));
+  EXPECT_TRUE(
+      list.out.contains("Voice clips (3)"));  // the 2021 clip and the short one are not listed
+  EXPECT_TRUE(list.out.contains("Dive logs (6)"));  // the unset-clock dive is older than any range
+
+  const CliResult voice = RunCli(args({"download-voice", "--all"}, device));
+  EXPECT_EQ(voice.status, 0) << qPrintable(voice.err);
+  EXPECT_EQ(files("voice").size(), 3);
+  const CliResult logs = RunCli(args({"download-log", "1", "3", "--range", "5 years"}, device));
+  EXPECT_EQ(logs.status, 0) << qPrintable(logs.err);
+  EXPECT_EQ(files("log").size(), 2);
+  EXPECT_TRUE(logs.err.contains("Download complete."));
+}
+
+TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
+  EXPECT_EQ(RunCli({"list"}).status, 3);  // no port
+  EXPECT_EQ(RunCli({"list", "--port", "/dev/no-such-port"}).status, 3);
+  EXPECT_EQ(RunCli({"download-voice"}).status, 2);  // nothing to download
+
+  sim::Contents other = Device();
+  other.model = "QM999XX";
+  SimulatedDevice wrong(other);
+  EXPECT_EQ(RunCli(args({"list"}, wrong)).status, 4);
+
+  sim::Options stall;
+  stall.stallAfterBytes = 10000;
+  SimulatedDevice stalling(Device(), stall);
+  const CliResult failed = RunCli(args({"download-voice", "1"}, stalling));
+  EXPECT_EQ(failed.status, 5);
+  EXPECT_TRUE(failed.err.contains("the transfer failed"));
+  EXPECT_TRUE(files("voice").isEmpty());
+
+  SimulatedDevice device(Device());
+  QTemporaryDir blocked;
+  WriteFile(blocked.filePath("Mrvtq5dk"), "a file where the folder belongs");
+  EXPECT_EQ(RunCli({"list", "--port", device.slavePath(), "--output", blocked.path()}).status, 6);
+}
+
+}  // namespace

@@ -1,0 +1,83 @@
+// mrvtq5dk-cli: the program's main job without a window. The device sees exactly the
+// protocol the window speaks: same session, same timers.
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <cstdio>
+
+#include "CliJob.h"
+#include "Localization.h"
+#include "SystemLog.h"
+
+namespace {
+
+constexpr const char *kDescription = R"(Takes voice clips and dive logs off a Corvamund QM482.
+
+Verbs:
+  list                        identity, then the voice clips and dives, numbered
+  download-voice N... | --all saves clips as WAV files in <Downloads>/Mrvtq5dk/voice
+  download-log N... | --all   saves dives as CSV files in <Downloads>/Mrvtq5dk/log
+
+The numbers are those that "list" prints for the chosen --range.
+Exit status: 0 done, 2 wrong use, 3 no device, 4 not a QM482, 5 a transfer failed,
+6 the folder cannot be written.)";
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  QCoreApplication app(argc, argv);
+  QCoreApplication::setApplicationName(QStringLiteral("mrvtq5dk-cli"));
+  QCoreApplication::setApplicationVersion(QStringLiteral(MRVTQ5DK_VERSION));
+  InstallStringTables();
+
+  QCommandLineParser parser;
+  parser.setApplicationDescription(QString::fromUtf8(kDescription));
+  parser.addHelpOption();
+  parser.addVersionOption();
+  parser.addPositionalArgument(QStringLiteral("verb"),
+                               QStringLiteral("list, download-voice or download-log"));
+  parser.addPositionalArgument(QStringLiteral("N"), QStringLiteral("Items to download"),
+                               QStringLiteral("[N...]"));
+  const QCommandLineOption port(QStringLiteral("port"), QStringLiteral("The device's serial port."),
+                                QStringLiteral("PATH"));
+  const QCommandLineOption output(QStringLiteral("output"),
+                                  QStringLiteral("Use DIR in place of the Downloads folder."),
+                                  QStringLiteral("DIR"));
+  QStringList ranges;
+  for (int i = 0; i < 6; ++i)
+    ranges << Localized(
+        QStringLiteral("comboBox_index_search_range%1").arg(i).toLatin1().constData());
+  const QCommandLineOption range(QStringLiteral("range"),
+                                 QStringLiteral("Show the last RANGE: %1 (default %2).")
+                                     .arg(ranges.join(QStringLiteral(", ")), ranges.last()),
+                                 QStringLiteral("RANGE"), ranges.last());
+  const QCommandLineOption all(QStringLiteral("all"),
+                               QStringLiteral("Download every item of the list."));
+  const QCommandLineOption verbose(QStringLiteral("verbose"),
+                                   QStringLiteral("Also print the system log's lines on stderr."));
+  parser.addOptions({port, output, range, all, verbose});
+  parser.process(app);
+  SetSystemLogEcho(parser.isSet(verbose));
+
+  CliRequest request;
+  const QStringList arguments = parser.positionalArguments();
+  request.verb = arguments.value(0);
+  request.port = parser.value(port);
+  request.output = parser.value(output);
+  request.range = parser.value(range);
+  request.all = parser.isSet(all);
+  for (const QString &item : arguments.mid(1)) {
+    bool ok = false;
+    request.items << item.toInt(&ok);
+    if (!ok) {
+      std::fprintf(stderr, "mrvtq5dk-cli: %s is not an item number\n", qPrintable(item));
+      return kCliUsage;
+    }
+  }
+  const bool download = request.verb == u"download-voice" || request.verb == u"download-log";
+  if ((request.verb != u"list" && !download) ||
+      (download && request.items.isEmpty() == !request.all) || !ranges.contains(request.range)) {
+    std::fprintf(stderr, "%s", qPrintable(parser.helpText()));
+    return kCliUsage;
+  }
+  return CliJob(request).run();
+}
