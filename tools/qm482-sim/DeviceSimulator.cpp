@@ -17,6 +17,7 @@ namespace sim {
 namespace {
 
 constexpr int64_t kAcknowledgeWindow = 2040;
+constexpr int64_t kUsbPacketBytes = 64;
 
 int64_t NowMs() {
   using namespace std::chrono;
@@ -229,9 +230,11 @@ int64_t DeviceSimulator::nextWakeMs(int64_t nowMs) const {
   if (hangupAtMs_ >= 0) return hangupAtMs_;
   if (!queue_.empty()) {
     int64_t at = std::max(queue_.front().notBeforeMs, nowMs);
-    if (options_.bytesPerSecond > 0 && tokens_ < 1) {
+    const double packet = std::min<double>(kUsbPacketBytes, double(queue_.front().bytes.size()));
+    if (options_.bytesPerSecond > 0 && tokens_ < packet) {
       at = std::max<int64_t>(
-          at, nowMs + 1 + static_cast<int64_t>(1000 * (1 - tokens_) / options_.bytesPerSecond));
+          at,
+          nowMs + 1 + static_cast<int64_t>(1000 * (packet - tokens_) / options_.bytesPerSecond));
     }
     return at;
   }
@@ -242,15 +245,21 @@ int64_t DeviceSimulator::nextWakeMs(int64_t nowMs) const {
 bool DeviceSimulator::writeSome(int masterFd, int64_t nowMs) {
   if (options_.bytesPerSecond > 0) {
     // A bucket of at most 10 ms worth of bytes (and at least 64) keeps the rate even.
-    const double cap = std::max(64.0, options_.bytesPerSecond / 100.0);
+    const double cap = std::max(double(kUsbPacketBytes), options_.bytesPerSecond / 100.0);
     tokens_ = std::min(cap, tokens_ + (nowMs - lastRefillMs_) * options_.bytesPerSecond / 1000.0);
   }
   lastRefillMs_ = nowMs;
   while (!queue_.empty() && queue_.front().notBeforeMs <= nowMs) {
     Segment &segment = queue_.front();
     int64_t allowed = segment.bytes.size();
-    if (options_.bytesPerSecond > 0)
-      allowed = std::min<int64_t>(allowed, static_cast<int64_t>(tokens_));
+    if (options_.bytesPerSecond > 0) {
+      // The device sits on USB: bytes leave in whole packets of up to 64, however slow the
+      // link, so a short reply is never cut in two by the rate limit.
+      if (tokens_ < std::min<double>(kUsbPacketBytes, double(allowed))) return true;
+      allowed = std::min<int64_t>(
+          allowed, static_cast<int64_t>(tokens_) / kUsbPacketBytes * kUsbPacketBytes);
+      if (allowed == 0) allowed = segment.bytes.size();
+    }
     if (segment.payload && options_.hangupAfterBytes >= 0) {
       allowed = std::min(allowed, options_.hangupAfterBytes - payloadSent_);
       if (allowed <= 0) {
