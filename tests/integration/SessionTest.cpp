@@ -114,18 +114,6 @@ TEST_F(SessionTest, ModelReplySplitOverTwoReadsDisconnects) {
   EXPECT_EQ(wire().last(), "#kind");
 }
 
-TEST_F(SessionTest, GarbageDuringTheHandshakeDisconnectsWithoutACrash) {
-  sim::Options options;
-  options.garbageReplies = {"detail"};
-  plugIn(Device(), options);
-  session.timer2Call();
-  ASSERT_TRUE(waitForState(TRY_CONNECT_KIND_DONE));
-  session.timer2Call();
-  session.timer2Call();
-  ASSERT_TRUE(waitForState(DISCONNECTED));
-  EXPECT_TRUE(state.readThreadRunning);
-}
-
 TEST_F(SessionTest, WithoutAPortNothingIsSentAndTheUserIsTold) {
   session.timer2Call();  // no port: state 0 waits
   EXPECT_EQ(state.g_serial_port_status, TRY_CONNECT_TX_KIND);
