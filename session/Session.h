@@ -33,6 +33,7 @@ class Session {
 
   SessionContext &context() { return context_; }
   SessionState &state() { return context_.state; }
+  const SessionState &state() const { return context_.state; }
   SerialChannel &channel() { return context_.channel; }
 
  private:

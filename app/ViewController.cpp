@@ -1,0 +1,340 @@
+#include "ViewController.h"
+
+#include <QCloseEvent>
+#include <QHeaderView>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QThread>
+
+#include "DevicePicture.h"
+#include "Localization.h"
+#include "SystemLog.h"
+#include "ui_ViewController.h"
+
+namespace {
+
+constexpr int kSearchRanges = 6;
+
+}  // namespace
+
+ViewController::ViewController(QWidget *parent)
+    : QWidget(parent),
+      ui_(std::make_unique<Ui::ViewController>()),
+      session_(*this),
+      voice_(session_),
+      logs_(session_) {
+  ui_->setupUi(this);
+  voiceTable_ = {ui_->tableView_voice_index, ui_->view_voice_index, ui_->label_voice_index,
+                 new IndexListModel(this), "view_voice_index"};
+  logTable_ = {ui_->tableView_log_index, ui_->view_log_index, ui_->label_log_index,
+               new IndexListModel(this), "view_log_index"};
+  for (IndexTable *t : {&voiceTable_, &logTable_}) {
+    t->view->setModel(t->model);
+    t->view->horizontalHeader()->setStretchLastSection(true);
+    t->view->horizontalHeader()->setMinimumHeight(28);
+    t->view->verticalHeader()->hide();
+    t->view->horizontalHeader()->setObjectName(t == &voiceTable_
+                                                   ? QStringLiteral("headerView_voice_index")
+                                                   : QStringLiteral("headerView_log_index"));
+    t->caption->setContentsMargins(8, 0, 8, 0);
+  }
+  ui_->pictureBox_set_corvamund2->setPixmap(DevicePicture(180));
+  ui_->progressBar_cdc->setRange(0, 100);
+  setWindowTitle(QStringLiteral("Mrvtq5dk"));
+  timer2_.setInterval(1000);
+  connect(&timer2_, &QTimer::timeout, this, [this] { session_.timer2Call(); });
+}
+
+ViewController::~ViewController() = default;
+
+void ViewController::viewDidLoad() {
+  SessionState &state = session_.state();
+  state.initialRunning = true;
+  state.deviceExist = 0;
+  session_.context().DisableButtonControl();
+  ui_->label_type->setText(QString());
+  ui_->label_version->setText(QString());
+  ui_->label_serial_number->setText(QStringLiteral("SN."));
+  ui_->label_com_number->setText(Localized("Disconnect"));
+  ui_->label_poweron_message->setText(Localized("label_poweron_message"));
+  ui_->button_reconnect->setText(Localized("button_reconnect"));
+  ui_->label_index_search_range->setText(Localized("label_index_search_range"));
+  ui_->label_recorded_voice->setText(Localized("label_recorded_voice"));
+  ui_->button_download_voice->setText(Localized("button_download_voice"));
+  ui_->label_dive_log->setText(Localized("label_dive_log"));
+  ui_->button_download_log->setText(Localized("button_download_log"));
+
+  ui_->pictureBox_set_corvamund2->show();
+  ui_->label_poweron_message->show();
+  for (QWidget *hidden : {static_cast<QWidget *>(ui_->label_recorded_voice),
+                          static_cast<QWidget *>(ui_->comboBox_voice_index),
+                          static_cast<QWidget *>(ui_->button_download_voice),
+                          static_cast<QWidget *>(ui_->label_dive_log),
+                          static_cast<QWidget *>(ui_->comboBox_log_index),
+                          static_cast<QWidget *>(ui_->button_download_log),
+                          static_cast<QWidget *>(ui_->progressBar_cdc)}) {
+    hidden->hide();
+  }
+
+  ui_->comboBox_index_search_range->clear();
+  for (int i = 0; i < kSearchRanges; ++i) {
+    ui_->comboBox_index_search_range->addItem(
+        Localized(QStringLiteral("comboBox_index_search_range%1").arg(i).toLatin1().constData()));
+  }
+  ui_->comboBox_index_search_range->setCurrentIndex(0);
+  logs_.SetIndexSearchDatatime();
+
+  for (IndexTable *t : {&voiceTable_, &logTable_}) {
+    t->caption->setText(QString());
+    t->caption->hide();
+    t->container->hide();
+  }
+  connect(ui_->comboBox_index_search_range, &QComboBox::currentIndexChanged, this,
+          [this] { comboBoxSelectionDidChange(); });
+  for (IndexList list : {IndexList::Voice, IndexList::Log}) {
+    connect(table(list).view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this, list] { tableViewSelectionDidChange(list); });
+  }
+  connect(ui_->button_reconnect, &QPushButton::clicked, this,
+          [this] { action_button_reconnect(); });
+  connect(ui_->button_download_voice, &QPushButton::clicked, this,
+          [this] { action_button_download_voice(); });
+  connect(ui_->button_download_log, &QPushButton::clicked, this,
+          [this] { action_button_download_log(); });
+
+  // The selection captions live in the tables' header views.
+  for (IndexTable *t : {&voiceTable_, &logTable_}) {
+    QHeaderView *header = t->view->horizontalHeader();
+    t->caption->setParent(header);
+    t->caption->setGeometry(header->rect());
+    t->caption->setAutoFillBackground(true);
+    header->installEventFilter(this);
+  }
+
+  if (!session_.context().CreateFolder()) std::exit(1);  // the folder box has been shown
+  timer2_.start();
+  if (InitDevice) InitDevice();
+  SystemLog("viewDidLoad end..");
+}
+
+void ViewController::viewDidAppear() {
+  if (session_.state().deviceExist == 0) return;
+  messageBox(Localized("corvamund_already_exist"));
+  std::exit(1);
+}
+
+bool ViewController::windowShouldClose() const {
+  const SessionState &state = session_.state();
+  return !(state.g_voice_download_active && state.g_serial_port_status == CONNECTED_IDLE &&
+           state.deviceExist != 0);
+}
+
+void ViewController::closeEvent(QCloseEvent *event) {
+  if (windowShouldClose()) {
+    event->accept();
+  } else {
+    event->ignore();
+  }
+}
+
+bool ViewController::eventFilter(QObject *watched, QEvent *event) {
+  if (event->type() == QEvent::Resize) {
+    for (IndexTable *t : {&voiceTable_, &logTable_}) {
+      if (watched == t->view->horizontalHeader())
+        t->caption->setGeometry(t->view->horizontalHeader()->rect());
+    }
+  }
+  return QWidget::eventFilter(watched, event);
+}
+
+bool ViewController::onMainThread(std::function<void()> work) {
+  if (QThread::currentThread() == thread()) {
+    work();
+    return true;
+  }
+  QMetaObject::invokeMethod(this, std::move(work), Qt::QueuedConnection);
+  return false;
+}
+
+QWidget *ViewController::outlet(Outlet outlet) const {
+  switch (outlet) {
+    case Outlet::label_type:
+      return ui_->label_type;
+    case Outlet::label_version:
+      return ui_->label_version;
+    case Outlet::label_serial_number:
+      return ui_->label_serial_number;
+    case Outlet::label_poweron_message:
+      return ui_->label_poweron_message;
+    case Outlet::label_com_number:
+      return ui_->label_com_number;
+    case Outlet::label_recorded_voice:
+      return ui_->label_recorded_voice;
+    case Outlet::label_dive_log:
+      return ui_->label_dive_log;
+    case Outlet::pictureBox_set_corvamund2:
+      return ui_->pictureBox_set_corvamund2;
+    case Outlet::comboBox_index_search_range:
+      return ui_->comboBox_index_search_range;
+    case Outlet::button_reconnect:
+      return ui_->button_reconnect;
+    case Outlet::progressBar_cdc:
+      return ui_->progressBar_cdc;
+  }
+  return nullptr;
+}
+
+void ViewController::messageBox(const QString &text) {
+  onMainThread([this, text] {
+    QMessageBox box(QMessageBox::Information, QStringLiteral("MrvTq5dk"), text, QMessageBox::Ok,
+                    this);
+    box.setObjectName(QStringLiteral("messageBox"));
+    box.exec();
+  });
+}
+
+long ViewController::confirmBox(const QString &text) {
+  QMessageBox box(QMessageBox::Question, QStringLiteral("Mrvtq5dk"), text, QMessageBox::NoButton,
+                  this);
+  box.setObjectName(QStringLiteral("confirmBox"));
+  QPushButton *ok = box.addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+  box.addButton(Localized("Cancel"), QMessageBox::RejectRole);
+  box.exec();
+  return box.clickedButton() == ok ? 1000 : 1001;
+}
+
+void ViewController::setText(Outlet which, const QString &text) {
+  onMainThread([this, which, text] {
+    if (auto *label = qobject_cast<QLabel *>(outlet(which))) label->setText(text);
+  });
+}
+
+void ViewController::setVisible(Outlet which, bool visible) {
+  onMainThread([this, which, visible] { outlet(which)->setVisible(visible); });
+}
+
+void ViewController::setEnabled(Outlet which, bool enabled) {
+  onMainThread([this, which, enabled] { outlet(which)->setEnabled(enabled); });
+}
+
+void ViewController::setProgress(int percent) {
+  onMainThread([this, percent] { ui_->progressBar_cdc->setValue(percent); });
+}
+
+void ViewController::showCaption(IndexTable &t) {
+  const int row = selectedRow(&t == &voiceTable_ ? IndexList::Voice : IndexList::Log);
+  if (row < 0 || row >= t.model->rows().size()) return;
+  t.caption->setText(t.model->rows().value(row));
+  t.caption->raise();
+}
+
+void ViewController::enableIndexTable(IndexList list, bool enable) {
+  IndexTable &t = table(list);
+  if (enable && t.container->isHidden()) {
+    t.container->show();
+    t.caption->show();
+  }
+  t.view->setEnabled(enable);
+  if (!enable) {
+    t.caption->setText(QString());
+    return;
+  }
+  if (t.model->rows().isEmpty()) {
+    t.view->setEnabled(false);
+    return;
+  }
+  showCaption(t);
+}
+
+void ViewController::EnableComboBoxVoiceIndex(bool enable) {
+  if (!onMainThread([this, enable] { enableIndexTable(IndexList::Voice, enable); })) {
+    onMainThread([this] {
+      SystemLog("EnableComboBoxVoiceIndex(Thread):comboBox_voice_index=%ld",
+                long(selectedRow(IndexList::Voice)));
+    });
+  }
+}
+
+void ViewController::EnableComboBoxLogIndex(bool enable) {
+  onMainThread([this, enable] { enableIndexTable(IndexList::Log, enable); });
+}
+
+void ViewController::EnableButtonDownloadVoice(bool enable) {
+  onMainThread([this, enable] {
+    if (enable && ui_->button_download_voice->isHidden()) ui_->button_download_voice->show();
+    ui_->button_download_voice->setEnabled(enable);
+  });
+}
+
+void ViewController::EnableButtonDownloadLog(bool enable) {
+  onMainThread([this, enable] {
+    if (enable && ui_->button_download_log->isHidden()) ui_->button_download_log->show();
+    ui_->button_download_log->setEnabled(enable);
+  });
+}
+
+void ViewController::reloadList(IndexList list, const QStringList &rows) {
+  onMainThread([this, list, rows] {
+    // A reload keeps the selection, as long as the row is still there.
+    IndexTable &t = table(list);
+    const int row = selectedRow(list);
+    QSignalBlocker quiet(t.view->selectionModel());
+    t.model->setRows(rows);
+    if (row >= 0 && row < rows.size()) t.view->selectRow(row);
+  });
+}
+
+void ViewController::selectRow(IndexList list, int row) {
+  onMainThread([this, list, row] { table(list).view->selectRow(row); });
+}
+
+int ViewController::selectedRow(IndexList list) const {
+  const QModelIndexList rows = table(list).view->selectionModel()->selectedRows();
+  return rows.isEmpty() ? -1 : rows.first().row();
+}
+
+QString ViewController::searchRangeText() const {
+  return ui_->comboBox_index_search_range->currentText();
+}
+
+void ViewController::setIsProcessing(bool processing) {
+  if (isProcessingChanged) isProcessingChanged(processing);
+}
+
+void ViewController::tableViewSelectionDidChange(IndexList list) {
+  IndexTable &t = table(list);
+  const int row = selectedRow(list);
+  t.caption->setText(row < 0 ? QString() : t.model->rows().value(row));
+  SystemLog("SelectionDidChange:%s=%ld", t.name, long(row));
+}
+
+void ViewController::comboBoxSelectionDidChange() {
+  SessionState &state = session_.state();
+  if (state.g_serial_port_status != CONNECTED_IDLE) {
+    logs_.SetIndexSearchDatatime();
+    return;
+  }
+  ui_->comboBox_index_search_range->setEnabled(false);
+  ui_->button_reconnect->setEnabled(false);
+  logs_.SetIndexSearchDatatime();
+  state.g_receive_data_type_is_voice_record = eSERIAL_RX_VOICE_INDEX;
+  state.g_read_index_sequence = 1;
+  session_.context().clearList(IndexList::Voice);
+  session_.context().clearList(IndexList::Log);
+  session_.context().DisableButtonControl();
+  session_.context().sendCommand(QStringLiteral("vi\r\n"));
+}
+
+void ViewController::action_button_reconnect() {
+  session_.state().g_serial_port_status = DISCONNECTED;
+  session_.context().DisableButtonControl();
+  session_.Reconnect();
+}
+
+void ViewController::action_button_download_voice() {
+  voice_.action_button_download_voice();
+}
+
+void ViewController::action_button_download_log() {
+  logs_.action_button_download_log();
+}

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+
+#include "IndexListModel.h"
+#include "LogTransfer.h"
+#include "Session.h"
+#include "VoiceTransfer.h"
+#include "WindowOperations.h"
+
+namespace Ui {
+class ViewController;
+}
+class QLabel;
+class QTableView;
+
+// The one window: the device's identity, the voice and dive lists with their download
+// buttons, the date range, and the boxes that tell the diver what happened. It is the
+// session's window: every change the session makes reaches the controls through here,
+// from any thread, on the main thread.
+class ViewController : public QWidget, public WindowOperations {
+ public:
+  explicit ViewController(QWidget *parent = nullptr);
+  ~ViewController() override;
+
+  // Sets the window up; ends the process with status 1 when the storage folders cannot
+  // be made. Call once, before the window is shown.
+  void viewDidLoad();
+  // After the window is on screen: a device attached before start is refused.
+  void viewDidAppear();
+  // The window may close unless a clip is downloading from a connected device.
+  bool windowShouldClose() const;
+
+  void action_button_reconnect();
+  void action_button_download_voice();
+  void action_button_download_log();
+  // A new search range: stored, and while idle the lists are read again from the device.
+  void comboBoxSelectionDidChange();
+  // A modal question titled "Mrvtq5dk" with "OK" and "Cancel": 1000 for OK, 1001 for Cancel.
+  long confirmBox(const QString &text);
+
+  Session &session() { return session_; }
+  LogTransfer &logs() { return logs_; }
+  // Where the quit guard learns whether a clip is under way.
+  std::function<void(bool)> isProcessingChanged;
+  // Starts device discovery; set by the application.
+  std::function<void()> InitDevice;
+
+  // WindowOperations.
+  void messageBox(const QString &text) override;
+  void setText(Outlet outlet, const QString &text) override;
+  void setVisible(Outlet outlet, bool visible) override;
+  void setEnabled(Outlet outlet, bool enabled) override;
+  void setProgress(int percent) override;
+  void EnableComboBoxVoiceIndex(bool enable) override;
+  void EnableButtonDownloadVoice(bool enable) override;
+  void EnableComboBoxLogIndex(bool enable) override;
+  void EnableButtonDownloadLog(bool enable) override;
+  void reloadList(IndexList list, const QStringList &rows) override;
+  void selectRow(IndexList list, int row) override;
+  int selectedRow(IndexList list) const override;
+  QString searchRangeText() const override;
+  void setIsProcessing(bool processing) override;
+
+ protected:
+  void closeEvent(QCloseEvent *event) override;
+  // Keeps each selection caption as wide as its table's header.
+  bool eventFilter(QObject *watched, QEvent *event) override;
+
+ private:
+  struct IndexTable {
+    QWidget *container;  // tableView_voice_index / tableView_log_index
+    QTableView *view;    // view_voice_index / view_log_index
+    QLabel *caption;     // label_voice_index / label_log_index
+    IndexListModel *model;
+    const char *name;
+  };
+  // Runs work here at once on the main thread, or queues it there from another thread.
+  bool onMainThread(std::function<void()> work);
+  QWidget *outlet(Outlet outlet) const;
+  IndexTable &table(IndexList list) { return list == IndexList::Voice ? voiceTable_ : logTable_; }
+  const IndexTable &table(IndexList list) const {
+    return list == IndexList::Voice ? voiceTable_ : logTable_;
+  }
+  void enableIndexTable(IndexList list, bool enable);
+  void tableViewSelectionDidChange(IndexList list);
+  void showCaption(IndexTable &table);
+
+  std::unique_ptr<Ui::ViewController> ui_;
+  IndexTable voiceTable_, logTable_;
+  Session session_;
+  VoiceTransfer voice_;
+  LogTransfer logs_;
+  QTimer timer2_;
+};

@@ -1,0 +1,246 @@
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMessageBox>
+#include <QProcess>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTableView>
+#include <QTimer>
+
+#include "Localization.h"
+#include "RecordingWindow.h"
+#include "SimulatedDevice.h"
+#include "SystemLog.h"
+#include "TestSupport.h"
+#include "ViewController.h"
+
+namespace {
+
+// Answers every modal box as a diver would, remembering its title and text.
+class BoxAnswerer {
+ public:
+  BoxAnswerer() {
+    QObject::connect(&timer_, &QTimer::timeout, [this] {
+      auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+      if (box == nullptr) return;
+      boxes << box->windowTitle() + "|" + box->text();
+      if (echo) std::printf("box:%s\n", qPrintable(boxes.last())), std::fflush(stdout);
+      for (QAbstractButton *b : box->buttons()) {
+        if (b->text() == button) return b->click();
+      }
+      box->buttons().first()->click();
+    });
+    timer_.start(20);
+  }
+  QStringList boxes;
+  QString button = "OK";
+  bool echo = false;  // print each box on stdout at once (a child process about to exit)
+
+ private:
+  QTimer timer_;
+};
+
+template <typename T = QWidget>
+T *Outlet(ViewController &window, const char *name) {
+  return window.findChild<T *>(QString::fromLatin1(name));
+}
+
+class WindowTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    window.viewDidLoad();
+    window.resize(820, 560);
+    window.show();
+  }
+  bool connectTo(SimulatedDevice &device) {
+    window.session().state().deviceExist = 1;
+    if (window.session().openSerialPort(device.slavePath(), 9600)) return false;
+    return WaitFor(
+        [&] {
+          return window.session().state().g_serial_port_status == CONNECTED_IDLE &&
+                 window.session().state().g_read_index_sequence == 0;
+        },
+        20000);
+  }
+  void shoot(const QString &name) {
+    QApplication::processEvents();
+    QDir().mkpath(SCREENSHOT_DIR);
+    window.grab().save(QString(SCREENSHOT_DIR) + "/" + name + ".png");
+  }
+  TemporaryHome home;
+  LogCapture log;
+  BoxAnswerer answerer;
+  ViewController window;
+};
+
+TEST_F(WindowTest, StartsWithThePowerOnInstructionAndEveryOutletNamed) {
+  for (const char *name : {"button_reconnect",
+                           "label_com_number",
+                           "label_type",
+                           "label_version",
+                           "label_serial_number",
+                           "label_recorded_voice",
+                           "label_dive_log",
+                           "button_download_voice",
+                           "button_download_log",
+                           "progressBar_cdc",
+                           "comboBox_voice_index",
+                           "comboBox_log_index",
+                           "label_poweron_message",
+                           "pictureBox_set_corvamund2",
+                           "comboBox_index_search_range",
+                           "label_index_search_range",
+                           "tableView_voice_index",
+                           "view_voice_index",
+                           "tableView_log_index",
+                           "view_log_index",
+                           "label_voice_index",
+                           "label_log_index",
+                           "headerView_voice_index",
+                           "headerView_log_index"}) {
+    EXPECT_NE(Outlet(window, name), nullptr) << name;
+  }
+  EXPECT_TRUE(Outlet(window, "pictureBox_set_corvamund2")->isVisible());
+  EXPECT_EQ(Outlet<QLabel>(window, "label_poweron_message")->text(),
+            Localized("label_poweron_message"));
+  for (const char *hidden : {"label_recorded_voice", "button_download_voice", "label_dive_log",
+                             "button_download_log", "progressBar_cdc", "tableView_voice_index",
+                             "tableView_log_index", "comboBox_voice_index"}) {
+    EXPECT_FALSE(Outlet(window, hidden)->isVisible()) << hidden;
+  }
+  EXPECT_EQ(Outlet<QComboBox>(window, "comboBox_index_search_range")->currentText(), "1 month");
+  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.");
+  EXPECT_TRUE(Outlet<QLabel>(window, "label_type")->text().isEmpty());
+  EXPECT_FALSE(Outlet(window, "button_reconnect")->isEnabled());
+  EXPECT_EQ(Outlet(window, "label_voice_index")->parent(),
+            Outlet(window, "headerView_voice_index"));
+  EXPECT_TRUE(QDir(home.downloads() + "/Mrvtq5dk/voice").exists());
+  EXPECT_TRUE(log.contains("viewDidLoad end.."));
+  shoot("no-device-en");
+}
+
+TEST_F(WindowTest, ControlsFollowThePhasesOfTheSession) {
+  SimulatedDevice device(sim::GenerateContents(4, QDate::currentDate()));
+  ASSERT_TRUE(connectTo(device));
+  ASSERT_TRUE(WaitFor([&] { return Outlet<QTableView>(window, "view_log_index")->isEnabled(); }));
+  EXPECT_EQ(Outlet<QLabel>(window, "label_type")->text(), "QM482");
+  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.28417305");
+  EXPECT_FALSE(Outlet(window, "pictureBox_set_corvamund2")->isVisible());
+  EXPECT_TRUE(Outlet(window, "button_download_voice")->isEnabled());
+  EXPECT_TRUE(Outlet(window, "button_reconnect")->isEnabled());
+  EXPECT_EQ(Outlet<QTableView>(window, "view_voice_index")->model()->rowCount(), 3);
+  EXPECT_FALSE(Outlet<QLabel>(window, "label_voice_index")->text().isEmpty());  // row 0's caption
+  shoot("connected-en");
+
+  // A new range while connected empties both lists at once and reads them again.
+  Outlet<QComboBox>(window, "comboBox_index_search_range")->setCurrentIndex(5);
+  EXPECT_EQ(Outlet<QTableView>(window, "view_log_index")->model()->rowCount(), 0);
+  EXPECT_FALSE(Outlet(window, "comboBox_index_search_range")->isEnabled());
+  EXPECT_FALSE(Outlet(window, "button_download_log")->isEnabled());
+  ASSERT_TRUE(
+      WaitFor([&] { return Outlet(window, "comboBox_index_search_range")->isEnabled(); }, 20000));
+  EXPECT_EQ(Outlet<QTableView>(window, "view_log_index")->model()->rowCount(), 6);
+  EXPECT_EQ(device.device().commands().count("vi"), 2);
+
+  // A clip download shows its progress, then the completion box.
+  Outlet<QPushButton>(window, "button_download_voice")->click();
+  EXPECT_TRUE(Outlet(window, "progressBar_cdc")->isVisible());
+  EXPECT_FALSE(Outlet(window, "button_reconnect")->isEnabled());
+  ASSERT_TRUE(WaitFor(
+      [&] { return answerer.boxes.join(',').contains(Localized("download_complete")); }, 20000));
+  EXPECT_TRUE(answerer.boxes.first().startsWith("MrvTq5dk|"));
+  shoot("after-download-en");
+
+  // Reconnect clears the identity and greys everything until the device answers again.
+  WaitFor([&] { return Outlet(window, "button_reconnect")->isEnabled(); });
+  Outlet<QPushButton>(window, "button_reconnect")->click();
+  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.");
+  EXPECT_FALSE(Outlet(window, "button_reconnect")->isEnabled());
+  EXPECT_FALSE(Outlet(window, "button_download_voice")->isEnabled());
+  EXPECT_TRUE(WaitFor([&] { return Outlet<QLabel>(window, "label_type")->text() == "QM482"; }));
+}
+
+TEST_F(WindowTest, RangeChangeWithoutADeviceOnlyStoresTheRange) {
+  Outlet<QComboBox>(window, "comboBox_index_search_range")->setCurrentIndex(3);
+  const QDate today = QDate::currentDate();
+  EXPECT_EQ(window.session().state().g_index_search_date,
+            std::max(20220101, (today.year() - 1) * 10000 + today.month() * 100 + today.day()));
+  EXPECT_FALSE(log.contains("writeString:vi\r\n"));
+  EXPECT_FALSE(log.contains("writeString:serialFileDescripter -1"));
+}
+
+TEST_F(WindowTest, BoxesHaveTheirTwoTitlesAndTheCloseVetoHoldsDuringAClip) {
+  window.messageBox("hello");
+  EXPECT_EQ(answerer.boxes, QStringList{"MrvTq5dk|hello"});
+  EXPECT_EQ(window.confirmBox("sure?"), 1000);
+  EXPECT_EQ(answerer.boxes.last(), "Mrvtq5dk|sure?");
+  answerer.button = Localized("Cancel");
+  EXPECT_EQ(window.confirmBox("sure?"), 1001);
+
+  SessionState &state = window.session().state();
+  state.g_serial_port_status = CONNECTED_IDLE;
+  state.deviceExist = 1;
+  state.g_voice_download_active = 1;
+  EXPECT_FALSE(window.close());
+  EXPECT_TRUE(window.isVisible());
+  state.deviceExist = 0;
+  EXPECT_TRUE(window.close());
+}
+
+// Start-up refusals end the process: the test runs itself again as a child for each.
+TEST(WindowStartUp, VoiceFolderThatCannotBeMadeEndsWithStatus1) {
+  if (qEnvironmentVariableIsSet("MRVTQ5DK_CHILD")) {
+    BoxAnswerer answerer;
+    answerer.echo = true;
+    LogCapture log(true);
+    ViewController window;
+    window.viewDidLoad();  // ends the process
+    GTEST_FAIL() << "start-up went on";
+  }
+  TemporaryHome home;
+  ASSERT_TRUE(QDir().mkpath(home.downloads()));
+  WriteFile(home.downloads() + "/Mrvtq5dk", "not a folder");
+  QProcess child;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("MRVTQ5DK_CHILD", "1");
+  child.setProcessEnvironment(environment);
+  child.start(QCoreApplication::applicationFilePath(),
+              {"--gtest_filter=WindowStartUp.VoiceFolderThatCannotBeMadeEndsWithStatus1"});
+  ASSERT_TRUE(child.waitForFinished(30000));
+  EXPECT_EQ(child.exitCode(), 1);
+  const QString out = child.readAllStandardOutput(), err = child.readAllStandardError();
+  EXPECT_TRUE(out.contains("box:MrvTq5dk|voice folder create error!")) << qPrintable(out + err);
+  EXPECT_TRUE(err.contains("create voice folder Error."));
+  EXPECT_FALSE(err.contains("create logs folder Error."));
+}
+
+TEST(WindowScreenshots, JapaneseWindow) {
+  InstallStringTables(QLocale(QLocale::Japanese));
+  {
+    TemporaryHome home;
+    LogCapture quiet;
+    BoxAnswerer answerer;
+    ViewController window;
+    window.viewDidLoad();
+    window.resize(820, 560);
+    window.show();
+    EXPECT_EQ(window.findChild<QPushButton *>("button_reconnect")->text(), "再接続");
+    SimulatedDevice device(sim::GenerateContents(4, QDate::currentDate()));
+    window.session().state().deviceExist = 1;
+    ASSERT_EQ(window.session().openSerialPort(device.slavePath(), 9600), std::nullopt);
+    ASSERT_TRUE(
+        WaitFor([&] { return window.findChild<QWidget *>("view_log_index")->isEnabled(); }, 20000));
+    QApplication::processEvents();
+    QDir().mkpath(SCREENSHOT_DIR);
+    window.grab().save(QString(SCREENSHOT_DIR) + "/connected-ja.png");
+  }
+  InstallStringTables(QLocale(QLocale::English));
+}
+
+}  // namespace
