@@ -126,7 +126,9 @@ TEST_F(WindowTest, StartsWithThePowerOnInstructionAndEveryOutletNamed) {
 }
 
 TEST_F(WindowTest, ControlsFollowThePhasesOfTheSession) {
-  SimulatedDevice device(sim::GenerateContents(4, QDate::currentDate()));
+  sim::Options link;
+  link.bytesPerSecond = 400000;  // slow enough to see a clip arrive
+  SimulatedDevice device(sim::GenerateContents(4, QDate::currentDate()), link);
   ASSERT_TRUE(connectTo(device));
   ASSERT_TRUE(WaitFor([&] { return Outlet<QTableView>(window, "view_log_index")->isEnabled(); }));
   EXPECT_EQ(Outlet<QLabel>(window, "label_type")->text(), "QM482");
@@ -151,6 +153,10 @@ TEST_F(WindowTest, ControlsFollowThePhasesOfTheSession) {
   // A clip download shows its progress, then the completion box.
   Outlet<QPushButton>(window, "button_download_voice")->click();
   EXPECT_TRUE(Outlet(window, "progressBar_cdc")->isVisible());
+  if (WaitFor([&] { return Outlet<QProgressBar>(window, "progressBar_cdc")->value() >= 30; },
+              10000)) {
+    shoot("downloading-en");
+  }
   EXPECT_FALSE(Outlet(window, "button_reconnect")->isEnabled());
   ASSERT_TRUE(WaitFor(
       [&] { return answerer.boxes.join(',').contains(Localized("download_complete")); }, 20000));
@@ -193,6 +199,42 @@ TEST_F(WindowTest, BoxesHaveTheirTwoTitlesAndTheCloseVetoHoldsDuringAClip) {
   EXPECT_TRUE(window.close());
 }
 
+// Runs this test program again as a child running only the named test, with HOME set.
+struct ChildRun {
+  int status;
+  QString out, err;
+};
+ChildRun RunChild(const QString &test, const QString &home) {
+  QProcess child;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("MRVTQ5DK_CHILD", "1");
+  environment.insert("HOME", home);
+  environment.insert("XDG_CONFIG_HOME", home + "/.config");
+  child.setProcessEnvironment(environment);
+  child.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=" + test});
+  EXPECT_TRUE(child.waitForFinished(30000));
+  return {child.exitCode(), child.readAllStandardOutput(), child.readAllStandardError()};
+}
+
+TEST(WindowStartUp, DeviceAttachedBeforeStartIsRefusedWithStatus1) {
+  if (qEnvironmentVariableIsSet("MRVTQ5DK_CHILD")) {
+    BoxAnswerer answerer;
+    answerer.echo = true;
+    ViewController window;
+    window.viewDidLoad();
+    window.session().state().deviceExist = 1;  // counted by discovery, never opened
+    window.show();
+    window.viewDidAppear();  // ends the process
+    GTEST_FAIL() << "start-up went on";
+  }
+  TemporaryHome home;
+  const ChildRun child =
+      RunChild("WindowStartUp.DeviceAttachedBeforeStartIsRefusedWithStatus1", home.path());
+  EXPECT_EQ(child.status, 1);
+  EXPECT_TRUE(child.out.contains("box:MrvTq5dk|" + Localized("corvamund_already_exist")))
+      << qPrintable(child.out);
+}
+
 // Start-up refusals end the process: the test runs itself again as a child for each.
 TEST(WindowStartUp, VoiceFolderThatCannotBeMadeEndsWithStatus1) {
   if (qEnvironmentVariableIsSet("MRVTQ5DK_CHILD")) {
@@ -206,15 +248,10 @@ TEST(WindowStartUp, VoiceFolderThatCannotBeMadeEndsWithStatus1) {
   TemporaryHome home;
   ASSERT_TRUE(QDir().mkpath(home.downloads()));
   WriteFile(home.downloads() + "/Mrvtq5dk", "not a folder");
-  QProcess child;
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  environment.insert("MRVTQ5DK_CHILD", "1");
-  child.setProcessEnvironment(environment);
-  child.start(QCoreApplication::applicationFilePath(),
-              {"--gtest_filter=WindowStartUp.VoiceFolderThatCannotBeMadeEndsWithStatus1"});
-  ASSERT_TRUE(child.waitForFinished(30000));
-  EXPECT_EQ(child.exitCode(), 1);
-  const QString out = child.readAllStandardOutput(), err = child.readAllStandardError();
+  const ChildRun child =
+      RunChild("WindowStartUp.VoiceFolderThatCannotBeMadeEndsWithStatus1", home.path());
+  EXPECT_EQ(child.status, 1);
+  const QString &out = child.out, &err = child.err;
   EXPECT_TRUE(out.contains("box:MrvTq5dk|voice folder create error!")) << qPrintable(out + err);
   EXPECT_TRUE(err.contains("create voice folder Error."));
   EXPECT_FALSE(err.contains("create logs folder Error."));
