@@ -152,7 +152,7 @@ bool ViewController::onMainThread(std::function<void()> work) {
     work();
     return true;
   }
-  QMetaObject::invokeMethod(this, std::move(work), Qt::QueuedConnection);
+  mainThread_.post(std::move(work));
   return false;
 }
 

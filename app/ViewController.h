@@ -90,6 +90,7 @@ class ViewController : public QWidget, public WindowOperations {
 
   std::unique_ptr<Ui::ViewController> ui_;
   IndexTable voiceTable_, logTable_;
+  MainThreadQueue mainThread_;  // outlives the session, whose threads post into it
   Session session_;
   VoiceTransfer voice_;
   LogTransfer logs_;

@@ -46,12 +46,26 @@ void SessionContext::clearList(IndexList list) {
 
 bool SessionContext::CreateFolder() {
   StoragePaths paths = state.paths.get();
-  const bool created =
-      ::CreateFolder(paths, downloadsFolder(), [this](const QString &text) { window.messageBox(text); });
+  const bool created = ::CreateFolder(paths, downloadsFolder(),
+                                      [this](const QString &text) { window.messageBox(text); });
   state.paths.set(paths);
   return created;
 }
 
 void MainThreadQueue::post(std::function<void()> work) {
-  QMetaObject::invokeMethod(&anchor_, std::move(work), Qt::QueuedConnection);
+  {
+    std::lock_guard lock(mutex_);
+    pending_.push_back(std::move(work));
+  }
+  QMetaObject::invokeMethod(
+      &anchor_, [this] { runPending(); }, Qt::QueuedConnection);
+}
+
+void MainThreadQueue::runPending() {
+  std::deque<std::function<void()>> batch;
+  {
+    std::lock_guard lock(mutex_);
+    batch.swap(pending_);
+  }
+  for (const std::function<void()> &work : batch) work();
 }

@@ -3,7 +3,9 @@
 #include <QList>
 #include <QObject>
 #include <QStringList>
+#include <deque>
 #include <functional>
+#include <mutex>
 
 #include "SerialChannel.h"
 #include "SessionState.h"
@@ -54,12 +56,18 @@ class SessionContext {
   bool CreateFolder();
 };
 
-// Runs work on the main thread's event loop, after what is already queued there. Made on
-// the main thread; work still queued when it goes away is dropped with it.
+// Runs work on the main thread's event loop, in the order posted. Made on the main thread;
+// work still queued when it goes away is dropped with it. The work itself passes through a
+// queue of ours under a mutex, so the hand-over between threads is plain to see for the
+// thread sanitizer; Qt's event queue only carries the wake-up.
 class MainThreadQueue {
  public:
   void post(std::function<void()> work);
 
  private:
+  void runPending();
+
   QObject anchor_;
+  std::mutex mutex_;
+  std::deque<std::function<void()>> pending_;
 };

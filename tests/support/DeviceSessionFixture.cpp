@@ -1,6 +1,7 @@
 #include "DeviceSessionFixture.h"
 
 #include <QThread>
+#include <cstdio>
 
 DeviceSessionFixture::DeviceSessionFixture(bool realTimer) {
   std::unique_ptr<SupervisionTimer> timer;
@@ -12,6 +13,13 @@ DeviceSessionFixture::DeviceSessionFixture(bool realTimer) {
   }
   session = std::make_unique<Session>(window, std::move(timer));
   EXPECT_TRUE(session->context().CreateFolder());
+}
+
+void DeviceSessionFixture::TearDown() {
+  if (!HasFailure()) return;
+  const std::vector<std::string> lines = log.lines();
+  const size_t from = lines.size() > 40 ? lines.size() - 40 : 0;
+  for (size_t i = from; i < lines.size(); ++i) std::fprintf(stderr, "log: %s\n", lines[i].c_str());
 }
 
 void DeviceSessionFixture::plugIn(sim::Contents contents, sim::Options options) {
@@ -41,6 +49,8 @@ void DeviceSessionFixture::stall() {
 
 bool DeviceSessionFixture::settle() {
   return WaitFor([&] {
-    return int(log.startingWith("Reciving other commands:OK").size()) >= wireCount("#detail") - 1;
+    // Counted as the host sent them: the simulator may not have read the last one yet.
+    return log.startingWith("Reciving other commands:OK").size() + 1 >=
+           log.startingWith("writeString:#detail").size();
   });
 }
