@@ -157,31 +157,7 @@ bool ViewController::onMainThread(std::function<void()> work) {
 }
 
 QWidget *ViewController::outlet(Outlet outlet) const {
-  switch (outlet) {
-    case Outlet::label_type:
-      return ui_->label_type;
-    case Outlet::label_version:
-      return ui_->label_version;
-    case Outlet::label_serial_number:
-      return ui_->label_serial_number;
-    case Outlet::label_poweron_message:
-      return ui_->label_poweron_message;
-    case Outlet::label_com_number:
-      return ui_->label_com_number;
-    case Outlet::label_recorded_voice:
-      return ui_->label_recorded_voice;
-    case Outlet::label_dive_log:
-      return ui_->label_dive_log;
-    case Outlet::pictureBox_set_corvamund2:
-      return ui_->pictureBox_set_corvamund2;
-    case Outlet::comboBox_index_search_range:
-      return ui_->comboBox_index_search_range;
-    case Outlet::button_reconnect:
-      return ui_->button_reconnect;
-    case Outlet::progressBar_cdc:
-      return ui_->progressBar_cdc;
-  }
-  return nullptr;
+  return findChild<QWidget *>(QString::fromLatin1(OutletName(outlet)));
 }
 
 void ViewController::messageBox(const QString &text) {

@@ -18,6 +18,9 @@ enum class Outlet {
   progressBar_cdc,
 };
 
+// "label_type" for Outlet::label_type: the control's object name in the window.
+const char *OutletName(Outlet outlet);
+
 enum class IndexList { Voice, Log };
 
 // Everything the session, voice and log parts show the user goes through here. The window

@@ -4,34 +4,6 @@
 #include <QElapsedTimer>
 #include <QThread>
 
-QString RecordingWindow::Name(Outlet outlet) {
-  switch (outlet) {
-    case Outlet::label_type:
-      return "label_type";
-    case Outlet::label_version:
-      return "label_version";
-    case Outlet::label_serial_number:
-      return "label_serial_number";
-    case Outlet::label_poweron_message:
-      return "label_poweron_message";
-    case Outlet::label_com_number:
-      return "label_com_number";
-    case Outlet::label_recorded_voice:
-      return "label_recorded_voice";
-    case Outlet::label_dive_log:
-      return "label_dive_log";
-    case Outlet::pictureBox_set_corvamund2:
-      return "pictureBox_set_corvamund2";
-    case Outlet::comboBox_index_search_range:
-      return "comboBox_index_search_range";
-    case Outlet::button_reconnect:
-      return "button_reconnect";
-    case Outlet::progressBar_cdc:
-      return "progressBar_cdc";
-  }
-  return "?";
-}
-
 void RecordingWindow::record(const QString &call) {
   std::lock_guard lock(mutex_);
   calls_ << call;
@@ -42,15 +14,15 @@ void RecordingWindow::setText(Outlet outlet, const QString &text) {
     std::lock_guard lock(mutex_);
     texts_[outlet] = text;
   }
-  record("setText:" + Name(outlet) + "=" + text);
+  record("setText:" + QString::fromLatin1(OutletName(outlet)) + "=" + text);
 }
 
 void RecordingWindow::setVisible(Outlet outlet, bool visible) {
-  record("setVisible:" + Name(outlet) + (visible ? "=1" : "=0"));
+  record("setVisible:" + QString::fromLatin1(OutletName(outlet)) + (visible ? "=1" : "=0"));
 }
 
 void RecordingWindow::setEnabled(Outlet outlet, bool enabled) {
-  record("setEnabled:" + Name(outlet) + (enabled ? "=1" : "=0"));
+  record("setEnabled:" + QString::fromLatin1(OutletName(outlet)) + (enabled ? "=1" : "=0"));
 }
 
 void RecordingWindow::setProgress(int percent) {

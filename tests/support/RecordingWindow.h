@@ -43,8 +43,6 @@ class RecordingWindow : public WindowOperations {
   bool isProcessing() const;
   void clear();
 
-  static QString Name(Outlet outlet);
-
  private:
   static QString flag(const char *name, bool value) {
     return QString::fromLatin1(name) + (value ? ":1" : ":0");
