@@ -257,7 +257,7 @@ TEST(WindowStartUp, VoiceFolderThatCannotBeMadeEndsWithStatus1) {
   EXPECT_FALSE(err.contains("create logs folder Error."));
 }
 
-TEST(WindowScreenshots, JapaneseWindow) {
+TEST(WindowScreenshots, JapaneseWindowInEachPhase) {
   InstallStringTables(QLocale(QLocale::Japanese));
   {
     TemporaryHome home;
@@ -267,15 +267,29 @@ TEST(WindowScreenshots, JapaneseWindow) {
     window.viewDidLoad();
     window.resize(820, 560);
     window.show();
+    const auto shoot = [&window](const char *name) {
+      QApplication::processEvents();
+      QDir().mkpath(SCREENSHOT_DIR);
+      window.grab().save(QString(SCREENSHOT_DIR) + "/" + name + ".png");
+    };
     EXPECT_EQ(window.findChild<QPushButton *>("button_reconnect")->text(), "再接続");
-    SimulatedDevice device(sim::GenerateContents(4, QDate::currentDate()));
+    shoot("no-device-ja");
+    sim::Options link;
+    link.bytesPerSecond = 400000;
+    SimulatedDevice device(sim::GenerateContents(4, QDate::currentDate()), link);
     window.session().state().deviceExist = 1;
     ASSERT_EQ(window.session().openSerialPort(device.slavePath(), 9600), std::nullopt);
     ASSERT_TRUE(
         WaitFor([&] { return window.findChild<QWidget *>("view_log_index")->isEnabled(); }, 20000));
-    QApplication::processEvents();
-    QDir().mkpath(SCREENSHOT_DIR);
-    window.grab().save(QString(SCREENSHOT_DIR) + "/connected-ja.png");
+    WaitFor([] { return false; }, 300);  // the answer to the listing's closing "#detail"
+    shoot("connected-ja");
+    window.findChild<QPushButton *>("button_download_voice")->click();
+    auto *progress = window.findChild<QProgressBar *>("progressBar_cdc");
+    if (WaitFor([&] { return progress->value() >= 30; }, 10000)) shoot("downloading-ja");
+    ASSERT_TRUE(WaitFor(
+        [&] { return answerer.boxes.join(',').contains(Localized("download_complete")); }, 20000));
+    EXPECT_TRUE(answerer.boxes.last().contains("ダウンロードが完了しました。"));
+    shoot("after-download-ja");
   }
   InstallStringTables(QLocale(QLocale::English));
 }
