@@ -1,5 +1,7 @@
 #include "TextValues.h"
 
+#include <QStringDecoder>
+
 #include <limits>
 
 int32_t IntValue(QStringView text) {
@@ -51,4 +53,11 @@ QStringList SplitAtAnyOf(QStringView text, QStringView separators) {
 
 QString DescribeList(const QStringList &pieces) {
   return u'(' + pieces.join(u',') + u')';
+}
+
+QString DecodeUtf8Strict(QByteArrayView bytes) {
+  QStringDecoder utf8(QStringDecoder::Utf8, QStringConverter::Flag::Stateless);
+  const QString text = utf8.decode(bytes);
+  if (utf8.hasError()) return {};
+  return text.isNull() ? QStringLiteral("") : text;
 }

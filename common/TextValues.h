@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QString>
 #include <QStringList>
 #include <QStringView>
@@ -15,6 +16,15 @@ int32_t IntValue(QStringView text);
 // Hexadecimal digits from the start; the first other character ends the number. An empty
 // text reads as 0; values past 32 bits saturate at 0xFFFFFFFF.
 uint32_t HexValue(QStringView text);
+
+// The device's arithmetic is 32-bit and wraps; so does ours where it follows the device.
+inline int32_t Wrap32(int64_t value) {
+  return static_cast<int32_t>(static_cast<uint32_t>(value));
+}
+
+// The bytes as UTF-8 text; a null QString when they are not valid UTF-8 (valid empty
+// input gives an empty, non-null text).
+QString DecodeUtf8Strict(QByteArrayView bytes);
 
 // Splits at every character of separators, keeping empty pieces.
 QStringList SplitAtAnyOf(QStringView text, QStringView separators);

@@ -9,10 +9,6 @@ namespace {
 int32_t Signed(char byte) {
   return static_cast<int8_t>(byte);
 }
-int32_t Wrap32(int64_t value) {
-  return static_cast<int32_t>(static_cast<uint32_t>(value));
-}
-
 constexpr int32_t kEarliestSearchDate = 20220101;
 
 struct DiveTimes {

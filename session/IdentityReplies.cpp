@@ -1,7 +1,6 @@
 #include "IdentityReplies.h"
 
 #include <QRegularExpression>
-#include <QStringDecoder>
 #include <cstdlib>
 #include <cstring>
 
@@ -14,14 +13,6 @@ namespace {
 
 // Firmware from this version on paces clips in windows acknowledged with "vx".
 constexpr double kFlowControlVersion = 1.175;
-
-// The reply as text, or a null text when it is not UTF-8.
-QString DecodeUtf8(const char *text) {
-  QStringDecoder utf8(QStringDecoder::Utf8, QStringConverter::Flag::Stateless);
-  QString decoded = utf8.decode(QByteArrayView(text, qsizetype(std::strlen(text))));
-  if (utf8.hasError()) return {};
-  return decoded.isNull() ? QStringLiteral("") : decoded;
-}
 
 QStringList SplitAtBlanks(const QString &text) {
   return text.isNull() ? QStringList() : text.split(u' ');
@@ -86,7 +77,7 @@ void IdentityReplies::detailReply(const char *text) {
   state.g_flow_control_enabled = 0;
   // Control characters, the line end among them, are not part of any field.
   static const QRegularExpression kControl(QStringLiteral("\\p{Cc}"));
-  QString reply = DecodeUtf8(text);
+  QString reply = DecodeUtf8Strict(QByteArrayView(text, qsizetype(std::strlen(text))));
   if (!reply.isNull()) reply.remove(kControl);
   const QStringList values = SplitAtBlanks(reply);
   if (values.isEmpty()) {
@@ -112,7 +103,8 @@ void IdentityReplies::detailReply(const char *text) {
 
 void IdentityReplies::serialNumberReply(const char *text) {
   SessionState &state = context_.state;
-  const QStringList values = SplitAtBlanks(DecodeUtf8(text));
+  const QStringList values =
+      SplitAtBlanks(DecodeUtf8Strict(QByteArrayView(text, qsizetype(std::strlen(text)))));
   if (values.size() != 5 || values[0] != u"OK") {
     state.g_serial_port_status = DISCONNECTED;
     context_.DisableButtonControl();
@@ -129,7 +121,8 @@ void IdentityReplies::serialNumberReply(const char *text) {
 
 void IdentityReplies::cdcwaitReply(const char *text) {
   if (std::strstr(text, "cdcwait") == nullptr) return;
-  const QStringList values = SplitAtBlanks(DecodeUtf8(text));
+  const QStringList values =
+      SplitAtBlanks(DecodeUtf8Strict(QByteArrayView(text, qsizetype(std::strlen(text)))));
   if (values.size() < 3 || values[0] != u"cdcwait" || values[1] != u"=") return;
   SessionState &state = context_.state;
   const int32_t level = state.g_cdcwait_level;

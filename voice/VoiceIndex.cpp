@@ -1,17 +1,11 @@
 #include "VoiceIndex.h"
 
-#include <QStringDecoder>
 #include <cstring>
 
 #include "SystemLog.h"
 #include "TextValues.h"
 
 namespace {
-
-// The device's arithmetic is 32-bit and wraps; so does ours.
-int32_t Wrap32(int64_t value) {
-  return static_cast<int32_t>(static_cast<uint32_t>(value));
-}
 
 int32_t Hex32(QStringView text) {
   return static_cast<int32_t>(HexValue(text));
@@ -118,9 +112,8 @@ VoiceList BuildVoiceList(const QStringList &index, int32_t searchDate, VoiceBloc
 }
 
 bool ApplyVoiceIndexReply(const QByteArray &reply, VoiceIndexState &state) {
-  QStringDecoder utf8(QStringDecoder::Utf8, QStringConverter::Flag::Stateless);
-  const QString text = utf8.decode(reply);
-  if (utf8.hasError()) {
+  const QString text = DecodeUtf8Strict(reply);
+  if (text.isNull()) {
     SystemLog("voice_rx_buffer is nil.");
     state.g_voice_index.reset();
   } else {
