@@ -17,12 +17,13 @@ constexpr int kSearchRanges = 6;
 
 }  // namespace
 
-ViewController::ViewController(QWidget *parent)
+ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget *parent)
     : QWidget(parent),
       ui_(std::make_unique<Ui::ViewController>()),
       session_(*this),
       voice_(session_),
-      logs_(session_) {
+      logs_(session_),
+      discovery_(&session_, std::move(registry)) {
   ui_->setupUi(this);
   voiceTable_ = {ui_->tableView_voice_index, ui_->view_voice_index, ui_->label_voice_index,
                  new IndexListModel(this), "view_voice_index"};
@@ -45,7 +46,9 @@ ViewController::ViewController(QWidget *parent)
   connect(&timer2_, &QTimer::timeout, this, [this] { session_.timer2Call(); });
 }
 
-ViewController::~ViewController() = default;
+ViewController::~ViewController() {
+  if (initDevice_.joinable()) initDevice_.join();
+}
 
 void ViewController::viewDidLoad() {
   SessionState &state = session_.state();
@@ -113,11 +116,16 @@ void ViewController::viewDidLoad() {
 
   if (!session_.context().CreateFolder()) std::exit(1);  // the folder box has been shown
   timer2_.start();
-  if (InitDevice) InitDevice();
+  InitDevice();
   SystemLog("viewDidLoad end..");
 }
 
+void ViewController::InitDevice() {
+  initDevice_ = std::thread([this] { discovery_.InitDevice(); });
+}
+
 void ViewController::viewDidAppear() {
+  if (initDevice_.joinable()) initDevice_.join();
   if (session_.state().deviceExist == 0) return;
   messageBox(Localized("corvamund_already_exist"));
   std::exit(1);

@@ -3,7 +3,9 @@
 #include <QTimer>
 #include <QWidget>
 #include <functional>
+#include <thread>
 
+#include "DeviceDiscovery.h"
 #include "IndexListModel.h"
 #include "LogTransfer.h"
 #include "Session.h"
@@ -22,14 +24,18 @@ class QTableView;
 // from any thread, on the main thread.
 class ViewController : public QWidget, public WindowOperations {
  public:
-  explicit ViewController(QWidget *parent = nullptr);
+  explicit ViewController(std::unique_ptr<DeviceRegistry> registry = MakePlatformRegistry(),
+                          QWidget *parent = nullptr);
   ~ViewController() override;
 
   // Sets the window up; ends the process with status 1 when the storage folders cannot
   // be made. Call once, before the window is shown.
   void viewDidLoad();
-  // After the window is on screen: a device attached before start is refused.
+  // After the window is on screen: a device attached before start is refused. Waits for
+  // discovery's first pass, which only counts (milliseconds).
   void viewDidAppear();
+  // Starts device discovery on a background thread.
+  void InitDevice();
   // The window may close unless a clip is downloading from a connected device.
   bool windowShouldClose() const;
 
@@ -45,8 +51,7 @@ class ViewController : public QWidget, public WindowOperations {
   LogTransfer &logs() { return logs_; }
   // Where the quit guard learns whether a clip is under way.
   std::function<void(bool)> isProcessingChanged;
-  // Starts device discovery; set by the application.
-  std::function<void()> InitDevice;
+  DeviceDiscovery &discovery() { return discovery_; }
 
   // WindowOperations.
   void messageBox(const QString &text) override;
@@ -94,5 +99,7 @@ class ViewController : public QWidget, public WindowOperations {
   Session session_;
   VoiceTransfer voice_;
   LogTransfer logs_;
+  DeviceDiscovery discovery_;  // goes before the session it opens ports on
+  std::thread initDevice_;
   QTimer timer2_;
 };

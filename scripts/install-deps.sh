@@ -6,7 +6,8 @@ set -euo pipefail
 packages=(
   g++ cmake ninja-build pkg-config
   qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6sql6-sqlite
-  libgtest-dev libgmock-dev
+  libudev-dev
+  libgtest-dev libgmock-dev umockdev libumockdev-dev
   sox python3 fonts-noto-cjk
 )
 

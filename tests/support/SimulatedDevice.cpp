@@ -16,10 +16,16 @@ SimulatedDevice::SimulatedDevice(sim::Contents contents, sim::Options options) {
   thread_ = std::thread([this] { device_->serve(master_); });
 }
 
+SimulatedDevice::SimulatedDevice(sim::Contents contents, sim::Options options, int borrowedMaster)
+    : master_(borrowedMaster), ownsMaster_(false) {
+  device_ = std::make_unique<sim::DeviceSimulator>(std::move(contents), std::move(options));
+  thread_ = std::thread([this] { device_->serve(master_); });
+}
+
 SimulatedDevice::~SimulatedDevice() {
   device_->stop();
   thread_.join();
-  if (!device_->hungUp()) close(master_);
+  if (ownsMaster_ && !device_->hungUp()) close(master_);
 }
 
 RawPort::RawPort(const QString &path) {

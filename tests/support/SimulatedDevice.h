@@ -12,6 +12,8 @@
 class SimulatedDevice {
  public:
   explicit SimulatedDevice(sim::Contents contents, sim::Options options = {});
+  // Serves a master side that somebody else owns (a virtual USB device's serial node).
+  SimulatedDevice(sim::Contents contents, sim::Options options, int borrowedMaster);
   ~SimulatedDevice();
 
   QString slavePath() const { return slavePath_; }
@@ -20,6 +22,7 @@ class SimulatedDevice {
  private:
   QString slavePath_;
   int master_ = -1;
+  bool ownsMaster_ = true;
   std::unique_ptr<sim::DeviceSimulator> device_;
   std::thread thread_;
 };

@@ -1,0 +1,234 @@
+#include "DeviceDiscovery.h"
+
+#include <chrono>
+#include <future>
+
+#include "Session.h"
+#include "SystemLog.h"
+
+namespace {
+
+constexpr unsigned kDeviceBaud = 9600;
+constexpr auto kPacing = std::chrono::seconds(1);
+constexpr qsizetype kNameBufferSize = 128;
+
+// A registry name as the record keeps it: what fits the name buffer, in ASCII.
+QString AsciiName(const QString &name) {
+  QString ascii = name.left(kNameBufferSize - 1);
+  for (QChar &c : ascii) {
+    if (c.unicode() > 0x7F) c = QLatin1Char('?');
+  }
+  return ascii;
+}
+
+}  // namespace
+
+DeviceDiscovery::DeviceDiscovery(Session *controller, std::unique_ptr<DeviceRegistry> registry)
+    : controller_(controller), registry_(std::move(registry)) {
+  // Walks spend most of their time in the pacing pauses; let arrivals in quick succession
+  // walk side by side rather than queue behind each other.
+  pool_.setMaxThreadCount(8);
+}
+
+DeviceDiscovery::~DeviceDiscovery() {
+  {
+    std::lock_guard lock(mutex_);
+    stopped_ = true;
+  }
+  stopping_.notify_all();
+  pool_.waitForDone();
+}
+
+void DeviceDiscovery::InitDevice() {
+  SystemLog("Looking for devices matching vendor ID=0x%lX and product ID=0x%lX.",
+            static_cast<unsigned long>(kCorvamundVendorId),
+            static_cast<unsigned long>(kCorvamundProductId));
+  if (!registry_->createMatching(kCorvamundVendorId, kCorvamundProductId)) {
+    SystemLog("IOServiceMatching returned NULL.");
+    return;
+  }
+  Session *controller = controller_;
+  registry_->addFirstMatchNotification([this, controller] { firstMatch(controller); });
+
+  // The first pass over the devices attached now. It only counts them while
+  // initialRunning is set, which takes no time; the flag is cleared after it, so that
+  // such a device is refused rather than opened.
+  std::promise<void> firstPass;
+  pool_.start([this, controller, &firstPass] {
+    DeviceAdded(controller);
+    firstPass.set_value();
+  });
+  firstPass.get_future().wait();
+  if (controller_) controller_->state().initialRunning = false;
+}
+
+void DeviceDiscovery::firstMatch(Session *controller) {
+  // Called on the main thread: the walk sleeps, so it runs on the pool.
+  pool_.start([this, controller] { DeviceAdded(controller); });
+}
+
+void DeviceDiscovery::DeviceAdded(Session *controller) {
+  if (!controller) {
+    SystemLog("tViewController is null.");
+    return;
+  }
+  SessionState &state = controller->state();
+  while (const RegistryEntry service = registry_->nextMatch()) {
+    SystemLog("Device added.");
+    state.deviceExist.fetch_add(1);
+    if (state.initialRunning) {
+      registry_->release(service);
+      continue;
+    }
+
+    auto owned = std::make_unique<UsbDeviceRecord>();
+    UsbDeviceRecord *record = owned.get();
+    record->tViewController = controller;
+    {
+      // A record stays allocated until its device's removal, or for the life of the
+      // program when taking the device in fails below.
+      std::lock_guard lock(mutex_);
+      records_.push_back(std::move(owned));
+    }
+    QString name;
+    if (!registry_->getName(service, &name)) name.clear();
+    record->deviceName = AsciiName(name);
+    SystemLog("deviceName:%s", qPrintable(record->deviceName));
+
+    std::unique_ptr<PlugInInterface> plugIn;
+    const RegistryResult created = registry_->createPlugInInterface(service, &plugIn);
+    if (created != kRegistrySuccess || !plugIn) {
+      SystemLog("IOCreatePlugInInterfaceForService returned 0x%08x.",
+                static_cast<unsigned>(created));
+      continue;
+    }
+    const RegistryResult queried = plugIn->QueryInterface(&record->deviceInterface);
+    plugIn.reset();
+    if (queried != kRegistrySuccess || !record->deviceInterface) {
+      SystemLog("QueryInterface returned %d.", static_cast<int>(queried));
+      continue;
+    }
+    uint32_t locationID = 0;
+    const RegistryResult located = record->deviceInterface->GetLocationID(&locationID);
+    if (located != kRegistrySuccess) {
+      SystemLog("GetLocationID returned 0x%08x.", static_cast<unsigned>(located));
+      continue;
+    }
+    SystemLog("Location ID: 0x%x", locationID);
+    record->locationID = locationID;
+
+    const RegistryResult registered = registry_->addInterestNotification(
+        service,
+        [this, record](RegistryEntry removed, uint32_t messageType) {
+          DeviceNotification(record, removed, messageType);
+        },
+        &record->notification);
+    if (registered != kRegistrySuccess) {
+      SystemLog("IOServiceAddInterestNotification returned 0x%08x.",
+                static_cast<unsigned>(registered));
+    }
+    GetDeviceInfomation(controller, service);
+    registry_->release(service);
+  }
+}
+
+void DeviceDiscovery::DeviceNotification(UsbDeviceRecord *record, RegistryEntry,
+                                         uint32_t messageType) {
+  Session *controller = record->tViewController;
+  if (!controller) {
+    SystemLog("tViewController is null.");
+    return;
+  }
+  if (messageType != kIOMessageServiceIsTerminated) return;
+  SystemLog("Device removed.");
+  SystemLog("deviceName:%s,locationID:0x%x", qPrintable(record->deviceName), record->locationID);
+  registry_->release(record->notification);
+  {
+    std::lock_guard lock(mutex_);
+    records_.remove_if([record](const auto &held) { return held.get() == record; });
+  }
+  controller->state().deviceExist.fetch_sub(1);
+}
+
+uint8_t DeviceDiscovery::GetDeviceInfomation(Session *controller, RegistryEntry service) {
+  QStringList levels;
+  RegistryProperties properties;
+  if (const RegistryResult result = registry_->createProperties(service, &properties);
+      result == kRegistrySuccess) {
+    levels << DescribeProperties(properties);
+  } else {
+    SystemLog("GetDeviceInfomation:result %d", static_cast<int>(result));
+  }
+
+  // Climb towards the root; at every level search the whole subtree below, which holds
+  // the device's own serial node first of all.
+  uint8_t found = 0;
+  RegistryEntry current = service;
+  for (RegistryEntry parent = registry_->parent(service); parent;
+       parent = registry_->parent(current)) {
+    properties.clear();
+    if (registry_->createProperties(parent, &properties) == kRegistrySuccess)
+      levels << DescribeProperties(properties);
+    if (current != service) registry_->release(current);
+    current = parent;
+    if (GetChildDeviceInfomation(controller, current) == 1) {
+      found = 1;
+      break;
+    }
+  }
+  if (current != service) registry_->release(current);
+  SystemLog("GetDeviceInfomation:0x%08lx = %s", static_cast<unsigned long>(service),
+            qPrintable(QStringLiteral("(%1)").arg(levels.join(QStringLiteral(", ")))));
+  return found;
+}
+
+uint8_t DeviceDiscovery::GetChildDeviceInfomation(Session *controller, RegistryEntry entry) {
+  std::vector<RegistryEntry> children;
+  if (const RegistryResult result = registry_->children(entry, &children);
+      result != kRegistrySuccess) {
+    SystemLog("GetChildDeviceInfomation err %d, device 0x%08lx", static_cast<int>(result),
+              static_cast<unsigned long>(entry));
+    return 0;
+  }
+  uint8_t found = 0;
+  auto child = children.begin();
+  for (; child != children.end() && found != 1; ++child) {
+    RegistryProperties properties;
+    if (const RegistryResult state = registry_->createProperties(*child, &properties);
+        state != kRegistrySuccess) {
+      SystemLog("GetChildDeviceInfomation state %d, result %p", static_cast<int>(state),
+                static_cast<void *>(nullptr));
+      registry_->release(*child);
+      continue;
+    }
+    SystemLog("parent=0x%08lx,object=0x%08lx,result=%s", static_cast<unsigned long>(entry),
+              static_cast<unsigned long>(*child), qPrintable(DescribeProperties(properties)));
+    if (properties.contains(QLatin1String(kCalloutDeviceKey))) {
+      const QString port = properties.value(QLatin1String(kCalloutDeviceKey));
+      if (port.isEmpty()) {
+        SystemLog("serial port is null. device 0x%08lx", static_cast<unsigned long>(*child));
+      } else if (!controller) {
+        SystemLog("tViewController is null.");
+      } else {
+        SystemLog("serial port name is %s", qPrintable(port));
+        // A port that will not open leaves the search going over the other children.
+        if (!controller->openSerialPort(port, kDeviceBaud)) found = 1;
+      }
+    } else {
+      found = GetChildDeviceInfomation(controller, *child);
+    }
+    registry_->release(*child);
+  }
+  for (; child != children.end(); ++child) registry_->release(*child);
+  pace();
+  return found;
+}
+
+void DeviceDiscovery::pace() {
+  if (pacingSleep_) {
+    pacingSleep_();
+    return;
+  }
+  std::unique_lock lock(mutex_);
+  stopping_.wait_for(lock, kPacing, [this] { return stopped_; });
+}
