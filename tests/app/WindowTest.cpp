@@ -7,12 +7,12 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMessageBox>
-#include <QProcess>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTableView>
 #include <QTimer>
 
+#include "BoxAnswerer.h"
 #include "Localization.h"
 #include "RecordingWindow.h"
 #include "SimulatedDevice.h"
@@ -21,30 +21,6 @@
 #include "ViewController.h"
 
 namespace {
-
-// Answers every modal box as a diver would, remembering its title and text.
-class BoxAnswerer {
- public:
-  BoxAnswerer() {
-    QObject::connect(&timer_, &QTimer::timeout, [this] {
-      auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-      if (box == nullptr) return;
-      boxes << box->windowTitle() + "|" + box->text();
-      if (echo) std::printf("box:%s\n", qPrintable(boxes.last())), std::fflush(stdout);
-      for (QAbstractButton *b : box->buttons()) {
-        if (b->text() == button) return b->click();
-      }
-      box->buttons().first()->click();
-    });
-    timer_.start(20);
-  }
-  QStringList boxes;
-  QString button = "OK";
-  bool echo = false;  // print each box on stdout at once (a child process about to exit)
-
- private:
-  QTimer timer_;
-};
 
 template <typename T = QWidget>
 T *Outlet(ViewController &window, const char *name) {
@@ -199,45 +175,9 @@ TEST_F(WindowTest, BoxesHaveTheirTwoTitlesAndTheCloseVetoHoldsDuringAClip) {
   EXPECT_TRUE(window.close());
 }
 
-// Runs this test program again as a child running only the named test, with HOME set.
-struct ChildRun {
-  int status;
-  QString out, err;
-};
-ChildRun RunChild(const QString &test, const QString &home) {
-  QProcess child;
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  environment.insert("MRVTQ5DK_CHILD", "1");
-  environment.insert("HOME", home);
-  environment.insert("XDG_CONFIG_HOME", home + "/.config");
-  child.setProcessEnvironment(environment);
-  child.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=" + test});
-  EXPECT_TRUE(child.waitForFinished(30000));
-  return {child.exitCode(), child.readAllStandardOutput(), child.readAllStandardError()};
-}
-
-TEST(WindowStartUp, DeviceAttachedBeforeStartIsRefusedWithStatus1) {
-  if (qEnvironmentVariableIsSet("MRVTQ5DK_CHILD")) {
-    BoxAnswerer answerer;
-    answerer.echo = true;
-    ViewController window;
-    window.viewDidLoad();
-    window.session().state().deviceExist = 1;  // counted by discovery, never opened
-    window.show();
-    window.viewDidAppear();  // ends the process
-    GTEST_FAIL() << "start-up went on";
-  }
-  TemporaryHome home;
-  const ChildRun child =
-      RunChild("WindowStartUp.DeviceAttachedBeforeStartIsRefusedWithStatus1", home.path());
-  EXPECT_EQ(child.status, 1);
-  EXPECT_TRUE(child.out.contains("box:MrvTq5dk|" + Localized("corvamund_already_exist")))
-      << qPrintable(child.out);
-}
-
 // Start-up refusals end the process: the test runs itself again as a child for each.
 TEST(WindowStartUp, VoiceFolderThatCannotBeMadeEndsWithStatus1) {
-  if (qEnvironmentVariableIsSet("MRVTQ5DK_CHILD")) {
+  if (IsChildRun()) {
     BoxAnswerer answerer;
     answerer.echo = true;
     LogCapture log(true);

@@ -33,9 +33,12 @@ QString Owned(gchar *text) {
 VirtualUsb::VirtualUsb() : bed_(umockdev_testbed_new()), ioctls_(umockdev_ioctl_base_new()) {
   EXPECT_TRUE(umockdev_in_mock_environment()) << "run under umockdev-wrapper";
   g_signal_connect(ioctls_, "handle-ioctl", G_CALLBACK(HandleIoctl), nullptr);
-  hub_ = Owned(umockdev_testbed_add_device(bed_, "usb", "usb1", nullptr, "idVendor", "1d6b",
-                                           "idProduct", "0002", "busnum", "1", "devpath", "0",
-                                           nullptr, "DEVTYPE", "usb_device", nullptr));
+  // As on a PC: a host controller, its root hub, the devices on the hub's ports.
+  const QString controller = Owned(umockdev_testbed_add_device(
+      bed_, "pci", "0000:00:14.0", nullptr, "vendor", "0x8086", nullptr, nullptr));
+  hub_ = Owned(umockdev_testbed_add_device(
+      bed_, "usb", "usb1", controller.toUtf8().constData(), "idVendor", "1d6b", "idProduct", "0002",
+      "busnum", "1", "devpath", "0", nullptr, "DEVTYPE", "usb_device", nullptr));
 }
 
 VirtualUsb::~VirtualUsb() {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -59,4 +60,16 @@ FileSizeLimit::~FileSizeLimit() {
   getrlimit(RLIMIT_FSIZE, &limit);
   limit.rlim_cur = static_cast<rlim_t>(oldSoft_);
   setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+ChildRun RunChild(const QString &test, const QString &home) {
+  QProcess child;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("MRVTQ5DK_CHILD", "1");
+  environment.insert("HOME", home);
+  environment.insert("XDG_CONFIG_HOME", home + "/.config");
+  child.setProcessEnvironment(environment);
+  child.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=" + test});
+  EXPECT_TRUE(child.waitForFinished(30000));
+  return {child.exitCode(), child.readAllStandardOutput(), child.readAllStandardError()};
 }

@@ -26,6 +26,17 @@ void WriteFile(const QString &path, const QByteArray &bytes);
 // it cannot start or exits with a nonzero status.
 QString RunProgram(const QString &program, const QStringList &arguments);
 
+// Runs this test program again as a child running only the named test, with HOME set
+// and MRVTQ5DK_CHILD in its environment (the test's cue to play the child's part).
+struct ChildRun {
+  int status;
+  QString out, err;
+};
+ChildRun RunChild(const QString &test, const QString &home);
+inline bool IsChildRun() {
+  return qEnvironmentVariableIsSet("MRVTQ5DK_CHILD");
+}
+
 // While alive, no file of this process may grow past the given size: writes beyond it
 // fail as on a full disk.
 class FileSizeLimit {

@@ -74,6 +74,11 @@ QList<QByteArray> DeviceSimulator::commands() const {
   return copy;
 }
 
+QList<int64_t> DeviceSimulator::commandTimesMs() const {
+  std::lock_guard lock(commandsMutex_);
+  return commandTimesMs_;
+}
+
 void DeviceSimulator::serve(int masterFd) {
   fcntl(masterFd, F_SETFL, fcntl(masterFd, F_GETFL) | O_NONBLOCK);
   lastRefillMs_ = NowMs();
@@ -109,6 +114,7 @@ void DeviceSimulator::handleInput(const char *bytes, size_t length) {
     {
       std::lock_guard lock(commandsMutex_);
       commands_.append(line);
+      commandTimesMs_.append(NowMs());
     }
     if (options_.echoCommands) std::fprintf(stderr, "qm482-sim: <- %s\n", line.constData());
     handleCommand(line);

@@ -52,6 +52,8 @@ class DeviceSimulator {
 
   // For tests and the log: every command received, without its line end.
   QList<QByteArray> commands() const;
+  // When each of them arrived, in milliseconds of the steady clock.
+  QList<int64_t> commandTimesMs() const;
   // The most clip bytes ever sent in "vh" mode without an acknowledgement.
   int64_t largestUnacknowledged() const { return largestUnacknowledged_.load(); }
   bool hungUp() const { return hungUp_.load(); }
@@ -98,6 +100,7 @@ class DeviceSimulator {
 
   mutable std::mutex commandsMutex_;
   QList<QByteArray> commands_;
+  QList<int64_t> commandTimesMs_;
   std::atomic<int64_t> largestUnacknowledged_{0};
   std::atomic<bool> hungUp_{false};
 };

@@ -1,0 +1,177 @@
+// The whole application, offscreen, on a virtual USB bus: the simulator sits behind the
+// tty node of a fake device that is plugged in and pulled out as a diver would.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QProcess>
+#include <QPushButton>
+#include <QTableView>
+#include <chrono>
+#include <cstdio>
+
+#include "BoxAnswerer.h"
+#include "DiveLogCsv.h"
+#include "Localization.h"
+#include "RecordingWindow.h"
+#include "SimContents.h"
+#include "SystemLog.h"
+#include "TestSupport.h"
+#include "ViewController.h"
+#include "VirtualUsb.h"
+#include "WaveFile.h"
+
+namespace {
+
+template <typename T = QWidget>
+T *Outlet(ViewController &window, const char *name) {
+  return window.findChild<T *>(QString::fromLatin1(name));
+}
+
+// One clip of 90 seconds and one dive, both from three days ago.
+sim::Contents OneClipOneDive() {
+  sim::Contents contents;
+  const QDateTime start(QDate::currentDate().addDays(-3), QTime(1, 30), Qt::UTC);
+  contents.clips = {sim::Clip{start, 2, 12, 7}};
+  contents.dives = {sim::GenerateDive(5, start.addSecs(3600), 42, 10, 1834, 270, 215)};
+  contents.totalDives = 1;
+  return contents;
+}
+
+QString OnlyFileIn(const QString &folder) {
+  const QStringList files = QDir(folder).entryList(QDir::Files);
+  EXPECT_EQ(files.size(), 1) << qPrintable(files.join(','));
+  return files.isEmpty() ? QString() : folder + "/" + files.first();
+}
+
+TEST(AppOnVirtualUsb, PluggedInDeviceIsListedDownloadedAndNoticedWhenUnplugged) {
+  VirtualUsb usb;
+  TemporaryHome home;
+  LogCapture log;
+  BoxAnswerer answerer;
+  ViewController window;
+  window.viewDidLoad();
+  window.show();
+  window.viewDidAppear();
+  ASSERT_TRUE(answerer.boxes.isEmpty());
+
+  const sim::Contents contents = OneClipOneDive();
+  const VirtualUsb::Device plugged = usb.plugIn("1-1");
+  const auto device = SimulatorBehind(plugged, contents);
+  QElapsedTimer clock;
+  clock.start();
+  ASSERT_TRUE(WaitFor([&] { return window.session().channel().isOpen(); }, 10000));
+  const qint64 opened = clock.elapsed();
+  ASSERT_TRUE(WaitFor([&] { return window.session().state().g_read_index_sequence != 0; }, 10000));
+  const qint64 identified = clock.elapsed();
+  ASSERT_TRUE(WaitFor([&] { return Outlet(window, "view_log_index")->isEnabled(); }, 20000));
+  const qint64 listed = clock.elapsed();
+  std::printf("plug-in to port open %lld ms, handshake %lld ms, listing %lld ms\n",
+              static_cast<long long>(opened), static_cast<long long>(identified - opened),
+              static_cast<long long>(listed - identified));
+
+  EXPECT_EQ(Outlet<QLabel>(window, "label_type")->text(), "QM482");
+  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.28417305");
+  EXPECT_EQ(Outlet<QTableView>(window, "view_voice_index")->model()->rowCount(), 1);
+  EXPECT_EQ(Outlet<QTableView>(window, "view_log_index")->model()->rowCount(), 1);
+  WaitFor([] { return false; }, 300);  // the answer to the listing's closing "#detail"
+
+  const QString downloads = home.downloads() + "/Mrvtq5dk";
+  Outlet<QPushButton>(window, "button_download_voice")->click();
+  ASSERT_TRUE(WaitFor(
+      [&] { return answerer.boxes.join(',').contains(Localized("download_complete")); }, 30000));
+  const QByteArray audio = sim::ClipAudio(contents.clips[0], contents.ringFirst, contents.ringLast);
+  EXPECT_EQ(ReadFile(OnlyFileIn(downloads + "/voice")), WaveHeader(uint64_t(audio.size())) + audio);
+
+  WaitFor([&] { return Outlet(window, "button_download_log")->isEnabled(); }, 5000);
+  WaitFor([] { return false; }, 1200);  // a tick for the "#detail" that ended the clip
+  Outlet<QPushButton>(window, "button_download_log")->click();
+  ASSERT_TRUE(
+      WaitFor([&] { return QDir(downloads + "/log").entryList(QDir::Files).size() == 1; }, 20000));
+  const QByteArray page = sim::DivePage(contents.dives[0]);
+  QTemporaryDir expected;
+  ASSERT_TRUE(DiveLogCsvSave(expected.filePath("dive.csv"), &page));
+  EXPECT_TRUE(WaitFor(
+      [&] {
+        return ReadFile(OnlyFileIn(downloads + "/log")) == ReadFile(expected.filePath("dive.csv"));
+      },
+      5000));
+
+  usb.unplug(plugged);
+  EXPECT_TRUE(WaitFor(
+      [&] {
+        return window.session().state().g_serial_port_status == DISCONNECTED &&
+               !Outlet(window, "button_download_voice")->isEnabled() &&
+               Outlet(window, "label_com_number")->isVisible();
+      },
+      5000));
+  EXPECT_TRUE(log.contains("Device removed."));
+}
+
+// A device attached before the program starts is counted, never opened, and refused.
+TEST(AppOnVirtualUsb, DeviceAttachedBeforeStartIsRefusedWithStatus1) {
+  if (IsChildRun()) {
+    BoxAnswerer answerer;
+    answerer.echo = true;
+    LogCapture log(true);
+    ViewController window;
+    window.viewDidLoad();
+    window.show();
+    window.viewDidAppear();  // ends the process
+    GTEST_FAIL() << "start-up went on";
+  }
+  VirtualUsb usb;
+  usb.add("1-1", kCorvamundVendorId, kCorvamundProductId);
+  TemporaryHome home;
+  const ChildRun child =
+      RunChild("AppOnVirtualUsb.DeviceAttachedBeforeStartIsRefusedWithStatus1", home.path());
+  EXPECT_EQ(child.status, 1);
+  EXPECT_TRUE(child.out.contains("box:MrvTq5dk|" + Localized("corvamund_already_exist")))
+      << qPrintable(child.out + child.err);
+  EXPECT_TRUE(child.err.contains("Device added.")) << qPrintable(child.err);
+  EXPECT_FALSE(child.err.contains("serial port name is"));
+}
+
+// The built program, untouched: what the device sees after a plug-in, and when.
+TEST(AppBinaryOnVirtualUsb, PlugInAfterStartIdentifiesThenListsInOrderAtTheTicksPace) {
+  VirtualUsb usb;
+  TemporaryHome home;
+  QProcess app;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("QT_QPA_PLATFORM", "offscreen");
+  app.setProcessEnvironment(environment);
+  QByteArray log;  // its log lines, read as they come so that the pipe never fills
+  QObject::connect(&app, &QProcess::readyReadStandardError,
+                   [&] { log += app.readAllStandardError(); });
+  app.start(MRVTQ5DK_APP_PATH, {});
+  ASSERT_TRUE(app.waitForStarted());
+  ASSERT_TRUE(WaitFor([&] { return log.contains("viewDidLoad end.."); }, 10000)) << log.data();
+  WaitFor([] { return false; }, 500);  // the monitor joins the main loop
+
+  const sim::Contents contents = OneClipOneDive();
+  const int64_t plugTime = std::chrono::duration_cast<std::chrono::milliseconds>(
+                               std::chrono::steady_clock::now().time_since_epoch())
+                               .count();
+  const VirtualUsb::Device plugged = usb.plugIn("1-1");
+  const auto device = SimulatorBehind(plugged, contents);
+  ASSERT_TRUE(WaitFor([&] { return device->device().commands().count("#detail") >= 2; }, 30000))
+      << log.data();
+  app.terminate();
+  app.waitForFinished(5000);
+
+  const QList<QByteArray> wire = device->device().commands();
+  const QList<int64_t> at = device->device().commandTimesMs();
+  ASSERT_GE(wire.size(), 7) << wire.join(' ').constData();
+  EXPECT_EQ(wire.mid(0, 5), (QList<QByteArray>{"#kind", "#detail", "#gser", "vi", "lh"}));
+  EXPECT_EQ(wire[5], "lp000000");
+  EXPECT_EQ(wire[6], "#detail");
+  // The handshake advances one step per second of the session timer.
+  EXPECT_GE(at[1] - at[0], 900);
+  EXPECT_GE(at[2] - at[1], 900);
+  std::printf("plug-in to \"#kind\" %lld ms, to \"vi\" %lld ms, to the listing's end %lld ms\n",
+              static_cast<long long>(at[0] - plugTime), static_cast<long long>(at[3] - plugTime),
+              static_cast<long long>(at[6] - plugTime));
+}
+
+}  // namespace
