@@ -24,11 +24,7 @@ QString AsciiName(const QString &name) {
 }  // namespace
 
 DeviceDiscovery::DeviceDiscovery(Session *controller, std::unique_ptr<DeviceRegistry> registry)
-    : controller_(controller), registry_(std::move(registry)) {
-  // Walks spend most of their time in the pacing pauses; let arrivals in quick succession
-  // walk side by side rather than queue behind each other.
-  pool_.setMaxThreadCount(8);
-}
+    : controller_(controller), registry_(std::move(registry)) {}
 
 DeviceDiscovery::~DeviceDiscovery() {
   {
@@ -36,7 +32,31 @@ DeviceDiscovery::~DeviceDiscovery() {
     stopped_ = true;
   }
   stopping_.notify_all();
-  pool_.waitForDone();
+  waitForWalks();
+}
+
+void DeviceDiscovery::dispatch(std::function<void()> work) {
+  auto finished = std::make_shared<std::atomic<bool>>(false);
+  std::lock_guard lock(walksMutex_);
+  walks_.remove_if([](Walk &walk) {
+    if (!walk.finished->load()) return false;
+    walk.thread.join();
+    return true;
+  });
+  walks_.push_back({std::thread([work = std::move(work), finished] {
+                      work();
+                      *finished = true;
+                    }),
+                    finished});
+}
+
+void DeviceDiscovery::waitForWalks() {
+  std::list<Walk> walks;
+  {
+    std::lock_guard lock(walksMutex_);
+    walks.swap(walks_);
+  }
+  for (Walk &walk : walks) walk.thread.join();
 }
 
 void DeviceDiscovery::InitDevice() {
@@ -54,7 +74,7 @@ void DeviceDiscovery::InitDevice() {
   // initialRunning is set, which takes no time; the flag is cleared after it, so that
   // such a device is refused rather than opened.
   std::promise<void> firstPass;
-  pool_.start([this, controller, &firstPass] {
+  dispatch([this, controller, &firstPass] {
     DeviceAdded(controller);
     firstPass.set_value();
   });
@@ -63,8 +83,8 @@ void DeviceDiscovery::InitDevice() {
 }
 
 void DeviceDiscovery::firstMatch(Session *controller) {
-  // Called on the main thread: the walk sleeps, so it runs on the pool.
-  pool_.start([this, controller] { DeviceAdded(controller); });
+  // Called on the main thread: the walk sleeps, so it runs on a thread of its own.
+  dispatch([this, controller] { DeviceAdded(controller); });
 }
 
 void DeviceDiscovery::DeviceAdded(Session *controller) {

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QString>
-#include <QThreadPool>
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 #include "DeviceRegistry.h"
 
@@ -24,8 +25,8 @@ struct UsbDeviceRecord {
 
 // Finds the diver's device on the USB bus, follows the registry from the USB device to
 // its serial node, and opens that at 9600 baud; counts the matching devices attached in
-// the session's deviceExist. Arrivals are walked on a thread pool, so a slow walk never
-// holds up the window; removals arrive on the main thread.
+// the session's deviceExist. Each arrival is walked on a thread of its own, so a slow
+// walk never holds up the window or another walk; removals arrive on the main thread.
 class DeviceDiscovery {
  public:
   DeviceDiscovery(Session *controller, std::unique_ptr<DeviceRegistry> registry);
@@ -44,7 +45,7 @@ class DeviceDiscovery {
   // driver time to attach below a device that has only just arrived. Tests shorten it.
   void setPacingSleep(std::function<void()> sleep) { pacingSleep_ = std::move(sleep); }
   // Blocks until no walk is under way. For tests and benchmarks.
-  void waitForWalks() { pool_.waitForDone(); }
+  void waitForWalks();
 
  private:
   void firstMatch(Session *controller);
@@ -53,11 +54,20 @@ class DeviceDiscovery {
   uint8_t GetDeviceInfomation(Session *controller, RegistryEntry service);
   uint8_t GetChildDeviceInfomation(Session *controller, RegistryEntry entry);
   void pace();
+  // Runs work on a walk thread of its own; threads of finished walks are joined here.
+  void dispatch(std::function<void()> work);
+
+  struct Walk {
+    std::thread thread;
+    std::shared_ptr<std::atomic<bool>> finished;
+  };
 
   Session *controller_;
   std::unique_ptr<DeviceRegistry> registry_;
-  QThreadPool pool_;  // the arrival walks; several may run at once
   std::function<void()> pacingSleep_;
+
+  std::mutex walksMutex_;
+  std::list<Walk> walks_;
 
   std::mutex mutex_;  // guards what follows
   std::condition_variable stopping_;
