@@ -16,6 +16,7 @@
 #include "Localization.h"
 #include "RecordingWindow.h"
 #include "SimContents.h"
+#include "SimulatedDevice.h"
 #include "SystemLog.h"
 #include "TestSupport.h"
 #include "ViewController.h"
@@ -58,7 +59,7 @@ TEST(AppOnVirtualUsb, PluggedInDeviceIsListedDownloadedAndNoticedWhenUnplugged) 
 
   const sim::Contents contents = OneClipOneDive();
   const VirtualUsb::Device plugged = usb.plugIn("1-1");
-  const auto device = SimulatorBehind(plugged, contents);
+  const auto device = std::make_unique<SimulatedDevice>(contents, sim::Options{}, plugged.master);
   QElapsedTimer clock;
   clock.start();
   ASSERT_TRUE(WaitFor([&] { return window.session().channel().isOpen(); }, 10000));
@@ -154,7 +155,7 @@ TEST(AppBinaryOnVirtualUsb, PlugInAfterStartIdentifiesThenListsInOrderAtTheTicks
                                std::chrono::steady_clock::now().time_since_epoch())
                                .count();
   const VirtualUsb::Device plugged = usb.plugIn("1-1");
-  const auto device = SimulatorBehind(plugged, contents);
+  const auto device = std::make_unique<SimulatedDevice>(contents, sim::Options{}, plugged.master);
   ASSERT_TRUE(WaitFor([&] { return device->device().commands().count("#detail") >= 2; }, 30000))
       << log.data();
   app.terminate();

@@ -9,6 +9,7 @@
 #include "DeviceSessionFixture.h"
 #include "LogTransfer.h"
 #include "SimContents.h"
+#include "SimulatedDevice.h"
 #include "VirtualUsb.h"
 #include "VoiceTransfer.h"
 
@@ -17,6 +18,7 @@ namespace {
 class DiscoveryTest : public DeviceSessionFixture {
  protected:
   void start() {
+    ASSERT_TRUE(VirtualUsb::inMockEnvironment()) << "run under umockdev-wrapper";
     discovery = std::make_unique<DeviceDiscovery>(session.get(), MakePlatformRegistry());
     discovery->setPacingSleep([this] { ++paces; });
     discovery->InitDevice();
@@ -64,7 +66,8 @@ TEST_F(DiscoveryTest, DevicePluggedInLaterIsFoundDownToItsTtyAndOpenedAt9600) {
   termios line{};
   ASSERT_EQ(tcgetattr(plugged.master, &line), 0);
   EXPECT_EQ(cfgetospeed(&line), B9600);
-  device = SimulatorBehind(plugged, sim::GenerateContents(1, QDate(2026, 11, 23)));
+  device = std::make_unique<SimulatedDevice>(sim::GenerateContents(1, QDate(2026, 11, 23)),
+                                             sim::Options{}, plugged.master);
   session->timer2Call();
   EXPECT_TRUE(WaitFor([&] { return wireCount("#kind") == 1; }, 5000));
 }
@@ -114,7 +117,8 @@ TEST_F(DiscoveryTest, TreeWithoutTtyOpensNothingAfterPacingEveryEntryVisited) {
 TEST_F(DiscoveryTest, UnplugWhileIdleDisconnectsOnTheNextTick) {
   start();
   const VirtualUsb::Device plugged = usb.plugIn("1-1");
-  device = SimulatorBehind(plugged, sim::GenerateContents(2, QDate(2026, 11, 23)));
+  device = std::make_unique<SimulatedDevice>(sim::GenerateContents(2, QDate(2026, 11, 23)),
+                                             sim::Options{}, plugged.master);
   ASSERT_TRUE(WaitFor([&] { return session->channel().isOpen(); }, 5000));
   ASSERT_TRUE(tickUntil(CONNECTED_IDLE, 20000));
   ASSERT_TRUE(WaitFor([&] { return session->state().g_read_index_sequence == 0; }, 20000));

@@ -82,19 +82,42 @@ int CliJob::failureOf(const QStringList &messages) const {
   return kCliOk;
 }
 
-int CliJob::connect() {
-  if (request_.port.isEmpty()) {
-    std::fprintf(stderr, "mrvtq5dk-cli: no device: give its serial port with --port\n");
-    return kCliNoDevice;
-  }
-  if (!session_.context().CreateFolder()) return kCliCannotWrite;
-  logs_.SetIndexSearchDatatime();
-  session_.state().deviceExist = 1;
+int CliJob::openPort() {
+  session_.state().deviceExist = 1;  // the diver vouches for the port
   if (const auto error = session_.openSerialPort(request_.port, kDeviceBaudRate)) {
     std::fprintf(stderr, "mrvtq5dk-cli: no device: %s (%s)\n", qPrintable(*error),
                  qPrintable(request_.port));
     return kCliNoDevice;
   }
+  return kCliOk;
+}
+
+int CliJob::discover() {
+  // The window refuses a device plugged in before it starts; a command is started with the
+  // device plugged in, so its first pass opens what it finds.
+  SessionState &state = session_.state();
+  state.initialRunning = false;
+  discovery_ = std::make_unique<DeviceDiscovery>(&session_, MakePlatformRegistry());
+  discovery_->InitDevice();
+  if (state.deviceExist == 0) {
+    std::fprintf(stderr,
+                 "mrvtq5dk-cli: no device: no QM482 on the USB bus (USB 1209:4d52); plug it in, "
+                 "or give its serial port with --port\n");
+    return kCliNoDevice;
+  }
+  if (!session_.channel().isOpen()) {
+    std::fprintf(stderr,
+                 "mrvtq5dk-cli: no device: a QM482 is plugged in, but its serial port did not "
+                 "open (see --verbose, and the README on serial permissions)\n");
+    return kCliNoDevice;
+  }
+  return kCliOk;
+}
+
+int CliJob::connect() {
+  if (!session_.context().CreateFolder()) return kCliCannotWrite;
+  logs_.SetIndexSearchDatatime();
+  if (const int status = request_.port.isEmpty() ? discover() : openPort()) return status;
   SessionState &state = session_.state();
   const bool listed = waitUntil(
       [&] {
@@ -107,7 +130,7 @@ int CliJob::connect() {
   if (const int failure = failureOf(messages_)) return failure;
   if (!listed || state.g_serial_port_status != CONNECTED_IDLE) {
     std::fprintf(stderr, "mrvtq5dk-cli: no device: the device on %s does not answer\n",
-                 qPrintable(request_.port));
+                 request_.port.isEmpty() ? "the USB bus" : qPrintable(request_.port));
     return kCliNoDevice;
   }
   pause();

@@ -4,6 +4,7 @@
 #include <QString>
 #include <functional>
 
+#include "DeviceDiscovery.h"
 #include "LogTransfer.h"
 #include "Session.h"
 #include "TerminalWindow.h"
@@ -20,8 +21,8 @@ enum CliStatus : int {
 };
 
 struct CliRequest {
-  QString verb;  // list, download-voice, download-log
-  QString port;
+  QString verb;    // list, download-voice, download-log
+  QString port;    // empty: find the device on the USB bus
   QString output;  // in place of the Downloads folder; empty for it
   QString range = QStringLiteral("5 years");
   QList<int> items;  // 1-based, as "list" prints them
@@ -37,6 +38,8 @@ class CliJob {
 
  private:
   int connect();
+  int openPort();  // the port given with --port
+  int discover();  // the device found on the USB bus
   int downloadVoice(int item);
   int downloadLog(int item);
   // Runs the event loop (the session timer ticking) until done() or the time runs out.
@@ -53,5 +56,6 @@ class CliJob {
   Session session_;
   VoiceTransfer voice_;
   LogTransfer logs_;
+  std::unique_ptr<DeviceDiscovery> discovery_;  // goes before the session it opens ports on
   QStringList messages_;
 };

@@ -3,10 +3,12 @@
 #include <QCoreApplication>
 #include <QDate>
 #include <cstdio>
+#include <cstring>
 
 #include "DeviceSimulator.h"
 #include "PseudoTerminal.h"
 #include "SimOptions.h"
+#include "UsbRun.h"
 
 namespace {
 
@@ -29,12 +31,21 @@ one across blocks 1000-1023, one that wraps the ring), and seven of twelve dives
 (depth in centimetres, temperatures in tenths of a degree, times on the device's UTC clock).
 Options on the command line win over the scenario file.
 
+With --usb it plugs the device into a virtual USB bus (umockdev) instead, as USB device
+1209:4d52 with a tty node, runs the command given after "--" on that bus (under
+umockdev-wrapper), and ends with the command's exit status when it ends:
+  qm482-sim --usb -- mrvtq5dk-cli list
+  qm482-sim --usb --plug-in-after 3000 -- Mrvtq5dk
+
 Command names for --split, --garbage and --silent: kind, detail, gser, cdcwait, vi, vh,
 vr, lh, lp, lr.)";
 
 }  // namespace
 
 int main(int argc, char **argv) {
+  for (int i = 1; i < argc && std::strcmp(argv[i], "--") != 0; ++i) {
+    if (std::strcmp(argv[i], "--usb") == 0) RunUnderUsbPreload(argv);
+  }
   QCoreApplication app(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("qm482-sim"));
   QCommandLineParser parser;
@@ -74,6 +85,11 @@ int main(int argc, char **argv) {
   option("garbage", "Answer these commands with garbage of the reply's length.", "CMD[,CMD]");
   option("silent", "Never answer these commands.", "CMD[,CMD]");
   option("hangup-after", "Hang up after this many clip and page bytes.", "BYTES");
+  option("usb", "Plug into a virtual USB bus and run the command after \"--\" on it.");
+  option("plug-in-after", "With --usb: plug in this long after the command starts (default 0).",
+         "MS");
+  parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("With --usb."),
+                               QStringLiteral("[-- command...]"));
   parser.process(app);
 
   const QDate today = parser.isSet(QStringLiteral("today"))
@@ -106,6 +122,10 @@ int main(int argc, char **argv) {
     return 2;
   }
 
+  if (parser.isSet(QStringLiteral("usb"))) {
+    return RunOnVirtualUsb(std::move(contents), options, parser.positionalArguments(),
+                           parser.value(QStringLiteral("plug-in-after")).toInt());
+  }
   int master = -1;
   if (parser.isSet(QStringLiteral("fd"))) {
     master = parser.value(QStringLiteral("fd")).toInt();

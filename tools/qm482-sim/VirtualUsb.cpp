@@ -3,10 +3,12 @@
 
 #include "VirtualUsb.h"
 
-#include <gtest/gtest.h>
 #include <sys/ioctl.h>
 
 namespace {
+
+constexpr uint32_t kVendorId = 0x1209;
+constexpr uint32_t kProductId = 0x4D52;
 
 // The emulated tty passes the terminal ioctls through; exclusive use it refuses, so answer
 // that here as a real tty would.
@@ -28,12 +30,14 @@ QString Owned(gchar *text) {
   return copy;
 }
 
+QByteArray Hex4(uint32_t value) {
+  return QByteArray::number(value, 16).rightJustified(4, '0');
+}
+
 }  // namespace
 
 VirtualUsb::VirtualUsb() : bed_(umockdev_testbed_new()), ioctls_(umockdev_ioctl_base_new()) {
-  EXPECT_TRUE(umockdev_in_mock_environment()) << "run under umockdev-wrapper";
   g_signal_connect(ioctls_, "handle-ioctl", G_CALLBACK(HandleIoctl), nullptr);
-  // As on a PC: a host controller, its root hub, the devices on the hub's ports.
   const QString controller = Owned(umockdev_testbed_add_device(
       bed_, "pci", "0000:00:14.0", nullptr, "vendor", "0x8086", nullptr, nullptr));
   hub_ = Owned(umockdev_testbed_add_device(
@@ -46,41 +50,45 @@ VirtualUsb::~VirtualUsb() {
   g_object_unref(bed_);
 }
 
+bool VirtualUsb::inMockEnvironment() {
+  return umockdev_in_mock_environment();
+}
+
 VirtualUsb::Device VirtualUsb::add(const QString &name, uint32_t vendor, uint32_t product,
-                                   bool withTty, bool usbAttributes) {
-  const QByteArray vid = QByteArray::number(vendor, 16).rightJustified(4, '0');
-  const QByteArray pid = QByteArray::number(product, 16).rightJustified(4, '0');
+                                   bool withTty, bool busAttributes) {
+  const QByteArray vid = Hex4(vendor), pid = Hex4(product);
   const QByteArray port = name.section('-', 1).toLatin1();
+  const QByteArray deviceName = name.toUtf8(), hub = hub_.toUtf8();
   Device device;
-  device.syspath =
-      usbAttributes
-          ? Owned(umockdev_testbed_add_device(
-                bed_, "usb", name.toUtf8().constData(), hub_.toUtf8().constData(), "idVendor",
-                vid.constData(), "idProduct", pid.constData(), "product", "QM482", "busnum", "1",
-                "devpath", port.constData(), nullptr, "DEVTYPE", "usb_device", nullptr))
-          : Owned(umockdev_testbed_add_device(bed_, "usb", name.toUtf8().constData(),
-                                              hub_.toUtf8().constData(), "idVendor",
-                                              vid.constData(), "idProduct", pid.constData(),
-                                              nullptr, "DEVTYPE", "usb_device", nullptr));
+  device.syspath = Owned(
+      busAttributes
+          ? umockdev_testbed_add_device(bed_, "usb", deviceName.constData(), hub.constData(),
+                                        "idVendor", vid.constData(), "idProduct", pid.constData(),
+                                        "product", "QM482", "busnum", "1", "devpath",
+                                        port.constData(), nullptr, "DEVTYPE", "usb_device", nullptr)
+          : umockdev_testbed_add_device(bed_, "usb", deviceName.constData(), hub.constData(),
+                                        "idVendor", vid.constData(), "idProduct", pid.constData(),
+                                        nullptr, "DEVTYPE", "usb_device", nullptr));
   const QString interface = Owned(umockdev_testbed_add_device(
       bed_, "usb", (name + ":1.0").toUtf8().constData(), device.syspath.toUtf8().constData(),
       nullptr, "DEVTYPE", "usb_interface", nullptr));
   if (!withTty) return device;
 
-  const QString tty = QStringLiteral("ttyACM%1").arg(ttys_++);
+  const int number = ttys_++;
+  const QString tty = QStringLiteral("ttyACM%1").arg(number);
   device.devnode = "/dev/" + tty;
-  const QString record = QStringLiteral(
-                             "P: %1/%2\nN: %2\nE: SUBSYSTEM=tty\nE: DEVNAME=%3\n"
-                             "A: dev=166:%4\n")
-                             .arg(interface.mid(4), tty, device.devnode)
-                             .arg(ttys_ - 1);
+  const QString record =
+      QStringLiteral("P: %1/%2\nN: %2\nE: SUBSYSTEM=tty\nE: DEVNAME=%3\nA: dev=166:%4\n")
+          .arg(interface.mid(4), tty, device.devnode)
+          .arg(number);
   GError *error = nullptr;
-  EXPECT_TRUE(umockdev_testbed_add_from_string(bed_, record.toUtf8().constData(), &error))
-      << (error ? error->message : "");
-  EXPECT_TRUE(
-      umockdev_testbed_attach_ioctl(bed_, device.devnode.toUtf8().constData(), ioctls_, nullptr));
+  if (!umockdev_testbed_add_from_string(bed_, record.toUtf8().constData(), &error) ||
+      !umockdev_testbed_attach_ioctl(bed_, device.devnode.toUtf8().constData(), ioctls_, &error)) {
+    error_ = QString::fromUtf8(error ? error->message : "cannot add the tty node");
+    if (error) g_error_free(error);
+    return device;
+  }
   device.master = umockdev_testbed_get_dev_fd(bed_, device.devnode.toUtf8().constData());
-  EXPECT_GE(device.master, 0);
   return device;
 }
 
@@ -88,13 +96,8 @@ void VirtualUsb::announce(const Device &device, const char *action) {
   umockdev_testbed_uevent(bed_, device.syspath.toUtf8().constData(), action);
 }
 
-VirtualUsb::Device VirtualUsb::plugIn(const QString &name, uint32_t vendor, uint32_t product) {
-  Device device = add(name, vendor, product);
+VirtualUsb::Device VirtualUsb::plugIn(const QString &name) {
+  Device device = add(name, kVendorId, kProductId);
   announce(device, "add");
   return device;
-}
-
-std::unique_ptr<SimulatedDevice> SimulatorBehind(const VirtualUsb::Device &device,
-                                                 sim::Contents contents, sim::Options options) {
-  return std::make_unique<SimulatedDevice>(std::move(contents), std::move(options), device.master);
 }

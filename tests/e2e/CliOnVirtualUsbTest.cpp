@@ -1,0 +1,70 @@
+// mrvtq5dk-cli finding the device on a virtual USB bus, as a diver runs it: no --port.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "SimulatedDevice.h"
+#include "TestSupport.h"
+#include "VirtualUsb.h"
+
+namespace {
+
+struct CliResult {
+  int status = -1;
+  QString out, err;
+};
+
+class CliOnVirtualUsb : public ::testing::Test {
+ protected:
+  CliResult run(const QStringList &verb) {
+    QProcess cli;
+    cli.start(MRVTQ5DK_CLI_PATH, verb + QStringList{"--output", output.path()});
+    EXPECT_TRUE(cli.waitForFinished(120000));
+    return {cli.exitCode(), QString::fromUtf8(cli.readAllStandardOutput()),
+            QString::fromUtf8(cli.readAllStandardError())};
+  }
+  std::unique_ptr<SimulatedDevice> plugIn(sim::Options options = {}) {
+    const VirtualUsb::Device plugged = usb.plugIn("1-1");
+    EXPECT_GE(plugged.master, 0) << qPrintable(usb.error());
+    return std::make_unique<SimulatedDevice>(sim::GenerateContents(9, QDate::currentDate()),
+                                             options, plugged.master);
+  }
+  int files(const char *folder) const {
+    return int(QDir(output.filePath(QString("Mrvtq5dk/") + folder)).entryList(QDir::Files).size());
+  }
+  VirtualUsb usb;
+  QTemporaryDir output;
+};
+
+TEST_F(CliOnVirtualUsb, FindsThePluggedInDeviceForEveryVerb) {
+  const auto device = plugIn();
+  const CliResult list = run({"list"});
+  EXPECT_EQ(list.status, 0) << qPrintable(list.err);
+  EXPECT_TRUE(list.out.contains("SN.28417305"));
+  EXPECT_TRUE(list.out.contains("Dive logs (6)"));
+
+  const CliResult voice = run({"download-voice", "2"});
+  EXPECT_EQ(voice.status, 0) << qPrintable(voice.err);
+  EXPECT_EQ(files("voice"), 1);
+  const CliResult logs = run({"download-log", "--all"});
+  EXPECT_EQ(logs.status, 0) << qPrintable(logs.err);
+  EXPECT_EQ(files("log"), 6);
+  EXPECT_EQ(device->device().commands().count("#kind"), 3);  // one session a run
+}
+
+TEST_F(CliOnVirtualUsb, NoDeviceAndAClipThatNeverEndsHaveTheirOwnStatus) {
+  const CliResult nothing = run({"list"});
+  EXPECT_EQ(nothing.status, 3);
+  EXPECT_TRUE(nothing.err.contains("no QM482 on the USB bus")) << qPrintable(nothing.err);
+
+  sim::Options stalling;
+  stalling.stallAfterBytes = 30000;  // and never resumes: both retries fail too
+  const auto device = plugIn(stalling);
+  const CliResult voice = run({"download-voice", "1"});
+  EXPECT_EQ(voice.status, 5) << qPrintable(voice.err);
+  EXPECT_EQ(files("voice"), 0);
+}
+
+}  // namespace
