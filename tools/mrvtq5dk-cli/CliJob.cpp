@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QThread>
 #include <QTimer>
+#include <cmath>
 #include <cstdio>
 
 #include "Localization.h"
@@ -60,10 +61,15 @@ void CliJob::showProgress() {
       state.g_voice_download_active) {
     const double received = state.g_voice_received_size,
                  expected = std::max(1, state.g_voice_data_size.load());
+    const double seconds = std::max(0.001, transferClock_.elapsed() / 1000.0);
+    const double rate = received / seconds;
     const int width = 30, filled = int(width * std::min(1.0, received / expected));
-    std::fprintf(stderr, "\r\033[K[%s%s] %3d%%  %.0f of %.0f kB",
+    std::fprintf(stderr, "\r\033[K[%s%s] %3d%%  %.0f of %.0f kB  %.1f kB/s  %s left",
                  QByteArray(filled, '#').constData(), QByteArray(width - filled, '.').constData(),
-                 int(100 * received / expected), received / 1000, expected / 1000);
+                 int(100 * received / expected), received / 1000, expected / 1000, rate / 1000,
+                 rate > 0 ? qPrintable(QStringLiteral("%1 s").arg(
+                                std::ceil((expected - received) / rate), 0, 'f', 0))
+                          : "?");
   } else if (state.g_serial_port_status == RX_LOG_HISTORY) {
     std::fprintf(stderr, "\r\033[Kreading dive %d, %lld listed", state.g_log_number.load(),
                  static_cast<long long>(window_.rows(IndexList::Log).size()));
@@ -154,6 +160,7 @@ void CliJob::printLists() const {
 int CliJob::downloadVoice(int item) {
   window_.selectRow(IndexList::Voice, item - 1);
   messages_.clear();
+  transferClock_.start();
   voice_.action_button_download_voice();
   SessionState &state = session_.state();
   const QString done = Localized("download_complete");

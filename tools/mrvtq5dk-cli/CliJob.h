@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QString>
 #include <functional>
@@ -58,4 +59,5 @@ class CliJob {
   LogTransfer logs_;
   std::unique_ptr<DeviceDiscovery> discovery_;  // goes before the session it opens ports on
   QStringList messages_;
+  QElapsedTimer transferClock_;  // since the current clip was asked for
 };
