@@ -1,10 +1,18 @@
-// Times whole transfers through the real session against the simulator over a pty: one
-// clip of 8 blocks (65 s of audio) in "vh" and "vr" mode, and a listing of 60 dives, at
-// the link rates given on the command line (bytes per second, 0 for unlimited).
-//   transfer_bench [--listing-only] [RATE...]        default: 1000000 0
+// Times whole transfers through the real session against the simulator (the qm482-sim
+// program, so that this process holds only the host's side) over a pty: a listing of N
+// dives, then one clip of 8 blocks (65 s of audio) in "vh" and "vr" mode, at the link
+// rates given on the command line (bytes per second, 0 for unlimited). Each run is a
+// process of its own, so that its CPU time and peak memory are its own.
+//   transfer_bench [--dives N] [--listing-only] [RATE...]    default: 60 dives, 11520 1000000 0
 // At 960 B/s (a 9600-baud line) the clip alone takes over 18 minutes: --listing-only skips it.
+#include <sys/resource.h>
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTimeZone>
 #include <cstdio>
@@ -12,7 +20,6 @@
 #include "Localization.h"
 #include "LogTransfer.h"
 #include "RecordingWindow.h"
-#include "SimulatedDevice.h"
 #include "SystemLog.h"
 #include "VoiceTransfer.h"
 
@@ -20,27 +27,50 @@ namespace {
 
 const QDate kToday(2024, 2, 15);
 
-sim::Contents Device(const char *firmware) {
-  sim::Contents contents = sim::GenerateContents(1, kToday);
-  contents.firmware = firmware;
-  contents.clips = {{QDateTime(kToday, QTime(9, 0), QTimeZone::utc()), 0x002, 0x009, 7}};
-  contents.dives.clear();
-  for (int i = 0; i < 60; ++i) {
-    contents.dives.append(sim::GenerateDive(
-        uint32_t(i), QDateTime(kToday.addDays(-3 * (60 - i)), QTime(1, 0), QTimeZone::utc()), 45,
-        10, 1800, 260, 220));
+// A scenario file for qm482-sim: one clip, dives every third day back from kToday.
+QString WriteScenario(const QTemporaryDir &folder, const char *firmware, int dives, int64_t rate) {
+  QJsonArray diveList;
+  for (int i = 0; i < dives; ++i) {
+    const QDateTime entry(kToday.addDays(-3 * (dives - i)), QTime(1, 0), QTimeZone::utc());
+    diveList.append(QJsonObject{{"entry", entry.toString(Qt::ISODate)}, {"minutes", 45}});
   }
-  contents.totalDives = 60;
-  return contents;
+  const QJsonObject scenario{
+      {"firmware", firmware},
+      {"rate", QString::number(rate)},
+      {"clips",
+       QJsonArray{QJsonObject{{"start", QDateTime(kToday, QTime(9, 0)).toString(Qt::ISODate)},
+                              {"first", 2},
+                              {"last", 9}}}},
+      {"dives", diveList}};
+  const QString path = folder.filePath("scenario.json");
+  QFile file(path);
+  file.open(QIODevice::WriteOnly);
+  file.write(QJsonDocument(scenario).toJson());
+  return path;
+}
+
+double CpuSeconds() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
+         (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+long PeakRssKilobytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
 }
 
 struct Figures {
   double clipSeconds = -1, listingSeconds = -1;
+  double clipCpu = 0, listingCpu = 0;
   int clipBytes = 0;
+  long peakRssKb = 0;
 };
 
 // Plugs in, lists (timed), then downloads the clip (timed).
-Figures Run(const char *firmware, int64_t rate, bool listingOnly) {
+Figures Run(const char *firmware, int64_t rate, int dives, bool listingOnly) {
   RecordingWindow window;
   window.searchRange = "5 years";
   Session session(window);
@@ -51,35 +81,71 @@ Figures Run(const char *firmware, int64_t rate, bool listingOnly) {
   QTemporaryDir home;
   session.context().downloadsFolder = [&home] { return home.path(); };
   session.context().CreateFolder();
-  sim::Options options;
-  options.bytesPerSecond = rate;
-  SimulatedDevice device(Device(firmware), options);
+  QProcess device;
+  device.start(QStringLiteral(QM482_SIM_PATH),
+               {"--today", kToday.toString(Qt::ISODate), "--scenario",
+                WriteScenario(home, firmware, dives, rate)});
+  device.waitForReadyRead(10000);
+  const QString port = QString::fromUtf8(device.readLine()).trimmed();
   session.state().deviceExist = 1;
-  session.openSerialPort(device.slavePath(), 9600);
+  session.openSerialPort(port, 9600);
 
   Figures figures;
   QElapsedTimer clock;
   clock.start();
   qint64 listingStart = -1;
+  double cpuAtListingStart = 0;
   while (clock.elapsed() < 3600000) {
     const int32_t status = session.state().g_serial_port_status;
     if (status == CONNECTED_IDLE && listingStart >= 0) break;
-    if (status == TRY_TX_LOG_HISTORY) listingStart = clock.elapsed();  // this tick sends "lh"
+    if (status == TRY_TX_LOG_HISTORY) {  // this tick sends "lh"
+      listingStart = clock.elapsed();
+      cpuAtListingStart = CpuSeconds();
+    }
     if (status != RX_VOICE_INDEX && status != RX_LOG_HISTORY) session.timer2Call();
     WaitFor([] { return false; }, 5);
   }
   figures.listingSeconds = (clock.elapsed() - listingStart) / 1000.0;
+  figures.listingCpu = CpuSeconds() - cpuAtListingStart;
   WaitFor([&] { return window.called("EnableComboBoxLogIndex:1"); }, 5000);
   WaitFor([] { return false; }, 300);  // the answer to the closing "#detail"
 
-  if (listingOnly) return figures;
+  figures.peakRssKb = PeakRssKilobytes();
+  if (listingOnly) {
+    device.kill();
+    device.waitForFinished();
+    return figures;
+  }
   const QString done = QStringLiteral("messageBox:") + Localized("download_complete");
   clock.restart();
+  const double cpuAtClipStart = CpuSeconds();
   voice.action_button_download_voice();
   WaitFor([&] { return window.calls().join(u'\n').contains(done); }, 3600000);
   figures.clipBytes = session.state().g_voice_data_size;
   figures.clipSeconds = clock.elapsed() / 1000.0;
+  figures.clipCpu = CpuSeconds() - cpuAtClipStart;
+  figures.peakRssKb = PeakRssKilobytes();
+  device.kill();
+  device.waitForFinished();
   return figures;
+}
+
+// One run, in this process: prints its row.
+void RunOne(int64_t rate, const char *firmware, int dives, bool listingOnly) {
+  LogCapture quiet;
+  const Figures f = Run(firmware, rate, dives, listingOnly);
+  const double payload = f.clipBytes / f.clipSeconds;
+  const double megabytes = f.clipBytes / 1e6;
+  const double bound = rate > 0 ? dives * (4096.0 + 10) / double(rate) : 0;
+  std::printf("%-9lld %-4s %9.2f %10.0f %7s %8.3f %9.2f %8.2f %8.3f %9ld\n",
+              static_cast<long long>(rate), QByteArray(firmware) >= "1.175" ? "vh" : "vr",
+              listingOnly ? 0.0 : f.clipSeconds, listingOnly ? 0.0 : payload,
+              rate > 0 && !listingOnly
+                  ? qPrintable(QString::number(100.0 * payload / double(rate), 'f', 1) + "%")
+                  : "-",
+              listingOnly ? 0.0 : f.clipCpu / megabytes, 1000 * f.listingSeconds / dives,
+              1000 * bound / dives, 1000 * f.listingCpu / dives, f.peakRssKb);
+  std::fflush(stdout);
 }
 
 }  // namespace
@@ -87,30 +153,37 @@ Figures Run(const char *firmware, int64_t rate, bool listingOnly) {
 int main(int argc, char **argv) {
   QCoreApplication app(argc, argv);
   InstallStringTables(QLocale(QLocale::English));
+  const QStringList arguments = app.arguments().mid(1);
+  if (arguments.value(0) == "--one") {
+    RunOne(arguments.value(1).toLongLong(), qPrintable(arguments.value(2)),
+           arguments.value(3).toInt(), arguments.value(4) == "listing-only");
+    return 0;
+  }
   QList<int64_t> rates;
   bool listingOnly = false;
-  for (int i = 1; i < argc; ++i) {
-    if (QByteArray(argv[i]) == "--listing-only")
+  int dives = 60;
+  for (int i = 0; i < arguments.size(); ++i) {
+    if (arguments[i] == "--listing-only")
       listingOnly = true;
+    else if (arguments[i] == "--dives")
+      dives = arguments.value(++i).toInt();
     else
-      rates << QByteArray(argv[i]).toLongLong();
+      rates << arguments[i].toLongLong();
   }
-  if (rates.isEmpty()) rates = {1000000, 0};
-  LogCapture quiet;
-  std::printf("%-10s %-5s %12s %10s %12s %11s %16s\n", "rate B/s", "mode", "clip bytes", "clip s",
-              "payload B/s", "efficiency", "60-dive list s");
+  if (rates.isEmpty()) rates = {11520, 1000000, 0};
+  std::printf("%d dives listed, then one clip of 1044480 bytes\n", dives);
+  std::printf("%-9s %-4s %9s %10s %7s %8s %9s %8s %8s %9s\n", "rate B/s", "mode", "clip s",
+              "payload/s", "effic.", "cpu s/MB", "ms/dive", "bound", "cpu ms", "peak RSS kB");
+  std::fflush(stdout);
   for (int64_t rate : rates) {
     for (const char *firmware : {"1.180", "1.170"}) {
       if (listingOnly && QByteArray(firmware) != "1.180") continue;
-      const Figures f = Run(firmware, rate, listingOnly);
-      const double payload = f.clipBytes / f.clipSeconds;
-      std::printf(
-          "%-10lld %-5s %12d %10.2f %12.0f %10s %16.2f\n", static_cast<long long>(rate),
-          QByteArray(firmware) >= "1.175" ? "vh" : "vr", f.clipBytes, f.clipSeconds, payload,
-          rate > 0 ? qPrintable(QString::number(100.0 * payload / double(rate), 'f', 1) + "%")
-                   : "-",
-          f.listingSeconds);
-      std::fflush(stdout);
+      QProcess one;
+      one.setProcessChannelMode(QProcess::ForwardedChannels);
+      one.start(app.applicationFilePath(),
+                {"--one", QString::number(rate), firmware, QString::number(dives),
+                 listingOnly ? "listing-only" : "clip"});
+      one.waitForFinished(-1);
     }
   }
   return 0;

@@ -7,7 +7,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6sql6-sqlite
   libudev-dev
-  libgtest-dev libgmock-dev umockdev libumockdev-dev
+  libgtest-dev libgmock-dev umockdev libumockdev-dev libbenchmark-dev
   sox python3 fonts-noto-cjk
 )
 
