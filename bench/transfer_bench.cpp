@@ -3,7 +3,8 @@
 // dives, then one clip of 8 blocks (65 s of audio) in "vh" and "vr" mode, at the link
 // rates given on the command line (bytes per second, 0 for unlimited). Each run is a
 // process of its own, so that its CPU time and peak memory are its own.
-//   transfer_bench [--dives N] [--listing-only] [RATE...]    default: 60 dives, 11520 1000000 0
+//   transfer_bench [--dives N] [--blocks N] [--listing-only] [RATE...]
+// default: 60 dives, a clip of 8 blocks (1044480 bytes), rates 11520 1000000 0
 // At 960 B/s (a 9600-baud line) the clip alone takes over 18 minutes: --listing-only skips it.
 #include <sys/resource.h>
 
@@ -15,6 +16,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTimeZone>
+#include <QTimer>
 #include <cstdio>
 
 #include "Localization.h"
@@ -28,7 +30,16 @@ namespace {
 const QDate kToday(2024, 2, 15);
 
 // A scenario file for qm482-sim: one clip, dives every third day back from kToday.
-QString WriteScenario(const QTemporaryDir &folder, const char *firmware, int dives, int64_t rate) {
+// What a run does: list this many dives, then fetch a clip of this many blocks.
+struct Setup {
+  int dives = 60;
+  int blocks = 8;
+  bool listingOnly = false;
+};
+
+QString WriteScenario(const QTemporaryDir &folder, const char *firmware, const Setup &setup,
+                      int64_t rate) {
+  const int dives = setup.dives;
   QJsonArray diveList;
   for (int i = 0; i < dives; ++i) {
     const QDateTime entry(kToday.addDays(-3 * (dives - i)), QTime(1, 0), QTimeZone::utc());
@@ -40,7 +51,7 @@ QString WriteScenario(const QTemporaryDir &folder, const char *firmware, int div
       {"clips",
        QJsonArray{QJsonObject{{"start", QDateTime(kToday, QTime(9, 0)).toString(Qt::ISODate)},
                               {"first", 2},
-                              {"last", 9}}}},
+                              {"last", 1 + setup.blocks}}}},
       {"dives", diveList}};
   const QString path = folder.filePath("scenario.json");
   QFile file(path);
@@ -70,7 +81,8 @@ struct Figures {
 };
 
 // Plugs in, lists (timed), then downloads the clip (timed).
-Figures Run(const char *firmware, int64_t rate, int dives, bool listingOnly) {
+Figures Run(const char *firmware, int64_t rate, const Setup &setup) {
+  const bool listingOnly = setup.listingOnly;
   RecordingWindow window;
   window.searchRange = "5 years";
   Session session(window);
@@ -84,7 +96,7 @@ Figures Run(const char *firmware, int64_t rate, int dives, bool listingOnly) {
   QProcess device;
   device.start(QStringLiteral(QM482_SIM_PATH),
                {"--today", kToday.toString(Qt::ISODate), "--scenario",
-                WriteScenario(home, firmware, dives, rate)});
+                WriteScenario(home, firmware, setup, rate)});
   device.waitForReadyRead(10000);
   const QString port = QString::fromUtf8(device.readLine()).trimmed();
   session.state().deviceExist = 1;
@@ -120,7 +132,12 @@ Figures Run(const char *firmware, int64_t rate, int dives, bool listingOnly) {
   clock.restart();
   const double cpuAtClipStart = CpuSeconds();
   voice.action_button_download_voice();
-  WaitFor([&] { return window.calls().join(u'\n').contains(done); }, 3600000);
+  // Sleeps in the event loop as the program does, woken by the supervision timer and a
+  // look every 0.1 s; polling here would count against the session's CPU time.
+  QTimer look;
+  look.start(100);
+  while (!window.calls().join(u'\n').contains(done) && clock.elapsed() < 3600000)
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   figures.clipBytes = session.state().g_voice_data_size;
   figures.clipSeconds = clock.elapsed() / 1000.0;
   figures.clipCpu = CpuSeconds() - cpuAtClipStart;
@@ -131,9 +148,11 @@ Figures Run(const char *firmware, int64_t rate, int dives, bool listingOnly) {
 }
 
 // One run, in this process: prints its row.
-void RunOne(int64_t rate, const char *firmware, int dives, bool listingOnly) {
+void RunOne(int64_t rate, const char *firmware, const Setup &setup) {
+  const int dives = setup.dives;
+  const bool listingOnly = setup.listingOnly;
   LogCapture quiet;
-  const Figures f = Run(firmware, rate, dives, listingOnly);
+  const Figures f = Run(firmware, rate, setup);
   const double payload = f.clipBytes / f.clipSeconds;
   const double megabytes = f.clipBytes / 1e6;
   const double bound = rate > 0 ? dives * (4096.0 + 10) / double(rate) : 0;
@@ -154,35 +173,39 @@ int main(int argc, char **argv) {
   QCoreApplication app(argc, argv);
   InstallStringTables(QLocale(QLocale::English));
   const QStringList arguments = app.arguments().mid(1);
+  // A run in this process: --one RATE FIRMWARE DIVES BLOCKS listing-only|clip
   if (arguments.value(0) == "--one") {
-    RunOne(arguments.value(1).toLongLong(), qPrintable(arguments.value(2)),
-           arguments.value(3).toInt(), arguments.value(4) == "listing-only");
+    const Setup setup{arguments.value(3).toInt(), arguments.value(4).toInt(),
+                      arguments.value(5) == "listing-only"};
+    RunOne(arguments.value(1).toLongLong(), qPrintable(arguments.value(2)), setup);
     return 0;
   }
   QList<int64_t> rates;
-  bool listingOnly = false;
-  int dives = 60;
+  Setup setup;
   for (int i = 0; i < arguments.size(); ++i) {
     if (arguments[i] == "--listing-only")
-      listingOnly = true;
+      setup.listingOnly = true;
     else if (arguments[i] == "--dives")
-      dives = arguments.value(++i).toInt();
+      setup.dives = arguments.value(++i).toInt();
+    else if (arguments[i] == "--blocks")
+      setup.blocks = arguments.value(++i).toInt();
     else
       rates << arguments[i].toLongLong();
   }
   if (rates.isEmpty()) rates = {11520, 1000000, 0};
-  std::printf("%d dives listed, then one clip of 1044480 bytes\n", dives);
+  std::printf("%d dives listed, then one clip of %d blocks (%d bytes)\n", setup.dives, setup.blocks,
+              setup.blocks * 130560);
   std::printf("%-9s %-4s %9s %10s %7s %8s %9s %8s %8s %9s\n", "rate B/s", "mode", "clip s",
               "payload/s", "effic.", "cpu s/MB", "ms/dive", "bound", "cpu ms", "peak RSS kB");
   std::fflush(stdout);
   for (int64_t rate : rates) {
     for (const char *firmware : {"1.180", "1.170"}) {
-      if (listingOnly && QByteArray(firmware) != "1.180") continue;
+      if (setup.listingOnly && QByteArray(firmware) != "1.180") continue;
       QProcess one;
       one.setProcessChannelMode(QProcess::ForwardedChannels);
       one.start(app.applicationFilePath(),
-                {"--one", QString::number(rate), firmware, QString::number(dives),
-                 listingOnly ? "listing-only" : "clip"});
+                {"--one", QString::number(rate), firmware, QString::number(setup.dives),
+                 QString::number(setup.blocks), setup.listingOnly ? "listing-only" : "clip"});
       one.waitForFinished(-1);
     }
   }
