@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Every benchmark, one after the other, figures on stdout. Installs and builds what they
+# need first. About 10 minutes; with --slow also the 960 B/s rows (a 9600-baud line,
+# over 36 minutes more).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+./scripts/install-deps.sh
+cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo > /dev/null
+cmake --build build --parallel "$(nproc)" --target transfer_bench codec_bench plugin_bench > /dev/null
+
+bench=./build/bench
+echo "== clips and listings through the session ($(nproc) cores, $(uname -r))"
+"$bench/transfer_bench" --dives 100 11520 1000000 0
+"$bench/transfer_bench" --dives 20 --blocks 64 1000000
+"$bench/transfer_bench" --dives 100 --listing-only 1000000 0
+"$bench/transfer_bench" --dives 1100 --listing-only 1000000 0
+if [ "${1:-}" = --slow ]; then "$bench/transfer_bench" --dives 10 960; fi
+echo "== parsers and writers"
+"$bench/codec_bench"
+echo "== plug-in and idle cost of the window"
+"$bench/plugin_bench" --runs 5 --idle 60
