@@ -20,3 +20,13 @@ elseif(MRVTQ5DK_SANITIZER STREQUAL "thread")
 elseif(NOT MRVTQ5DK_SANITIZER STREQUAL "")
   message(FATAL_ERROR "MRVTQ5DK_SANITIZER must be empty, 'address' or 'thread'")
 endif()
+
+# Fuzzing: every library is instrumented for libFuzzer's coverage; the fuzz targets link
+# its driver. Needs clang.
+option(MRVTQ5DK_FUZZ "Build the fuzz targets (clang only)" OFF)
+if(MRVTQ5DK_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "MRVTQ5DK_FUZZ needs clang: configure with CXX=clang++")
+  endif()
+  target_compile_options(mrvtq5dk_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()

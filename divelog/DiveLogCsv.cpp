@@ -48,8 +48,9 @@ class PieceWriter {
       throw std::runtime_error(file_.errorString().toStdString());
     }
   }
-  void operator()(const char *format, auto... values) {
-    (*this)(QString::asprintf(format, values...).toUtf8());
+  void operator()(const char *text) { (*this)(QByteArray(text)); }
+  void operator()(const char *format, auto first, auto... rest) {
+    (*this)(QString::asprintf(format, first, rest...).toUtf8());
   }
   template <size_t N>
   void flags(const std::array<FlagText, N> &table, int bits) {

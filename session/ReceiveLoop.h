@@ -19,9 +19,12 @@ class ReceiveLoop {
   // Ends the thread, which closes its port, and waits for it.
   void stop();
 
+  // The thread's work for one read (bytes followed by a terminating zero). Public so that
+  // the fuzzers can feed it reads the device never sent.
+  void dispatch(char *bytes, size_t length);
+
  private:
   void reciveThread();
-  void dispatch(char *bytes, size_t length);
 
   SessionContext &context_;
   IdentityReplies replies_;

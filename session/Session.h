@@ -35,6 +35,7 @@ class Session {
   SessionState &state() { return context_.state; }
   const SessionState &state() const { return context_.state; }
   SerialChannel &channel() { return context_.channel; }
+  ReceiveLoop &receiveLoop() { return receive_; }
 
  private:
   SessionContext context_;

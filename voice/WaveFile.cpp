@@ -6,13 +6,29 @@
 
 #include "SystemLog.h"
 
+namespace {
+
+// A date or time field of an index entry as it goes into a file name. The device sends
+// digits; anything that could leave the voice folder or cut the name short (a slash, a
+// zero byte, a control character) becomes "_".
+QString NameField(QStringView field) {
+  QString safe = field.toString();
+  for (QChar &c : safe) {
+    if (c == u'/' || c == u'\\' || c.category() == QChar::Other_Control) c = u'_';
+  }
+  return safe;
+}
+
+}  // namespace
+
 std::optional<QString> MakeVoiceWaveFileName(const QString &entry, const QString &voiceFolder,
                                              VoiceBlockRing ring) {
   if (entry.size() < kVoiceEntryLength) return std::nullopt;
   const QStringView e(entry);
   return QStringLiteral("%1/20%2-%3-%4_%5-%6_%7_voice.wav")
       .arg(voiceFolder)
-      .arg(e.mid(0, 2), e.mid(2, 2), e.mid(4, 2), e.mid(7, 2), e.mid(9, 2),
+      .arg(NameField(e.mid(0, 2)), NameField(e.mid(2, 2)), NameField(e.mid(4, 2)),
+           NameField(e.mid(7, 2)), NameField(e.mid(9, 2)),
            QString::number(VoiceMinutes(entry, ring)));
 }
 

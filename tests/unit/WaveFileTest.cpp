@@ -37,6 +37,15 @@ TEST(WaveFileName, DateTimeAndMinutesOfTheEntry) {
   EXPECT_EQ(MakeVoiceWaveFileName("991231_235900-7A0-005", "/v", {}),
             "/v/2099-12-31_23-59_2_voice.wav");
   EXPECT_EQ(MakeVoiceWaveFileName("230405-130722_002-00", "/v", {}), std::nullopt);
+  // Found by fuzzing: the index may carry zero bytes (and a hostile one slashes), which
+  // must neither cut the name short nor lead out of the folder.
+  EXPECT_EQ(MakeVoiceWaveFileName(QString::fromLatin1("211115-0\0\x30\0"
+                                                      "11A_002-009",
+                                                      21),
+                                  "/v", {}),
+            "/v/2021-11-15_0_-0__1_voice.wav");
+  EXPECT_EQ(MakeVoiceWaveFileName("/../..-../..._002-009", "/v", {}),
+            "/v/20_.-._-.._..-_._1_voice.wav");
 }
 
 TEST(WaveHeader, DeclaresSixteenBitMonoAtEightKilohertz) {

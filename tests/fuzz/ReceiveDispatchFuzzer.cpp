@@ -1,0 +1,53 @@
+// The receive thread's dispatch fed reads the device never sent, in every session state
+// and selector: identity, cdcwait, erase and clear replies, the voice index, clip bytes,
+// the history record and dive pages.
+#include <QByteArray>
+
+#include "FuzzSupport.h"
+#include "LinkSupervision.h"
+#include "LogTransfer.h"
+#include "Session.h"
+#include "VoiceTransfer.h"
+
+namespace {
+
+class StillTimer : public SupervisionTimer {
+ public:
+  void start(std::function<void()>) override {}
+  void invalidate() override {}
+};
+
+constexpr int32_t kSelectors[] = {eSERIAL_RX_RESPONSE, eSERIAL_RX_VOICE_INDEX,
+                                  eSERIAL_RX_VOICE_DATA, eSERIAL_RX_LOG_HISTORY,
+                                  eSERIAL_RX_LOG_DATA};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  StartFuzzing();
+  if (size < 3) return 0;
+  static SilentWindow window;
+  Session session(window, std::make_unique<StillTimer>());
+  VoiceTransfer voice(session);
+  LogTransfer logs(session);
+  session.context().CreateFolder();
+  SessionState &state = session.state();
+  state.g_serial_port_status = data[0] % 19;
+  state.g_receive_data_type_is_voice_record = kSelectors[data[1] % 5];
+  state.g_flow_control_enabled = data[2] & 1;
+  state.g_voice_data_size = (data[2] >> 1) * 4096;
+  state.g_log_history_count = data[2] % 4;
+
+  // Then reads as the serial port returns them: two bytes of length - 1 (little-endian,
+  // up to 4096), then the bytes.
+  for (size_t at = 3; at + 2 < size;) {
+    const size_t length =
+        std::min<size_t>(1 + (data[at] | data[at + 1] << 8) % 4096, size - at - 2);
+    at += 2;
+    QByteArray read(reinterpret_cast<const char *>(data + at), qsizetype(length));
+    read.append('\0');
+    session.receiveLoop().dispatch(read.data(), length);
+    at += length;
+  }
+  return 0;
+}

@@ -1,0 +1,26 @@
+// The device's fixed-size records: the 32-byte history record and the 4096-byte dive page
+// through the CSV writer, whatever bytes they hold.
+#include <QByteArray>
+#include <QTemporaryDir>
+
+#include "DiveLogCsv.h"
+#include "FuzzSupport.h"
+#include "LogIndex.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  StartFuzzing();
+  static QTemporaryDir folder;
+  QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
+
+  QByteArray history = bytes.left(32);
+  history.resize(32, '\0');
+  const LogHistory decoded = DecodeLogHistory(history.constData());
+  static_cast<void>(decoded);
+
+  QByteArray page = bytes;
+  page.resize(4096, '\0');
+  DiveLogCsvSave(folder.filePath("dive.csv"), &page);
+  DiveLogRowText(page);
+  DiveLogFileBaseName(page);
+  return 0;
+}

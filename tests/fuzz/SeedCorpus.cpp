@@ -1,0 +1,65 @@
+// Writes the fuzzers' seed corpora from the simulator's contents: real replies, records
+// and pages, so that fuzzing starts from what the device sends.
+//   fuzz_seeds DIR     -> DIR/voice_index, DIR/records, DIR/receive_dispatch
+#include <QDir>
+#include <QFile>
+#include <cstdio>
+
+#include "Protocol.h"
+#include "SimContents.h"
+
+namespace {
+
+void Write(const QString &folder, const QString &name, const QByteArray &bytes) {
+  QDir().mkpath(folder);
+  QFile file(folder + "/" + name);
+  if (file.open(QIODevice::WriteOnly)) file.write(bytes);
+}
+
+// A dispatch input: state, selector, flags, then 64-byte reads, each after its length - 1
+// in two bytes.
+QByteArray Dispatch(int state, int selector, const QByteArray &reply) {
+  QByteArray input;
+  input.append(char(state)).append(char(selector)).append(char(1));
+  for (qsizetype at = 0; at < reply.size(); at += 64) {
+    const QByteArray read = reply.mid(at, 64);
+    input.append(char((read.size() - 1) & 0xFF)).append(char((read.size() - 1) >> 8)).append(read);
+  }
+  return input;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: fuzz_seeds DIR\n");
+    return 2;
+  }
+  const QString root = QString::fromLocal8Bit(argv[1]);
+  for (uint32_t seed = 1; seed <= 4; ++seed) {
+    const sim::Contents contents = sim::GenerateContents(seed, QDate(2026, 11, 23));
+    const QByteArray index = sim::VoiceIndexReply(contents);
+    Write(root + "/voice_index", QStringLiteral("vi%1").arg(seed), char(63) + index);
+    Write(root + "/records", QStringLiteral("history%1").arg(seed), sim::HistoryRecord(contents));
+    Write(root + "/receive_dispatch", QStringLiteral("vi%1").arg(seed),
+          Dispatch(RX_VOICE_INDEX, 1, index));
+    Write(root + "/receive_dispatch", QStringLiteral("lh%1").arg(seed),
+          Dispatch(RX_LOG_HISTORY, 3, sim::HistoryRecord(contents)));
+    for (int i = 0; i < contents.dives.size(); i += 3) {
+      const QByteArray page = sim::DivePage(contents.dives[i]);
+      Write(root + "/records", QStringLiteral("page%1_%2").arg(seed).arg(i), page);
+      Write(root + "/receive_dispatch", QStringLiteral("lp%1_%2").arg(seed).arg(i),
+            Dispatch(RX_LOG_HISTORY, 4, page));
+    }
+  }
+  const QByteArray replies[][2] = {{"kind", "OK QM482CS\r\n"},
+                                   {"detail", "OK 1.180 QM482 2023-10-01 JPN BAT85\r\n"},
+                                   {"gser", "OK QM482 SN 28417305 00\r\n"},
+                                   {"cdcwait", "cdcwait = 8\r\n"}};
+  const int states[] = {TRY_CONNECT_RX_KIND, TRY_CONNECT_RX_DETAIL, TRY_CONNECT_RX_GSER,
+                        TRY_RX_VOICE_WAIT};
+  for (int i = 0; i < 4; ++i)
+    Write(root + "/receive_dispatch", QString::fromLatin1(replies[i][0]),
+          Dispatch(states[i], 0, replies[i][1]));
+  return 0;
+}
