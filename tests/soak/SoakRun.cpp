@@ -1,0 +1,222 @@
+// A long run against the simulator with a fault in most sessions: many clip and dive
+// downloads, every file written compared byte for byte with what the device holds, and
+// every failure checked to have left no file behind. Prints the counts; exits 1 on any
+// mismatch. Build with -DMRVTQ5DK_SANITIZER=address to check for leaks as well.
+//   soak_run [ROUNDS]        default 20 rounds of 10 clips and 10 dives
+#include <QCoreApplication>
+#include <QDir>
+#include <QTemporaryDir>
+#include <cstdio>
+#include <random>
+
+#include "DiveLogCsv.h"
+#include "Localization.h"
+#include "LogTransfer.h"
+#include "RecordingWindow.h"
+#include "SimulatedDevice.h"
+#include "SystemLog.h"
+#include "TestSupport.h"
+#include "VoiceTransfer.h"
+#include "WaveFile.h"
+
+namespace {
+
+const QDate kToday(2026, 11, 23);
+constexpr int kPerRound = 10;
+
+struct Counts {
+  int clips = 0, clipsSaved = 0, clipsRefused = 0;
+  int dives = 0, divesSaved = 0, divesRefused = 0;
+  int mismatches = 0;
+};
+
+// The faults a round may carry, with what a diver would see.
+struct Fault {
+  const char *name;
+  std::function<void(sim::Options &)> apply;
+  bool clipsFail;  // every clip download fails
+};
+
+const Fault kFaults[] = {
+    {"none", [](sim::Options &) {}, false},
+    {"stall then resume", [](sim::Options &o) { o.stallAfterBytes = 50000, o.stallResumeMs = 700; },
+     false},
+    {"stall for good", [](sim::Options &o) { o.stallAfterBytes = 30000; }, true},
+    {"extra bytes", [](sim::Options &o) { o.extraBytes = 100; }, false},
+    {"split replies",
+     [](sim::Options &o) {
+       o.splitReplies["detail"] = {5, 20};
+       o.splitReplies["lp"] = {100, 2000};
+     },
+     false},
+    {"slow link", [](sim::Options &o) { o.bytesPerSecond = 400000, o.latencyMs = 20; }, false},
+};
+
+QStringList FilesIn(const QString &folder) {
+  return QDir(folder).entryList(QDir::Files, QDir::Name);
+}
+
+class Round {
+ public:
+  Round(uint32_t seed, const Fault &fault)
+      : contents_(sim::GenerateContents(seed, kToday)),
+        device_(contents_,
+                [&] {
+                  sim::Options options;
+                  options.seed = seed;
+                  fault.apply(options);
+                  return options;
+                }()),
+        session_(window_, MakeQtSupervisionTimer()),
+        voice_(session_),
+        logs_(session_),
+        fault_(fault) {
+    window_.searchRange = "5 years";
+    logs_.today = [] { return kToday; };
+    logs_.SetIndexSearchDatatime();
+    session_.context().downloadsFolder = [this] { return downloads_.path(); };
+    session_.context().CreateFolder();
+  }
+
+  bool connect() {
+    session_.state().deviceExist = 1;
+    if (session_.openSerialPort(device_.slavePath(), 9600)) return false;
+    return WaitFor(
+               [&] {
+                 const SessionState &state = session_.state();
+                 if (state.g_serial_port_status == CONNECTED_IDLE &&
+                     state.g_read_index_sequence == 0)
+                   return true;
+                 if (state.g_serial_port_status != RX_LOG_HISTORY) session_.timer2Call();
+                 WaitFor([] { return false; }, 30);
+                 return false;
+               },
+               60000) &&
+           settle();
+  }
+
+  void clips(std::mt19937 &random, Counts &counts) {
+    const int rows = int(session_.context().lists.items_voice_index_number.size());
+    const StoragePaths paths = session_.state().paths.get();
+    for (int i = 0; i < kPerRound && rows > 0; ++i) {
+      const int row = int(random() % rows);
+      const int number = session_.context().lists.items_voice_index_number[row];
+      const sim::Clip &clip = contents_.clips[number - 1];
+      QDir(paths.g_voice_folder_path).removeRecursively();
+      session_.context().CreateFolder();
+      window_.selectRow(IndexList::Voice, row);
+      window_.clear();
+      ++counts.clips;
+      voice_.action_button_download_voice();
+      const bool ended = WaitFor(
+          [&] {
+            const QString calls = window_.calls().join('\n');
+            return (calls.contains(Localized("download_complete")) ||
+                    calls.contains(Localized("retry_recive_fail")) ||
+                    calls.contains(Localized("recive_fail"))) &&
+                   !session_.state().g_voice_download_active;
+          },
+          120000);
+      const QStringList saved = FilesIn(paths.g_voice_folder_path);
+      const bool complete = window_.calls().join('\n').contains(Localized("download_complete"));
+      if (complete && saved.size() == 1) {
+        const QByteArray audio = sim::ClipAudio(clip, contents_.ringFirst, contents_.ringLast);
+        const bool same = ReadFile(paths.g_voice_folder_path + "/" + saved[0]) ==
+                          WaveHeader(uint64_t(audio.size())) + audio;
+        counts.clipsSaved += same;
+        mismatch(counts, !same || fault_.clipsFail, "clip", number);
+      } else {
+        ++counts.clipsRefused;
+        mismatch(counts, !ended || !saved.isEmpty() || !fault_.clipsFail, "clip", number);
+      }
+      settle();
+    }
+  }
+
+  void dives(std::mt19937 &random, Counts &counts) {
+    const int rows = int(session_.context().lists.items_log_index_number.size());
+    const StoragePaths paths = session_.state().paths.get();
+    for (int i = 0; i < kPerRound && rows > 0; ++i) {
+      const int row = int(random() % rows);
+      const sim::Dive *dive = contents_.dive(session_.context().lists.items_log_index_number[row]);
+      QDir(paths.g_log_folder_path).removeRecursively();
+      session_.context().CreateFolder();
+      window_.selectRow(IndexList::Log, row);
+      window_.clear();
+      ++counts.dives;
+      logs_.action_button_download_log();
+      const bool ended = WaitFor(
+          [&] {
+            return window_.calls().join('\n').contains(Localized("download_complete")) &&
+                   session_.state().g_serial_port_status == CONNECTED_IDLE;
+          },
+          30000);
+      const QStringList saved = FilesIn(paths.g_log_folder_path);
+      if (ended && saved.size() == 1 && dive) {
+        QTemporaryDir expected;
+        const QByteArray page = sim::DivePage(*dive);
+        DiveLogCsvSave(expected.filePath("dive.csv"), &page);
+        const bool same = ReadFile(paths.g_log_folder_path + "/" + saved[0]) ==
+                          ReadFile(expected.filePath("dive.csv"));
+        counts.divesSaved += same;
+        mismatch(counts, !same, "dive", row);
+      } else {
+        ++counts.divesRefused;
+        mismatch(counts, true, "dive", row);
+      }
+      settle();
+    }
+  }
+
+ private:
+  // The device's answer to the "#detail" that ends each transfer comes before the next.
+  bool settle() {
+    return WaitFor([] { return false; }, 150), true;
+  }
+  void mismatch(Counts &counts, bool wrong, const char *what, int which) {
+    if (!wrong) return;
+    ++counts.mismatches;
+    std::printf("  MISMATCH: %s %d under \"%s\"\n", what, which, fault_.name);
+  }
+
+  sim::Contents contents_;
+  QTemporaryDir downloads_;
+  SimulatedDevice device_;
+  RecordingWindow window_;
+  Session session_;
+  VoiceTransfer voice_;
+  LogTransfer logs_;
+  const Fault &fault_;
+};
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  QCoreApplication app(argc, argv);
+  InstallStringTables(QLocale(QLocale::English));
+  const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 20;
+  LogCapture quiet;
+  std::mt19937 random(20261123);
+  Counts counts;
+  for (int round = 0; round < rounds; ++round) {
+    const Fault &fault = kFaults[round % std::size(kFaults)];
+    Round session(uint32_t(round + 1), fault);
+    if (!session.connect()) {
+      std::printf("round %d (%s): the device did not connect\n", round + 1, fault.name);
+      ++counts.mismatches;
+      continue;
+    }
+    session.clips(random, counts);
+    session.dives(random, counts);
+    std::printf("round %2d %-18s clips %d/%d saved, dives %d/%d saved\n", round + 1, fault.name,
+                counts.clipsSaved, counts.clips, counts.divesSaved, counts.dives);
+    std::fflush(stdout);
+    quiet.clear();
+  }
+  std::printf("clips: %d downloads, %d saved and identical, %d refused as the fault required\n",
+              counts.clips, counts.clipsSaved, counts.clipsRefused);
+  std::printf("dives: %d downloads, %d saved and identical, %d refused\n", counts.dives,
+              counts.divesSaved, counts.divesRefused);
+  std::printf("mismatches: %d\n", counts.mismatches);
+  return counts.mismatches == 0 ? 0 : 1;
+}
