@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimeZone>
@@ -203,6 +204,39 @@ TEST_F(LogTransferTest, PageDumpWalksTheMemoryOnceThenStops) {
   logs.readRequestDiveLog();  // the offset is never reset: no second dump
   QThread::msleep(100);
   EXPECT_EQ(wire().size(), 501);
+}
+
+// The cable pulled in the third page of a listing: the read fails and the port closes.
+// Plugged in again, the device is opened afresh (as discovery does), listed, and a dive
+// downloads whole.
+TEST_F(LogTransferTest, HangUpMidListingThenANewConnectionFinishesADownload) {
+  const sim::Contents contents = Holding(Dives(5), 5);
+  sim::Options cable;
+  cable.hangupAfterBytes = 2 * 4096 + 1000;
+  window.searchRange = "5 years";
+  logs.SetIndexSearchDatatime();
+  plugIn(contents, cable);
+  ASSERT_TRUE(tickUntil(RX_LOG_HISTORY));
+  ASSERT_TRUE(WaitFor([&] { return !session->state().readThreadRunning; }, 10000));
+  EXPECT_FALSE(session->channel().isOpen());
+  EXPECT_EQ(log.startingWith("read error!").size(), 1u);
+
+  log.clear();  // the new connection's "#detail" replies are counted afresh
+  plugIn(contents);
+  session->Reconnect();
+  connectAndList();
+  ASSERT_EQ(window.rows(IndexList::Log).size(), 5);
+  window.selectRow(IndexList::Log, 1);
+  logs.action_button_download_log();
+  const QString folder = paths().g_log_folder_path;
+  ASSERT_TRUE(WaitFor([&] { return QDir(folder).entryList(QDir::Files).size() == 1; }));
+  QTemporaryDir expected;
+  const QByteArray page = sim::DivePage(contents.dives[3]);  // the second newest
+  ASSERT_TRUE(DiveLogCsvSave(expected.filePath("dive.csv"), &page));
+  EXPECT_TRUE(WaitFor([&] {
+    return ReadFile(folder + "/" + QDir(folder).entryList(QDir::Files).value(0)) ==
+           ReadFile(expected.filePath("dive.csv"));
+  }));
 }
 
 }  // namespace
