@@ -239,4 +239,30 @@ TEST_F(LogTransferTest, HangUpMidListingThenANewConnectionFinishesADownload) {
   }));
 }
 
+// Something else has taken the log folder's name since start-up. Anything at the path
+// counts as the folder, so the dive is fetched; its CSV cannot be written, which the log
+// says (the completion box is shown all the same), and the thing in the way is left as it
+// was. The session goes back to idle.
+TEST_F(LogTransferTest, FileInPlaceOfTheLogFolderLeavesItAndTheSessionIntact) {
+  window.searchRange = "5 years";
+  logs.SetIndexSearchDatatime();
+  plugIn(Holding(Dives(2), 2));
+  connectAndList();
+  const QString folder = paths().g_log_folder_path;
+  ASSERT_TRUE(QDir(folder).removeRecursively());
+  WriteFile(folder, "not a folder");
+  window.clear();
+  logs.action_button_download_log();
+  ASSERT_TRUE(WaitFor([&] { return wireCount("lp000001") == 2; }));
+  ASSERT_TRUE(waitForState(CONNECTED_IDLE));
+  ASSERT_TRUE(settle());
+  QThread::msleep(100);
+  EXPECT_EQ(ReadFile(folder), "not a folder");
+  EXPECT_EQ(log.startingWith("DiveLogCsvSave Filename=" + folder.toStdString() +
+                             "/2024-01-16_12-01_31_profile.csv filehandle is nil.")
+                .size(),
+            1u);
+  EXPECT_TRUE(window.called("messageBox:2024-01-16_12-01_31\r\n" + Localized("download_complete")));
+}
+
 }  // namespace
