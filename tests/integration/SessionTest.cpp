@@ -238,7 +238,8 @@ TEST_F(SupervisionTest, CleanClipLowersTheWaitLevelOneStep) {
   EXPECT_EQ(state.g_cdcwait_level, 2);
   ASSERT_TRUE(waitForState(CONNECTED_IDLE));
   EXPECT_EQ(wire(), QList<QByteArray>{"#cdcwait 8"});
-  EXPECT_TRUE(window.called("EnableButtonDownloadLog:1"));
+  // The receive thread enables the controls just after it has set the state.
+  EXPECT_TRUE(WaitFor([&] { return window.called("EnableButtonDownloadLog:1"); }));
 
   // At level 0 nothing is sent and the controls come back at once.
   state.g_cdcwait_level = 0;
