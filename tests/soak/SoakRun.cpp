@@ -59,7 +59,7 @@ const Fault kFaults[] = {
      [](sim::Options &o) {
        o.splitReplies["lp"] = {100, 2000};
      },
-     false},
+     ClipOutcome::Saved},
     {"slow link", [](sim::Options &o) { o.bytesPerSecond = 400000, o.latencyMs = 20; },
      ClipOutcome::Saved},
 };
