@@ -110,14 +110,7 @@ sim::Contents OneClipOneDive() {
 }  // namespace
 
 int main(int argc, char **argv) {
-  if (!qgetenv("LD_PRELOAD").contains("umockdev-preload")) {
-    std::vector<char *> arguments{const_cast<char *>("umockdev-wrapper")};
-    for (int i = 0; i < argc; ++i) arguments.push_back(argv[i]);
-    arguments.push_back(nullptr);
-    execvp("umockdev-wrapper", arguments.data());
-    std::fprintf(stderr, "plugin_bench: needs umockdev-wrapper (Debian package umockdev)\n");
-    return 127;
-  }
+  VirtualUsb::runUnderPreload(argv, "plugin_bench");
   QCoreApplication app(argc, argv);
   const QStringList arguments = app.arguments();
   const int runs = std::max(1, arguments.value(arguments.indexOf("--runs") + 1).toInt());

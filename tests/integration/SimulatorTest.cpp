@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTimeZone>
@@ -71,29 +70,6 @@ TEST(SimulatorContents, DivePagesReadBackThroughTheCsvWriter) {
   EXPECT_TRUE(belowZero && fullProfile);
 }
 
-TEST(SimulatorWire, AnswersTheIdentityAndLogCommands) {
-  sim::Contents contents = Generated();
-  contents.detailFields = 7;
-  contents.firmware = "V1.2";
-  SimulatedDevice device(contents);
-  RawPort port(device.slavePath());
-  port.send("#kind\r\n");
-  EXPECT_EQ(port.readUntilQuiet(), "OK QM482CS\r\n");
-  port.send("#detail\r\n");
-  EXPECT_EQ(port.readUntilQuiet().split(' ').size(), 7);
-  port.send("#gser\r\n");
-  EXPECT_EQ(port.readUntilQuiet().split(' ').value(3), "28417305");
-  port.send("#cdcwait 1959\r\n");
-  EXPECT_EQ(port.readUntilQuiet(), "cdcwait = 1959\r\n");
-  port.send("lh\r\n");
-  EXPECT_EQ(port.readExactly(32), sim::HistoryRecord(contents));
-  port.send("lp000011\r\n");
-  EXPECT_EQ(port.readExactly(4096), sim::DivePage(contents.dives.last()));
-  port.send("lp000002\r\n");  // overwritten long ago
-  EXPECT_EQ(port.readExactly(4096), sim::ErasedPage());
-  EXPECT_EQ(device.device().commands().first(), "#kind");
-}
-
 TEST(SimulatorWire, VhSendsNoMoreThan2040BytesUnacknowledged) {
   const sim::Contents contents = Generated();
   SimulatedDevice device(contents);
@@ -111,85 +87,6 @@ TEST(SimulatorWire, VhSendsNoMoreThan2040BytesUnacknowledged) {
   }
   EXPECT_EQ(received, audio);
   EXPECT_EQ(device.device().largestUnacknowledged(), 2040);
-}
-
-TEST(SimulatorWire, VrStreamsAtTheLinkRate) {
-  sim::Options options;
-  options.bytesPerSecond = 100000;
-  const sim::Contents contents = Generated();
-  SimulatedDevice device(contents, options);
-  RawPort port(device.slavePath());
-  QElapsedTimer clock;
-  clock.start();
-  port.send("vr02\r\n");
-  const QByteArray received = port.readExactly(200000);
-  EXPECT_GE(received.size(), 200000);
-  // Never faster than the link; a slow machine may only make it slower.
-  EXPECT_GE(clock.elapsed(), 1900);
-}
-
-TEST(SimulatorFaults, StallsForGoodOrResumes) {
-  const sim::Contents contents = Generated();
-  const int clipBytes = sim::ClipBytes(contents.clips[2], contents.ringFirst, contents.ringLast);
-  sim::Options options;
-  options.stallAfterBytes = 10000;
-  {
-    SimulatedDevice device(contents, options);
-    RawPort port(device.slavePath());
-    port.send("vr02\r\n");
-    EXPECT_EQ(port.readUntilQuiet(500).size(), 10000);
-  }
-  options.stallResumeMs = 400;
-  options.extraBytes = 7;
-  SimulatedDevice device(contents, options);
-  RawPort port(device.slavePath());
-  port.send("vr02\r\n");
-  EXPECT_EQ(port.readUntilQuiet(250).size(), 10000);
-  EXPECT_EQ(port.readUntilQuiet(500).size(), clipBytes - 10000 + 7);
-}
-
-TEST(SimulatorFaults, SplitGarbageSilenceAndWrongModel) {
-  sim::Contents contents = Generated();
-  contents.model = "QM999XX";
-  sim::Options options;
-  options.splitReplies["kind"] = {3, 7};
-  options.splitGapMs = 150;
-  options.garbageReplies = {"detail"};
-  options.silentCommands = {"gser"};
-  SimulatedDevice device(contents, options);
-  RawPort port(device.slavePath());
-  port.send("#kind\r\n");
-  EXPECT_EQ(port.readOnce(1000), "OK ");
-  EXPECT_EQ(port.readOnce(1000), "QM99");
-  EXPECT_EQ(port.readOnce(1000), "9XX\r\n");
-  port.send("#detail\r\n");
-  const QByteArray garbage = port.readUntilQuiet();
-  EXPECT_EQ(garbage.size(), QByteArray("OK 1.180 QM482 2023-10-01 JPN BAT85\r\n").size());
-  EXPECT_FALSE(garbage.startsWith("OK "));
-  port.send("#gser\r\n");
-  EXPECT_TRUE(port.readUntilQuiet(300).isEmpty());
-}
-
-TEST(SimulatorFaults, OversizedIndexAndProfileAndHangUp) {
-  sim::Contents contents = Generated();
-  for (sim::Dive &dive : contents.dives) dive.profileSizeWord = 600;
-  sim::Options options;
-  options.longIndex = true;
-  options.hangupAfterBytes = 4096 + 1000;
-  SimulatedDevice device(contents, options);
-  RawPort port(device.slavePath());
-  port.send("vi\r\n");
-  const QByteArray index = port.readUntilQuiet();
-  EXPECT_GT(index.size(), 4096);
-  EXPECT_TRUE(index.endsWith(",\r\n"));
-  port.send("lp000011\r\n");
-  const QByteArray page = port.readExactly(4096);
-  ASSERT_EQ(page.size(), 4096);
-  EXPECT_EQ(uint8_t(page[4072]) | uint8_t(page[4073]) << 8, 600);
-  port.send("lp000010\r\n");
-  EXPECT_EQ(port.readExactly(4096).size(), 1000);
-  EXPECT_TRUE(port.sawEndOfFile());
-  EXPECT_TRUE(device.device().hungUp());
 }
 
 }  // namespace

@@ -50,10 +50,7 @@ QByteArray RawPort::readOnce(int timeoutMs) {
   if (poll(&p, 1, timeoutMs) <= 0) return {};
   char buffer[65536];
   const ssize_t n = read(fd_, buffer, sizeof buffer);
-  if (n <= 0) {
-    endOfFile_ = true;
-    return {};
-  }
+  if (n <= 0) return {};
   return QByteArray(buffer, n);
 }
 
@@ -65,7 +62,7 @@ QByteArray RawPort::readUntilQuiet(int quietMs) {
 
 QByteArray RawPort::readExactly(qsizetype count, int timeoutMs) {
   QByteArray all;
-  while (all.size() < count && !endOfFile_) {
+  while (all.size() < count) {
     const QByteArray piece = readOnce(timeoutMs);
     if (piece.isEmpty()) break;
     all += piece;

@@ -35,13 +35,12 @@ class RawPort {
   void send(const QByteArray &bytes);
   // Everything that arrives until the line has been quiet for quietMs.
   QByteArray readUntilQuiet(int quietMs = 150);
-  // One read, waiting at most timeoutMs; empty on timeout, "EOF" cleared flag on hang-up.
-  QByteArray readOnce(int timeoutMs);
   // Reads until count bytes arrived or timeoutMs passed.
   QByteArray readExactly(qsizetype count, int timeoutMs = 10000);
-  bool sawEndOfFile() const { return endOfFile_; }
 
  private:
+  // One read, waiting at most timeoutMs; empty on timeout or hang-up.
+  QByteArray readOnce(int timeoutMs);
+
   int fd_ = -1;
-  bool endOfFile_ = false;
 };

@@ -1,25 +1,10 @@
 #include "UsbRun.h"
 
-#include <unistd.h>
 #include <QProcess>
-#include <QThread>
 #include <cstdio>
 #include <thread>
-#include <vector>
 
 #include "VirtualUsb.h"
-
-void RunUnderUsbPreload(char **argv) {
-  if (qgetenv("LD_PRELOAD").contains("umockdev-preload")) return;
-  execvp("umockdev-wrapper", [argv] {
-    static std::vector<char *> arguments{const_cast<char *>("umockdev-wrapper")};
-    for (char **argument = argv; *argument; ++argument) arguments.push_back(*argument);
-    arguments.push_back(nullptr);
-    return arguments.data();
-  }());
-  std::fprintf(stderr, "qm482-sim: --usb needs umockdev-wrapper (Debian package umockdev)\n");
-  std::exit(127);
-}
 
 int RunOnVirtualUsb(sim::Contents contents, const sim::Options &options, const QStringList &command,
                     int plugInAfterMs) {

@@ -5,10 +5,6 @@
 #include "DeviceSimulator.h"
 #include "SimContents.h"
 
-// The virtual bus is seen only by processes under umockdev's preload: unless this one is,
-// runs the program again (argv) under umockdev-wrapper, and does not return.
-void RunUnderUsbPreload(char **argv);
-
 // Plays the device plugged into a virtual USB bus while command runs on that bus; the
 // device is plugged in plugInAfterMs after the command starts (0: before). Returns the
 // command's exit status.

@@ -19,6 +19,10 @@ class VirtualUsb {
 
   // Whether this process itself sees the virtual bus.
   static bool inMockEnvironment();
+  // The bus is seen only by processes under umockdev's preload: unless this one is, runs
+  // the program again (argv) under umockdev-wrapper. Returns only when already under it;
+  // otherwise ends the process, saying why (program names it) if the wrapper is missing.
+  static void runUnderPreload(char **argv, const char *program);
 
   struct Device {
     QString syspath;  // of the USB device
