@@ -12,20 +12,15 @@
 #include <QTableView>
 #include <QTimer>
 
-#include "BoxAnswerer.h"
 #include "Localization.h"
 #include "RecordingWindow.h"
 #include "SimulatedDevice.h"
 #include "SystemLog.h"
 #include "TestSupport.h"
 #include "ViewController.h"
+#include "WindowTestSupport.h"
 
 namespace {
-
-template <typename T = QWidget>
-T *Outlet(ViewController &window, const char *name) {
-  return window.findChild<T *>(QString::fromLatin1(name));
-}
 
 class WindowTest : public ::testing::Test {
  protected:
@@ -188,7 +183,7 @@ TEST(WindowStartUp, VoiceFolderThatCannotBeMadeEndsWithStatus1) {
   TemporaryHome home;
   ASSERT_TRUE(QDir().mkpath(home.downloads()));
   WriteFile(home.downloads() + "/Mrvtq5dk", "not a folder");
-  const ChildRun child =
+  const ProgramRun child =
       RunChild("WindowStartUp.VoiceFolderThatCannotBeMadeEndsWithStatus1", home.path());
   EXPECT_EQ(child.status, 1);
   const QString &out = child.out, &err = child.err;

@@ -3,15 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
 #include <QTableView>
-#include <chrono>
-#include <cstdio>
 
-#include "BoxAnswerer.h"
 #include "DiveLogCsv.h"
 #include "Localization.h"
 #include "RecordingWindow.h"
@@ -22,13 +18,9 @@
 #include "ViewController.h"
 #include "VirtualUsb.h"
 #include "WaveFile.h"
+#include "WindowTestSupport.h"
 
 namespace {
-
-template <typename T = QWidget>
-T *Outlet(ViewController &window, const char *name) {
-  return window.findChild<T *>(QString::fromLatin1(name));
-}
 
 // One clip of 90 seconds and one dive, both from three days ago.
 sim::Contents OneClipOneDive() {
@@ -60,18 +52,7 @@ TEST(AppOnVirtualUsb, PluggedInDeviceIsListedDownloadedAndNoticedWhenUnplugged) 
   const sim::Contents contents = OneClipOneDive();
   const VirtualUsb::Device plugged = usb.plugIn("1-1");
   const auto device = std::make_unique<SimulatedDevice>(contents, sim::Options{}, plugged.master);
-  QElapsedTimer clock;
-  clock.start();
-  ASSERT_TRUE(WaitFor([&] { return window.session().channel().isOpen(); }, 10000));
-  const qint64 opened = clock.elapsed();
-  ASSERT_TRUE(WaitFor([&] { return window.session().state().g_read_index_sequence != 0; }, 10000));
-  const qint64 identified = clock.elapsed();
   ASSERT_TRUE(WaitFor([&] { return Outlet(window, "view_log_index")->isEnabled(); }, 20000));
-  const qint64 listed = clock.elapsed();
-  std::printf("plug-in to port open %lld ms, handshake %lld ms, listing %lld ms\n",
-              static_cast<long long>(opened), static_cast<long long>(identified - opened),
-              static_cast<long long>(listed - identified));
-
   EXPECT_EQ(Outlet<QLabel>(window, "label_type")->text(), "QM482");
   EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.28417305");
   EXPECT_EQ(Outlet<QTableView>(window, "view_voice_index")->model()->rowCount(), 1);
@@ -125,7 +106,7 @@ TEST(AppOnVirtualUsb, DeviceAttachedBeforeStartIsRefusedWithStatus1) {
   VirtualUsb usb;
   usb.add("1-1", kCorvamundVendorId, kCorvamundProductId);
   TemporaryHome home;
-  const ChildRun child =
+  const ProgramRun child =
       RunChild("AppOnVirtualUsb.DeviceAttachedBeforeStartIsRefusedWithStatus1", home.path());
   EXPECT_EQ(child.status, 1);
   EXPECT_TRUE(child.out.contains("box:MrvTq5dk|" + Localized("corvamund_already_exist")))
@@ -151,9 +132,6 @@ TEST(AppBinaryOnVirtualUsb, PlugInAfterStartIdentifiesThenListsInOrderAtTheTicks
   WaitFor([] { return false; }, 500);  // the monitor joins the main loop
 
   const sim::Contents contents = OneClipOneDive();
-  const int64_t plugTime = std::chrono::duration_cast<std::chrono::milliseconds>(
-                               std::chrono::steady_clock::now().time_since_epoch())
-                               .count();
   const VirtualUsb::Device plugged = usb.plugIn("1-1");
   const auto device = std::make_unique<SimulatedDevice>(contents, sim::Options{}, plugged.master);
   ASSERT_TRUE(WaitFor([&] { return device->device().commands().count("#detail") >= 2; }, 30000))
@@ -170,9 +148,6 @@ TEST(AppBinaryOnVirtualUsb, PlugInAfterStartIdentifiesThenListsInOrderAtTheTicks
   // The handshake advances one step per second of the session timer.
   EXPECT_GE(at[1] - at[0], 900);
   EXPECT_GE(at[2] - at[1], 900);
-  std::printf("plug-in to \"#kind\" %lld ms, to \"vi\" %lld ms, to the listing's end %lld ms\n",
-              static_cast<long long>(at[0] - plugTime), static_cast<long long>(at[3] - plugTime),
-              static_cast<long long>(at[6] - plugTime));
 }
 
 }  // namespace

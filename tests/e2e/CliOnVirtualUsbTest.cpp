@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include "SimulatedDevice.h"
@@ -11,19 +10,10 @@
 
 namespace {
 
-struct CliResult {
-  int status = -1;
-  QString out, err;
-};
-
 class CliOnVirtualUsb : public ::testing::Test {
  protected:
-  CliResult run(const QStringList &verb) {
-    QProcess cli;
-    cli.start(MRVTQ5DK_CLI_PATH, verb + QStringList{"--output", output.path()});
-    EXPECT_TRUE(cli.waitForFinished(120000));
-    return {cli.exitCode(), QString::fromUtf8(cli.readAllStandardOutput()),
-            QString::fromUtf8(cli.readAllStandardError())};
+  ProgramRun run(const QStringList &verb) {
+    return RunProcess(MRVTQ5DK_CLI_PATH, verb + QStringList{"--output", output.path()});
   }
   std::unique_ptr<SimulatedDevice> plugIn(sim::Options options = {}) {
     const VirtualUsb::Device plugged = usb.plugIn("1-1");
@@ -40,29 +30,29 @@ class CliOnVirtualUsb : public ::testing::Test {
 
 TEST_F(CliOnVirtualUsb, FindsThePluggedInDeviceForEveryVerb) {
   const auto device = plugIn();
-  const CliResult list = run({"list"});
+  const ProgramRun list = run({"list"});
   EXPECT_EQ(list.status, 0) << qPrintable(list.err);
   EXPECT_TRUE(list.out.contains("SN.28417305"));
   EXPECT_TRUE(list.out.contains("Dive logs (6)"));
 
-  const CliResult voice = run({"download-voice", "2"});
+  const ProgramRun voice = run({"download-voice", "2"});
   EXPECT_EQ(voice.status, 0) << qPrintable(voice.err);
   EXPECT_EQ(files("voice"), 1);
-  const CliResult logs = run({"download-log", "--all"});
+  const ProgramRun logs = run({"download-log", "--all"});
   EXPECT_EQ(logs.status, 0) << qPrintable(logs.err);
   EXPECT_EQ(files("log"), 6);
   EXPECT_EQ(device->device().commands().count("#kind"), 3);  // one session a run
 }
 
 TEST_F(CliOnVirtualUsb, NoDeviceAndAClipThatNeverEndsHaveTheirOwnStatus) {
-  const CliResult nothing = run({"list"});
+  const ProgramRun nothing = run({"list"});
   EXPECT_EQ(nothing.status, 3);
   EXPECT_TRUE(nothing.err.contains("no QM482 on the USB bus")) << qPrintable(nothing.err);
 
   sim::Options stalling;
   stalling.stallAfterBytes = 30000;  // and never resumes: both retries fail too
   const auto device = plugIn(stalling);
-  const CliResult voice = run({"download-voice", "1"});
+  const ProgramRun voice = run({"download-voice", "1"});
   EXPECT_EQ(voice.status, 5) << qPrintable(voice.err);
   EXPECT_EQ(files("voice"), 0);
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include "SimulatedDevice.h"
@@ -9,17 +8,8 @@
 
 namespace {
 
-struct CliResult {
-  int status = -1;
-  QString out, err;
-};
-
-CliResult RunCli(const QStringList &arguments) {
-  QProcess cli;
-  cli.start(MRVTQ5DK_CLI_PATH, arguments);
-  EXPECT_TRUE(cli.waitForFinished(120000));
-  return {cli.exitCode(), QString::fromUtf8(cli.readAllStandardOutput()),
-          QString::fromUtf8(cli.readAllStandardError())};
+ProgramRun RunCli(const QStringList &arguments) {
+  return RunProcess(MRVTQ5DK_CLI_PATH, arguments);
 }
 
 sim::Contents Device() {
@@ -39,17 +29,17 @@ class CliTest : public ::testing::Test {
 
 TEST_F(CliTest, ListsThenDownloadsEveryClipAndTheChosenDives) {
   SimulatedDevice device(Device());
-  const CliResult list = RunCli(args({"list"}, device));
+  const ProgramRun list = RunCli(args({"list"}, device));
   EXPECT_EQ(list.status, 0) << qPrintable(list.err);
   EXPECT_TRUE(list.out.contains("SN.28417305"));
   EXPECT_TRUE(
       list.out.contains("Voice clips (3)"));  // the 2021 clip and the short one are not listed
   EXPECT_TRUE(list.out.contains("Dive logs (6)"));  // the unset-clock dive is older than any range
 
-  const CliResult voice = RunCli(args({"download-voice", "--all"}, device));
+  const ProgramRun voice = RunCli(args({"download-voice", "--all"}, device));
   EXPECT_EQ(voice.status, 0) << qPrintable(voice.err);
   EXPECT_EQ(files("voice").size(), 3);
-  const CliResult logs = RunCli(args({"download-log", "1", "3", "--range", "5 years"}, device));
+  const ProgramRun logs = RunCli(args({"download-log", "1", "3", "--range", "5 years"}, device));
   EXPECT_EQ(logs.status, 0) << qPrintable(logs.err);
   EXPECT_EQ(files("log").size(), 2);
   EXPECT_TRUE(logs.err.contains("Download complete."));
@@ -68,7 +58,7 @@ TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
   sim::Options stall;
   stall.stallAfterBytes = 10000;
   SimulatedDevice stalling(Device(), stall);
-  const CliResult failed = RunCli(args({"download-voice", "1"}, stalling));
+  const ProgramRun failed = RunCli(args({"download-voice", "1"}, stalling));
   EXPECT_EQ(failed.status, 5);
   EXPECT_TRUE(failed.err.contains("the transfer failed"));
   EXPECT_TRUE(files("voice").isEmpty());

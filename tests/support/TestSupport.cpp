@@ -30,15 +30,9 @@ void WriteFile(const QString &path, const QByteArray &bytes) {
 }
 
 QString RunProgram(const QString &program, const QStringList &arguments) {
-  QProcess process;
-  process.start(program, arguments);
-  if (!process.waitForFinished(60000)) {
-    ADD_FAILURE() << "could not run " << qPrintable(program);
-    return {};
-  }
-  EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-  EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().constData();
-  return QString::fromUtf8(process.readAllStandardOutput());
+  const ProgramRun run = RunProcess(program, arguments);
+  EXPECT_EQ(run.status, 0) << qPrintable(run.err);
+  return run.out;
 }
 
 #include <sys/resource.h>
@@ -62,14 +56,21 @@ FileSizeLimit::~FileSizeLimit() {
   setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-ChildRun RunChild(const QString &test, const QString &home) {
-  QProcess child;
+ProgramRun RunProcess(const QString &program, const QStringList &arguments,
+                      const QMap<QString, QString> &extra) {
+  QProcess process;
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  environment.insert("MRVTQ5DK_CHILD", "1");
-  environment.insert("HOME", home);
-  environment.insert("XDG_CONFIG_HOME", home + "/.config");
-  child.setProcessEnvironment(environment);
-  child.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=" + test});
-  EXPECT_TRUE(child.waitForFinished(30000));
-  return {child.exitCode(), child.readAllStandardOutput(), child.readAllStandardError()};
+  for (auto variable = extra.begin(); variable != extra.end(); ++variable)
+    environment.insert(variable.key(), variable.value());
+  process.setProcessEnvironment(environment);
+  process.start(program, arguments);
+  EXPECT_TRUE(process.waitForFinished(120000)) << qPrintable(program);
+  return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+          QString::fromUtf8(process.readAllStandardError())};
+}
+
+ProgramRun RunChild(const QString &test, const QString &home) {
+  return RunProcess(
+      QCoreApplication::applicationFilePath(), {"--gtest_filter=" + test},
+      {{"MRVTQ5DK_CHILD", "1"}, {"HOME", home}, {"XDG_CONFIG_HOME", home + "/.config"}});
 }

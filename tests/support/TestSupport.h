@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -26,13 +27,18 @@ void WriteFile(const QString &path, const QByteArray &bytes);
 // it cannot start or exits with a nonzero status.
 QString RunProgram(const QString &program, const QStringList &arguments);
 
-// Runs this test program again as a child running only the named test, with HOME set
-// and MRVTQ5DK_CHILD in its environment (the test's cue to play the child's part).
-struct ChildRun {
-  int status;
+// How a program run ended: its exit status and what it printed.
+struct ProgramRun {
+  int status = -1;
   QString out, err;
 };
-ChildRun RunChild(const QString &test, const QString &home);
+// Runs a program to its end (two minutes at most), in this environment plus extra.
+ProgramRun RunProcess(const QString &program, const QStringList &arguments,
+                      const QMap<QString, QString> &extra = {});
+
+// Runs this test program again as a child running only the named test, with HOME set
+// and MRVTQ5DK_CHILD in its environment (the test's cue to play the child's part).
+ProgramRun RunChild(const QString &test, const QString &home);
 inline bool IsChildRun() {
   return qEnvironmentVariableIsSet("MRVTQ5DK_CHILD");
 }

@@ -7,6 +7,8 @@
 #include <QTimer>
 #include <cstdio>
 
+#include "ViewController.h"
+
 // Answers every modal box as a diver would, remembering its title and text.
 class BoxAnswerer {
  public:
@@ -30,3 +32,9 @@ class BoxAnswerer {
  private:
   QTimer timer_;
 };
+
+// A control of the window by its object name.
+template <typename T = QWidget>
+T *Outlet(ViewController &window, const char *name) {
+  return window.findChild<T *>(QString::fromLatin1(name));
+}
