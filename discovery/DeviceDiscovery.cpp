@@ -159,7 +159,7 @@ void DeviceDiscovery::DeviceNotification(UsbDeviceRecord *record, RegistryEntry,
     SystemLog("tViewController is null.");
     return;
   }
-  if (messageType != kIOMessageServiceIsTerminated) return;
+  if (messageType != kRegistryServiceTerminated) return;
   SystemLog("Device removed.");
   SystemLog("deviceName:%s,locationID:0x%x", qPrintable(record->deviceName), record->locationID);
   registry_->release(record->notification);

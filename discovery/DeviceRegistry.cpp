@@ -2,7 +2,9 @@
 
 #include <QStringList>
 
-#if defined(__linux__)
+#if defined(__APPLE__)
+#include "IoKitRegistry.h"
+#elif defined(__linux__)
 #include "UdevRegistry.h"
 #endif
 
@@ -14,7 +16,9 @@ QString DescribeProperties(const RegistryProperties &properties) {
 }
 
 std::unique_ptr<DeviceRegistry> MakePlatformRegistry() {
-#if defined(__linux__)
+#if defined(__APPLE__)
+  return std::make_unique<IoKitRegistry>();
+#elif defined(__linux__)
   return std::make_unique<UdevRegistry>();
 #else
 #error "device discovery has no registry for this platform yet"

@@ -24,11 +24,12 @@ using RegistryResult = int32_t;
 
 inline constexpr const char *kCalloutDeviceKey = "IOCalloutDevice";
 constexpr RegistryResult kRegistrySuccess = 0;
+constexpr RegistryResult kRegistryError = static_cast<RegistryResult>(0xE00002BC);
 constexpr RegistryResult kRegistryNoDevice = static_cast<RegistryResult>(0xE00002C0);
 constexpr RegistryResult kRegistryUnsupported = static_cast<RegistryResult>(0xE00002C7);
 constexpr RegistryResult kRegistryNoInterface = static_cast<RegistryResult>(0x80000004);
 // The message an interest registration receives when its device has gone.
-constexpr uint32_t kIOMessageServiceIsTerminated = 0xE0000010;
+constexpr uint32_t kRegistryServiceTerminated = 0xE0000010;
 
 // The USB device's own interface: asked once for the device's location on the bus.
 class UsbDeviceInterface {

@@ -144,7 +144,7 @@ void UdevRegistry::readMonitor() {
     }
   }
   // Outside the lock: the callbacks call back into the registry.
-  for (const auto &[service, callback] : removed) callback(service, kIOMessageServiceIsTerminated);
+  for (const auto &[service, callback] : removed) callback(service, kRegistryServiceTerminated);
   if (arrived && firstMatch_) firstMatch_();
 }
 

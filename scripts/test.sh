@@ -3,7 +3,7 @@
 #  1. the plain build and the whole suite;
 #  2. the whole suite again under AddressSanitizer + UndefinedBehaviorSanitizer (leaks
 #     included);
-#  3. the threaded parts (session, voice and log transfers, the window) under
+#  3. the threaded parts (session, voice and log transfers, discovery, the window) under
 #     ThreadSanitizer;
 #  4. every fuzzer for FUZZ_SECONDS (default 30) from its seed corpus.
 # SANITIZERS=0 stops after the first step. Build folders: build, build-asan, build-tsan,
@@ -40,7 +40,7 @@ unset ASAN_OPTIONS UBSAN_OPTIONS LSAN_OPTIONS
 
 echo "== ThreadSanitizer"
 tsan_tests=(integration/session_tests integration/voice_transfer_tests
-  integration/log_transfer_tests app/window_tests)
+  integration/log_transfer_tests iokit/iokit_discovery_tests app/window_tests)
 # The window's tests fork children (start-up refusals): die_after_fork=0 lets them.
 cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DMRVTQ5DK_SANITIZER=thread > /dev/null
