@@ -7,48 +7,18 @@
 
 #include <cerrno>
 
+#include "LineSpeed.h"
 #include "SystemLog.h"
 
-namespace {
-
-// On Linux the speed goes through the attribute record, so only the rates it can name are
-// accepted; the driver requests for arbitrary rates and receive latency exist on macOS only.
-bool SetSpeed(int fd, unsigned baud) {
-  static const struct {
-    unsigned rate;
-    speed_t code;
-  } kRates[] = {{1200, B1200},       {2400, B2400},       {4800, B4800},      {9600, B9600},
-                {19200, B19200},     {38400, B38400},     {57600, B57600},    {115200, B115200},
-                {230400, B230400},   {460800, B460800},   {921600, B921600},  {1000000, B1000000},
-                {2000000, B2000000}, {3000000, B3000000}, {4000000, B4000000}};
-  for (const auto &entry : kRates) {
-    if (entry.rate != baud) continue;
-    termios attributes{};
-    return tcgetattr(fd, &attributes) == 0 && cfsetspeed(&attributes, entry.code) == 0 &&
-           tcsetattr(fd, TCSANOW, &attributes) == 0;
-  }
-  errno = EINVAL;
-  return false;
-}
-
-}  // namespace
-
-SerialChannel::SerialChannel() {
-  if (pipe2(wakePipe_, O_CLOEXEC | O_NONBLOCK) != 0) wakePipe_[0] = wakePipe_[1] = -1;
-}
+SerialChannel::SerialChannel() = default;
 
 SerialChannel::~SerialChannel() {
   closePort();
-  for (int fd : wakePipe_) {
-    if (fd >= 0) close(fd);
-  }
 }
 
 std::optional<QString> SerialChannel::openPort(const QString &path, unsigned baud) {
   // The wake-up that stopped the previous port's reader must not stop the next one.
-  char drain[64];
-  while (read(wakePipe_[0], drain, sizeof drain) > 0) {
-  }
+  wakePipe_.drain();
 
   const QByteArray name = path.toUtf8();
   const int fd = open(name.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
@@ -64,8 +34,10 @@ std::optional<QString> SerialChannel::openPort(const QString &path, unsigned bau
       failure = "Error: couldn't get serial attributes";
     } else if (raw = gOriginalTTYAttrs, cfmakeraw(&raw), tcsetattr(fd, TCSANOW, &raw) == -1) {
       failure = "Error: coudln't set serial attributes";
-    } else if (!SetSpeed(fd, baud)) {
+    } else if (!SetLineSpeed(fd, baud)) {
       failure = "Error: Baud Rate out of bounds";
+    } else if (!SetReceiveLatency(fd)) {
+      failure = "Error: coudln't set serial latency";
     }
   }
   if (failure == nullptr) {
@@ -87,8 +59,7 @@ void SerialChannel::closePort() {
 }
 
 void SerialChannel::wakeReader() {
-  const char wake = 1;
-  [[maybe_unused]] ssize_t written = write(wakePipe_[1], &wake, 1);
+  wakePipe_.wake();
 }
 
 bool SerialChannel::writeString(const QString &text) {
@@ -128,7 +99,7 @@ ssize_t SerialChannel::readPort(char *buffer, size_t size) {
     errno = EBADF;
     return -1;
   }
-  pollfd fds[2] = {{fd, POLLIN, 0}, {wakePipe_[0], POLLIN, 0}};
+  pollfd fds[2] = {{fd, POLLIN, 0}, {wakePipe_.readEnd(), POLLIN, 0}};
   while (poll(fds, 2, -1) == -1) {
     if (errno != EINTR) return -1;
   }

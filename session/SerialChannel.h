@@ -9,6 +9,8 @@
 #include <optional>
 #include <shared_mutex>
 
+#include "WakePipe.h"
+
 // The one open descriptor of the device's serial port and the two ways commands leave the
 // host. Writes come from the main thread and the receive thread; each command is one
 // write call, and commands of different threads belong to different protocol steps.
@@ -50,7 +52,7 @@ class SerialChannel {
   termios gOriginalTTYAttrs{};
 
  private:
-  int wakePipe_[2] = {-1, -1};
+  WakePipe wakePipe_;
   // Writes hold it shared, closing holds it alone: no write lands on a reused descriptor.
   std::shared_mutex descriptorMutex_;
 };

@@ -42,7 +42,6 @@ QByteArray DetailReply(const Contents &contents) {
 
 DeviceSimulator::DeviceSimulator(Contents contents, Options options)
     : contents_(std::move(contents)), options_(std::move(options)), garbageState_(options_.seed) {
-  if (pipe2(stopPipe_, O_CLOEXEC | O_NONBLOCK) != 0) stopPipe_[0] = stopPipe_[1] = -1;
   if (options_.longIndex) {
     // Enough entries for a reply of well over 4096 bytes.
     for (int i = 0; contents_.clips.size() < 220; ++i) {
@@ -53,15 +52,10 @@ DeviceSimulator::DeviceSimulator(Contents contents, Options options)
   }
 }
 
-DeviceSimulator::~DeviceSimulator() {
-  for (int fd : stopPipe_) {
-    if (fd >= 0) close(fd);
-  }
-}
+DeviceSimulator::~DeviceSimulator() = default;
 
 void DeviceSimulator::stop() {
-  const char byte = 1;
-  [[maybe_unused]] ssize_t written = write(stopPipe_[1], &byte, 1);
+  stopPipe_.wake();
 }
 
 QList<QByteArray> DeviceSimulator::commands() const {
@@ -88,7 +82,7 @@ void DeviceSimulator::serve(int masterFd) {
     feedClip(now);
     if (!writeSome(masterFd, now)) return;
 
-    pollfd fds[2] = {{masterFd, POLLIN, 0}, {stopPipe_[0], POLLIN, 0}};
+    pollfd fds[2] = {{masterFd, POLLIN, 0}, {stopPipe_.readEnd(), POLLIN, 0}};
     const int64_t wake = nextWakeMs(NowMs());
     const int timeout =
         wake < 0 ? 200 : static_cast<int>(std::clamp<int64_t>(wake - NowMs(), 0, 200));

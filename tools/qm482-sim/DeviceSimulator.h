@@ -12,6 +12,7 @@
 #include <mutex>
 
 #include "SimContents.h"
+#include "WakePipe.h"
 
 namespace sim {
 
@@ -96,7 +97,7 @@ class DeviceSimulator {
   double tokens_ = 0;
   int64_t lastRefillMs_ = 0;
   uint32_t garbageState_;
-  int stopPipe_[2] = {-1, -1};
+  WakePipe stopPipe_;
 
   mutable std::mutex commandsMutex_;
   QList<QByteArray> commands_;
