@@ -6,9 +6,36 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <map>
+#include <mutex>
 #include <vector>
+
+struct VirtualUsb::DriverRequests {
+  mutable std::mutex mutex;
+  std::map<unsigned long, int> errors;  // by request
+  std::vector<DriverRequest> seen;
+
+  // Answers the request when it is one of those listed; runs on umockdev's ioctl thread.
+  bool answer(UMockdevIoctlClient *client, unsigned long request) {
+    std::lock_guard lock(mutex);
+    const auto answered = errors.find(request);
+    if (answered == errors.end()) return false;
+    DriverRequest taken{request, 0};
+    const gsize size = std::min<gsize>(_IOC_SIZE(request), sizeof taken.value);
+    if (UMockdevIoctlData *value =
+            umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, size, nullptr)) {
+      std::memcpy(&taken.value, value->data, size);
+      g_object_unref(value);
+    }
+    seen.push_back(taken);
+    umockdev_ioctl_client_complete(client, answered->second ? -1 : 0, answered->second);
+    return true;
+  }
+};
 
 namespace {
 
@@ -17,12 +44,14 @@ constexpr uint32_t kProductId = 0x4D52;
 
 // The emulated tty passes the terminal ioctls through; exclusive use it refuses, so answer
 // that here as a real tty would.
-gboolean HandleIoctl(UMockdevIoctlBase *, UMockdevIoctlClient *client, gpointer) {
+gboolean HandleIoctl(UMockdevIoctlBase *, UMockdevIoctlClient *client, gpointer driverRequests) {
   const gulong request = umockdev_ioctl_client_get_request(client);
   if (request == TIOCEXCL || request == TIOCNXCL) {
     umockdev_ioctl_client_complete(client, 0, 0);
     return TRUE;
   }
+  if (static_cast<VirtualUsb::DriverRequests *>(driverRequests)->answer(client, request))
+    return TRUE;
   int error = 0;
   const int result = umockdev_ioctl_client_execute(client, &error, nullptr);
   umockdev_ioctl_client_complete(client, result, error);
@@ -41,8 +70,11 @@ QByteArray Hex4(uint32_t value) {
 
 }  // namespace
 
-VirtualUsb::VirtualUsb() : bed_(umockdev_testbed_new()), ioctls_(umockdev_ioctl_base_new()) {
-  g_signal_connect(ioctls_, "handle-ioctl", G_CALLBACK(HandleIoctl), nullptr);
+VirtualUsb::VirtualUsb()
+    : bed_(umockdev_testbed_new()),
+      ioctls_(umockdev_ioctl_base_new()),
+      driverRequests_(std::make_unique<DriverRequests>()) {
+  g_signal_connect(ioctls_, "handle-ioctl", G_CALLBACK(HandleIoctl), driverRequests_.get());
   const QString controller = Owned(umockdev_testbed_add_device(
       bed_, "pci", "0000:00:14.0", nullptr, "vendor", "0x8086", nullptr, nullptr));
   hub_ = Owned(umockdev_testbed_add_device(
@@ -53,6 +85,16 @@ VirtualUsb::VirtualUsb() : bed_(umockdev_testbed_new()), ioctls_(umockdev_ioctl_
 VirtualUsb::~VirtualUsb() {
   g_object_unref(ioctls_);
   g_object_unref(bed_);
+}
+
+void VirtualUsb::answerDriverRequest(unsigned long request, int error) {
+  std::lock_guard lock(driverRequests_->mutex);
+  driverRequests_->errors[request] = error;
+}
+
+std::vector<VirtualUsb::DriverRequest> VirtualUsb::driverRequests() const {
+  std::lock_guard lock(driverRequests_->mutex);
+  return driverRequests_->seen;
 }
 
 bool VirtualUsb::inMockEnvironment() {

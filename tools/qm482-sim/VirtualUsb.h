@@ -2,6 +2,9 @@
 
 #include <QString>
 #include <cstdint>
+#include <map>
+#include <memory>
+#include <vector>
 
 typedef struct _UMockdevTestbed UMockdevTestbed;
 typedef struct _UMockdevIoctlBase UMockdevIoctlBase;
@@ -41,9 +44,21 @@ class VirtualUsb {
   // Why the last add() failed.
   QString error() const { return error_; }
 
+  // Requests of a Mac's serial driver (an arbitrary speed, the receive latency) that a pty
+  // does not know: the serial nodes answer each request named here with its error (0 for
+  // success) and record the value it carried.
+  struct DriverRequest {
+    unsigned long request;
+    uint64_t value;
+  };
+  void answerDriverRequest(unsigned long request, int error = 0);
+  std::vector<DriverRequest> driverRequests() const;
+  struct DriverRequests;
+
  private:
   UMockdevTestbed *bed_;
   UMockdevIoctlBase *ioctls_;
+  std::unique_ptr<DriverRequests> driverRequests_;
   QString hub_;
   int ttys_ = 0;
   QString error_;
