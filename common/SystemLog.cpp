@@ -1,6 +1,10 @@
 #include "SystemLog.h"
 
+#if defined(__APPLE__)
+#include <os/log.h>
+#else
 #include <syslog.h>
+#endif
 
 #include <algorithm>
 #include <atomic>
@@ -12,9 +16,16 @@ namespace {
 std::atomic<LogCapture *> g_capture{nullptr};
 std::atomic<bool> g_echo{true};
 
-void OpenSystemLogOnce() {
+// The platform's log: the unified log on macOS (public, so that Console shows the text),
+// syslog elsewhere.
+void WriteToSystemLog(const std::string &line) {
+#if defined(__APPLE__)
+  os_log(OS_LOG_DEFAULT, "%{public}s", line.c_str());
+#else
   static std::once_flag once;
   std::call_once(once, [] { openlog("Mrvtq5dk", LOG_PID, LOG_USER); });
+  syslog(LOG_NOTICE, "%s", line.c_str());
+#endif
 }
 
 }  // namespace
@@ -30,8 +41,7 @@ void SystemLog(const char *format, ...) {
   if (length > 0) std::vsnprintf(line.data(), line.size() + 1, format, args);
   va_end(args);
 
-  OpenSystemLogOnce();
-  syslog(LOG_NOTICE, "%s", line.c_str());
+  WriteToSystemLog(line);
 
   LogCapture *capture = g_capture.load();
   if (capture == nullptr ? g_echo.load() : capture->echoesToStderr()) {

@@ -11,8 +11,10 @@
 namespace sim {
 
 int OpenPseudoTerminal(QString &slavePath, QString &error) {
-  const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-  if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) {
+  // Close-on-exec set apart: macOS takes only the read-write and no-terminal flags here.
+  const int master = posix_openpt(O_RDWR | O_NOCTTY);
+  if (master < 0 || fcntl(master, F_SETFD, FD_CLOEXEC) != 0 || grantpt(master) != 0 ||
+      unlockpt(master) != 0) {
     error = QString::fromLocal8Bit(std::strerror(errno));
     if (master >= 0) close(master);
     return -1;

@@ -2,9 +2,16 @@
 
 #include <QProcess>
 #include <cstdio>
+#include <cstring>
 #include <thread>
 
 #include "VirtualUsb.h"
+
+void EnterVirtualUsbIfAsked(char **argv) {
+  for (int i = 1; argv[i] && std::strcmp(argv[i], "--") != 0; ++i) {
+    if (std::strcmp(argv[i], "--usb") == 0) VirtualUsb::runUnderPreload(argv, "qm482-sim");
+  }
+}
 
 int RunOnVirtualUsb(sim::Contents contents, const sim::Options &options, const QStringList &command,
                     int plugInAfterMs) {

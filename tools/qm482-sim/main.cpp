@@ -9,7 +9,6 @@
 #include "PseudoTerminal.h"
 #include "SimOptions.h"
 #include "UsbRun.h"
-#include "VirtualUsb.h"
 
 namespace {
 
@@ -44,9 +43,7 @@ vr, lh, lp, lr.)";
 }  // namespace
 
 int main(int argc, char **argv) {
-  for (int i = 1; i < argc && std::strcmp(argv[i], "--") != 0; ++i) {
-    if (std::strcmp(argv[i], "--usb") == 0) VirtualUsb::runUnderPreload(argv, "qm482-sim");
-  }
+  EnterVirtualUsbIfAsked(argv);
   QCoreApplication app(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("qm482-sim"));
   QCommandLineParser parser;
