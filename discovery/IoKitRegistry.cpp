@@ -34,13 +34,13 @@ QString Describe(CFTypeRef value) {
   return text;
 }
 
-bool PutNumber(CFMutableDictionaryRef dictionary, CFStringRef key, uint32_t value) {
+// The USB IDs go into the matching dictionary as signed 32-bit numbers.
+void PutNumber(CFMutableDictionaryRef dictionary, CFStringRef key, uint32_t value) {
   const SInt32 signedValue = static_cast<SInt32>(value);
-  CFNumberRef number = CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt32Type, &signedValue);
-  if (!number) return false;
-  CFDictionarySetValue(dictionary, key, number);
-  CFRelease(number);
-  return true;
+  if (CFNumberRef number = CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt32Type, &signedValue)) {
+    CFDictionarySetValue(dictionary, key, number);
+    CFRelease(number);
+  }
 }
 
 class IoKitUsbDevice : public UsbDeviceInterface {
