@@ -12,21 +12,19 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 namespace fake_iokit::detail {
 
-enum : CFTypeID { kStringType = 7, kDictionaryType = 18, kNumberType = 22, kOtherType = 1 };
-
+enum : CFTypeID { kOtherType = 1, kStringType = 7, kDictionaryType = 18, kNumberType = 22 };
 std::atomic<int> g_cfObjects{0};
 
-// Every CoreFoundation object of the double. Constants are never counted nor freed.
+// Every CoreFoundation object of the double. Constants are neither counted nor freed.
 struct CfObject {
   CfObject(CFTypeID type, bool constant) : type(type), constant(constant) {
-    if (!constant) ++g_cfObjects;
+    g_cfObjects += !constant;
   }
-  virtual ~CfObject() {
-    if (!constant) --g_cfObjects;
-  }
+  virtual ~CfObject() { g_cfObjects -= !constant; }
   const CFTypeID type;
   const bool constant;
   std::atomic<int> references{1};
@@ -35,35 +33,32 @@ struct CfObject {
 }  // namespace fake_iokit::detail
 
 using fake_iokit::detail::CfObject;
+using namespace fake_iokit::detail;
 
 struct __CFString : CfObject {
-  __CFString(std::string text, bool constant)
-      : CfObject(fake_iokit::detail::kStringType, constant), text(std::move(text)) {}
+  __CFString(std::string text, bool constant) : CfObject(kStringType, constant), text(text) {}
   const std::string text;
 };
 struct __CFNumber : CfObject {
-  explicit __CFNumber(int64_t value)
-      : CfObject(fake_iokit::detail::kNumberType, false), value(value) {}
+  explicit __CFNumber(int64_t value) : CfObject(kNumberType, false), value(value) {}
   const int64_t value;
 };
 struct __CFDictionary : CfObject {
-  __CFDictionary() : CfObject(fake_iokit::detail::kDictionaryType, false) {}
+  __CFDictionary() : CfObject(kDictionaryType, false) {}
   ~__CFDictionary() override {
     for (auto &[key, value] : pairs) CFRelease(key), CFRelease(value);
   }
   std::vector<std::pair<CFTypeRef, CFTypeRef>> pairs;
 };
 struct __CFRunLoop : CfObject {
-  __CFRunLoop() : CfObject(fake_iokit::detail::kOtherType, true) {}
+  __CFRunLoop() : CfObject(kOtherType, true) {}
 };
 struct __CFRunLoopSource : CfObject {
-  explicit __CFRunLoopSource(IONotificationPort *port)
-      : CfObject(fake_iokit::detail::kOtherType, true), port(port) {}
+  explicit __CFRunLoopSource(IONotificationPort *port) : CfObject(kOtherType, true), port(port) {}
   IONotificationPort *const port;
 };
 struct __CFUUID : CfObject {
-  explicit __CFUUID(CFUUIDBytes bytes)
-      : CfObject(fake_iokit::detail::kOtherType, true), bytes(bytes) {}
+  explicit __CFUUID(CFUUIDBytes bytes) : CfObject(kOtherType, true), bytes(bytes) {}
   const CFUUIDBytes bytes;
 };
 
@@ -76,129 +71,94 @@ struct IONotificationPort {
 namespace fake_iokit {
 namespace {
 
-const CfObject *Cf(CFTypeRef ref) {
-  return static_cast<const CfObject *>(ref);
-}
 std::string Text(CFTypeRef ref) {
-  return ref && Cf(ref)->type == detail::kStringType ? static_cast<CFStringRef>(ref)->text
-                                                     : std::string();
-}
-
-struct Entry {
-  std::string className, name;
-  Properties properties;
-  Behaviour behaviour;
-  io_object_t parent = 0;
-  std::vector<io_object_t> children;
-  bool inTree = true;
-};
-
-struct MatchRegistration {
-  IONotificationPort *port;
-  CFDictionaryRef matching;
-  IOServiceMatchingCallback callback;
-  void *refcon;
-  io_iterator_t iterator;
-};
-
-struct Iterator {
-  std::deque<io_object_t> entries;
-  MatchRegistration *registration = nullptr;  // for an arrival iterator
-  bool armed = false;  // drained since the last callback: the next arrival calls back
-};
-
-struct Notification {
-  IONotificationPort *port;
-  io_service_t service;
-  IOServiceInterestCallback callback;
-  void *refcon;
-};
-
-// One object of the registry as the code under test sees it: a handle with the number of
-// references handed out on it.
-struct Object {
-  int references = 0;
-  std::unique_ptr<Entry> entry;
-  std::unique_ptr<Iterator> iterator;
-  std::unique_ptr<Notification> notification;
-};
-
-struct Registry {
-  std::mutex mutex;
-  std::map<io_object_t, Object> objects;
-  io_object_t nextHandle = 0x1003;
-  io_object_t root = 0;
-  std::list<MatchRegistration> registrations;
-  std::list<std::unique_ptr<IONotificationPort>>
-      ports;  // kept until Reset: queued work checks them
-  std::deque<std::pair<IONotificationPort *, std::function<void()>>> mainLoop;
-  std::function<void()> iteratorHook;
-  std::vector<std::string> misuse;
-  int livePorts = 0;
-};
-
-Registry &State() {
-  static Registry registry;
-  return registry;
-}
-
-std::atomic<int> g_plugIns{0}, g_deviceInterfaces{0};
-Held g_baseline;
-
-void Misused(Registry &registry, std::string what) {
-  registry.misuse.push_back(std::move(what));
-}
-
-io_object_t NewObject(Registry &registry, Object object) {
-  const io_object_t handle = registry.nextHandle++;
-  registry.objects[handle] = std::move(object);
-  return handle;
-}
-
-Entry *EntryOf(Registry &registry, io_object_t handle, const char *call) {
-  auto found = registry.objects.find(handle);
-  if (found == registry.objects.end() || !found->second.entry) {
-    Misused(registry, std::string(call) + " on " + std::to_string(handle) + ", not an entry");
-    return nullptr;
-  }
-  return found->second.entry.get();
-}
-
-io_object_t HandOut(Registry &registry, io_object_t handle) {
-  ++registry.objects[handle].references;
-  return handle;
-}
-
-bool Matches(CFDictionaryRef matching, const Entry &entry) {
-  for (const auto &[key, value] : matching->pairs) {
-    const std::string name = Text(key);
-    if (name == "IOProviderClass") {
-      if (Text(value) != entry.className) return false;
-      continue;
-    }
-    auto property = entry.properties.find(name);
-    if (property == entry.properties.end()) return false;
-    if (Cf(value)->type == detail::kNumberType) {
-      const auto *number = std::get_if<int64_t>(&property->second);
-      if (!number || *number != static_cast<CFNumberRef>(value)->value) return false;
-    } else if (property->second != Property(Text(value))) {
-      return false;
-    }
-  }
-  return true;
-}
-
-void CollectSubtree(Registry &registry, io_object_t handle, std::vector<io_object_t> *out) {
-  out->push_back(handle);
-  for (io_object_t child : registry.objects[handle].entry->children)
-    CollectSubtree(registry, child, out);
+  return static_cast<const CfObject *>(ref)->type == kStringType
+             ? static_cast<CFStringRef>(ref)->text
+             : std::string();
 }
 
 bool SameUuid(CFUUIDBytes a, CFUUIDRef b) {
   return std::memcmp(&a, &b->bytes, sizeof a) == 0;
 }
 
-// A plug-in or device interface: the interface table pointer comes first, so the pointer
+// One object of the registry: an entry of the tree, an iterator or an interest
+// notification, with the number of references handed out on it.
+struct Object {
+  enum Kind { kEntry, kIterator, kNotification };
+  explicit Object(Kind kind = kEntry, int references = 0) : kind(kind), references(references) {}
+  Kind kind;
+  int references;
+  // an entry
+  std::string className, name;
+  Properties properties;
+  Behaviour behaviour;
+  io_object_t parent = 0;
+  std::vector<io_object_t> children;
+  bool inTree = true;
+  // an iterator; an arrival iterator calls back on the next arrival once it is drained
+  std::deque<io_object_t> pending;
+  bool arrivals = false, armed = false;
+  // a notification, or the registration behind an arrival iterator
+  IONotificationPort *port = nullptr;
+  io_service_t service = 0;
+  IOServiceInterestCallback interest = nullptr;
+  IOServiceMatchingCallback matched = nullptr;
+  void *refcon = nullptr;
+  CFDictionaryRef matching = nullptr;
+};
+
+struct Registry {
+  std::mutex mutex;
+  std::map<io_object_t, Object> objects;
+  io_object_t nextHandle = 0x1003, root = 0;
+  std::list<IONotificationPort> ports;  // kept until Reset: queued work checks them
+  std::deque<std::pair<IONotificationPort *, std::function<void()>>> mainLoop;
+  std::function<void()> iteratorHook;
+  std::vector<std::string> misuse;
+  int livePorts = 0;
+} g;
+
+std::atomic<int> g_plugIns{0}, g_deviceInterfaces{0};
+Held g_baseline;
+
+io_object_t New(Object object) {
+  g.objects[g.nextHandle] = std::move(object);
+  return g.nextHandle++;
+}
+
+// The object behind a handle the code under test passed in; misuse when there is none.
+Object *Find(io_object_t handle, Object::Kind kind, const char *call) {
+  auto found = g.objects.find(handle);
+  if (found != g.objects.end() && found->second.kind == kind) return &found->second;
+  g.misuse.push_back(std::string(call) + " on " + std::to_string(handle));
+  return nullptr;
+}
+
+bool Matches(CFDictionaryRef matching, const Object &entry) {
+  for (const auto &[key, value] : matching->pairs) {
+    if (Text(key) == "IOProviderClass") {
+      if (Text(value) != entry.className) return false;
+      continue;
+    }
+    auto property = entry.properties.find(Text(key));
+    const auto *number =
+        property == entry.properties.end() ? nullptr : std::get_if<int64_t>(&property->second);
+    if (!number || *number != static_cast<CFNumberRef>(value)->value) return false;
+  }
+  return true;
+}
+
+void Subtree(io_object_t handle, std::vector<io_object_t> *out) {
+  out->push_back(handle);
+  for (io_object_t child : g.objects[handle].children) Subtree(child, out);
+}
+
+Behaviour BehaviourOf(io_service_t service) {
+  std::lock_guard lock(g.mutex);
+  return g.objects[service].behaviour;
+}
+
+// A plug-in or device interface. The interface table pointer comes first, so the pointer
 // that callers hold (a pointer to that member) is also a pointer to the whole object.
 template <typename Table>
 struct ComObject {
@@ -209,14 +169,6 @@ struct ComObject {
 using PlugInObject = ComObject<IOCFPlugInInterface>;
 using DeviceObject = ComObject<IOUSBDeviceInterface>;
 
-Behaviour BehaviourOf(io_service_t service) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  auto found = registry.objects.find(service);
-  return found != registry.objects.end() && found->second.entry ? found->second.entry->behaviour
-                                                                : Behaviour{};
-}
-
 template <typename Object>
 ULONG AddRef(void *self) {
   return ++static_cast<Object *>(self)->references;
@@ -226,45 +178,33 @@ template <typename Object>
 ULONG Release(void *self, std::atomic<int> &live) {
   auto *object = static_cast<Object *>(self);
   const ULONG left = --object->references;
-  if (left == 0) {
-    delete object;
-    --live;
-  }
+  if (left == 0) delete object, --live;
   return left;
-}
-
-IOReturn GetLocationID(void *self, UInt32 *locationID) {
-  const Behaviour behaviour = BehaviourOf(static_cast<DeviceObject *>(self)->service);
-  if (behaviour.locationResult != kIOReturnSuccess) return behaviour.locationResult;
-  *locationID = behaviour.locationID;
-  return kIOReturnSuccess;
 }
 
 IOUSBDeviceInterface g_deviceTable = {
     nullptr,
-    [](void *, REFIID, LPVOID *ppv) -> HRESULT {
-      *ppv = nullptr;
-      return E_NOINTERFACE;
-    },
+    [](void *, REFIID, LPVOID *ppv) -> HRESULT { return *ppv = nullptr, E_NOINTERFACE; },
     AddRef<DeviceObject>,
     [](void *self) { return Release<DeviceObject>(self, g_deviceInterfaces); },
-    GetLocationID,
+    [](void *self, UInt32 *locationID) -> IOReturn {
+      const Behaviour behaviour = BehaviourOf(static_cast<DeviceObject *>(self)->service);
+      if (behaviour.locationResult == kIOReturnSuccess) *locationID = behaviour.locationID;
+      return behaviour.locationResult;
+    },
 };
-
-HRESULT QueryPlugIn(void *self, REFIID iid, LPVOID *ppv) {
-  *ppv = nullptr;
-  const io_service_t service = static_cast<PlugInObject *>(self)->service;
-  if (!SameUuid(iid, kIOUSBDeviceInterfaceID)) return E_NOINTERFACE;
-  const HRESULT result = BehaviourOf(service).queryResult;
-  if (result != S_OK) return result;
-  ++g_deviceInterfaces;
-  *ppv = &(new DeviceObject{&g_deviceTable, {1}, service})->table;
-  return S_OK;
-}
 
 IOCFPlugInInterface g_plugInTable = {
     nullptr,
-    QueryPlugIn,
+    [](void *self, REFIID iid, LPVOID *ppv) -> HRESULT {
+      *ppv = nullptr;
+      const io_service_t service = static_cast<PlugInObject *>(self)->service;
+      if (!SameUuid(iid, kIOUSBDeviceInterfaceID)) return E_NOINTERFACE;
+      if (const HRESULT result = BehaviourOf(service).queryResult; result != S_OK) return result;
+      ++g_deviceInterfaces;
+      *ppv = &(new DeviceObject{&g_deviceTable, {1}, service})->table;
+      return S_OK;
+    },
     AddRef<PlugInObject>,
     [](void *self) { return Release<PlugInObject>(self, g_plugIns); },
     1,
@@ -278,113 +218,89 @@ IOCFPlugInInterface g_plugInTable = {
 
 io_object_t AddEntry(io_object_t parent, const std::string &className, const std::string &name,
                      Properties properties, Behaviour behaviour) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  if (parent == 0) parent = registry.root;
-  Object object;
-  object.entry = std::make_unique<Entry>(
-      Entry{className, name, std::move(properties), behaviour, parent, {}, true});
-  const io_object_t handle = NewObject(registry, std::move(object));
-  if (parent) registry.objects[parent].entry->children.push_back(handle);
-  for (MatchRegistration &match : registry.registrations) {
-    if (match.port->destroyed || !Matches(match.matching, *registry.objects[handle].entry))
+  std::lock_guard lock(g.mutex);
+  Object entry{Object::kEntry};
+  entry.className = className, entry.name = name, entry.properties = std::move(properties);
+  entry.behaviour = behaviour, entry.parent = parent ? parent : g.root;
+  const io_object_t handle = New(std::move(entry));
+  g.objects[g.objects[handle].parent].children.push_back(handle);
+  for (auto &[iterator, object] : g.objects) {
+    if (!object.arrivals || object.port->destroyed || !Matches(object.matching, g.objects[handle]))
       continue;
-    Iterator &iterator = *registry.objects[match.iterator].iterator;
-    iterator.entries.push_back(handle);
-    if (!iterator.armed) continue;
-    iterator.armed = false;
-    registry.mainLoop.emplace_back(match.port,
-                                   [match] { match.callback(match.refcon, match.iterator); });
+    object.pending.push_back(handle);
+    if (!std::exchange(object.armed, false)) continue;
+    g.mainLoop.emplace_back(object.port, [callback = object.matched, refcon = object.refcon,
+                                          iterator = iterator] { callback(refcon, iterator); });
   }
   return handle;
 }
 
 void Terminate(io_object_t entry) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
+  std::lock_guard lock(g.mutex);
   std::vector<io_object_t> gone;
-  CollectSubtree(registry, entry, &gone);
-  auto &siblings = registry.objects[registry.objects[entry].entry->parent].entry->children;
-  siblings.erase(std::remove(siblings.begin(), siblings.end(), entry), siblings.end());
-  for (io_object_t handle : gone) registry.objects[handle].entry->inTree = false;
-  for (auto &[handle, object] : registry.objects) {
-    if (!object.notification || object.references == 0 ||
-        std::find(gone.begin(), gone.end(), object.notification->service) == gone.end())
+  Subtree(entry, &gone);
+  std::erase(g.objects[g.objects[entry].parent].children, entry);
+  for (io_object_t handle : gone) g.objects[handle].inTree = false;
+  for (auto &[handle, object] : g.objects) {
+    if (object.kind != Object::kNotification || object.references == 0 ||
+        std::find(gone.begin(), gone.end(), object.service) == gone.end())
       continue;
-    const io_object_t notification = handle;
-    registry.mainLoop.emplace_back(object.notification->port, [notification] {
-      Registry &registry = State();
-      Notification delivered;
-      {
-        std::lock_guard lock(registry.mutex);
-        Object &object = registry.objects[notification];
-        if (object.references == 0) return;  // released before the loop came round
-        delivered = *object.notification;
-      }
-      delivered.callback(delivered.refcon, delivered.service, kIOMessageServiceIsTerminated,
-                         nullptr);
+    g.mainLoop.emplace_back(object.port, [notification = handle] {
+      std::unique_lock lock(g.mutex);
+      const Object delivered = g.objects[notification];
+      lock.unlock();
+      // Nothing is delivered once the notification is released.
+      if (delivered.references > 0)
+        delivered.interest(delivered.refcon, delivered.service, kIOMessageServiceIsTerminated,
+                           nullptr);
     });
   }
 }
 
 int RunMainLoop() {
-  Registry &registry = State();
-  int delivered = 0;
-  for (;;) {
-    std::function<void()> work;
-    {
-      std::lock_guard lock(registry.mutex);
-      auto ready = std::find_if(registry.mainLoop.begin(), registry.mainLoop.end(), [](auto &item) {
-        return item.first->onMainLoop && !item.first->destroyed;
-      });
-      if (ready == registry.mainLoop.end()) return delivered;
-      work = std::move(ready->second);
-      registry.mainLoop.erase(ready);
-    }
+  for (int delivered = 0;; ++delivered) {
+    std::unique_lock lock(g.mutex);
+    auto ready = std::find_if(g.mainLoop.begin(), g.mainLoop.end(), [](auto &item) {
+      return item.first->onMainLoop && !item.first->destroyed;
+    });
+    if (ready == g.mainLoop.end()) return delivered;
+    const std::function<void()> work = std::move(ready->second);
+    g.mainLoop.erase(ready);
+    lock.unlock();
     work();
-    ++delivered;
   }
 }
 
 void OnIteratorNext(std::function<void()> hook) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  registry.iteratorHook = std::move(hook);
+  std::lock_guard lock(g.mutex);
+  g.iteratorHook = std::move(hook);
 }
 
 Held Outstanding() {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  Held held;
-  for (const auto &[handle, object] : registry.objects) held.objectReferences += object.references;
-  held.plugIns = g_plugIns - g_baseline.plugIns;
-  held.deviceInterfaces = g_deviceInterfaces - g_baseline.deviceInterfaces;
-  held.cfObjects = detail::g_cfObjects - g_baseline.cfObjects;
-  held.ports = registry.livePorts;
+  std::lock_guard lock(g.mutex);
+  Held held{0, g_plugIns - g_baseline.plugIns, g_deviceInterfaces - g_baseline.deviceInterfaces,
+            g_cfObjects - g_baseline.cfObjects, g.livePorts};
+  for (const auto &[handle, object] : g.objects) held.objectReferences += object.references;
   return held;
 }
 
 std::vector<std::string> Misuse() {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  return registry.misuse;
+  std::lock_guard lock(g.mutex);
+  return g.misuse;
 }
 
 void Reset() {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  for (MatchRegistration &match : registry.registrations) CFRelease(match.matching);
-  registry.registrations.clear();
-  registry.objects.clear();
-  registry.ports.clear();
-  registry.mainLoop.clear();
-  registry.iteratorHook = nullptr;
-  registry.misuse.clear();
-  registry.livePorts = 0;
-  Object root;
-  root.entry = std::make_unique<Entry>(Entry{"IORegistryEntry", "Root", {}, {}, 0, {}, true});
-  registry.root = NewObject(registry, std::move(root));
-  g_baseline = {0, g_plugIns, g_deviceInterfaces, detail::g_cfObjects, 0};
+  std::lock_guard lock(g.mutex);
+  for (auto &[handle, object] : g.objects) {
+    if (object.arrivals && !object.port->destroyed) CFRelease(object.matching);
+  }
+  g.objects.clear(), g.ports.clear(), g.mainLoop.clear(), g.misuse.clear();
+  g.iteratorHook = nullptr;
+  g.livePorts = 0;
+  Object root{Object::kEntry};
+  root.className = "IORegistryEntry", root.name = "Root";
+  g.root = New(std::move(root));
+  g_baseline = {0, g_plugIns, g_deviceInterfaces, g_cfObjects, 0};
 }
 
 }  // namespace fake_iokit
@@ -406,40 +322,25 @@ CFStringRef __CFStringMakeConstantString(const char *cStr) {
 }
 
 CFTypeRef CFRetain(CFTypeRef cf) {
-  ++const_cast<CfObject *>(Cf(cf))->references;
+  ++const_cast<CfObject *>(static_cast<const CfObject *>(cf))->references;
   return cf;
 }
 
 void CFRelease(CFTypeRef cf) {
-  auto *object = const_cast<CfObject *>(Cf(cf));
-  if (object->constant) return;
-  if (--object->references == 0) delete object;
+  auto *object = const_cast<CfObject *>(static_cast<const CfObject *>(cf));
+  if (!object->constant && --object->references == 0) delete object;
 }
 
 CFTypeID CFGetTypeID(CFTypeRef cf) {
-  return Cf(cf)->type;
+  return static_cast<const CfObject *>(cf)->type;
 }
 
-CFStringRef CFCopyDescription(CFTypeRef cf) {
-  std::string text;
-  switch (Cf(cf)->type) {
-    case detail::kStringType:
-      text = Text(cf);
-      break;
-    case detail::kNumberType:
-      text = std::to_string(static_cast<CFNumberRef>(cf)->value);
-      break;
-    case detail::kDictionaryType:
-      text = "{" + std::to_string(static_cast<CFDictionaryRef>(cf)->pairs.size()) + " pairs}";
-      break;
-    default:
-      text = "<object>";
-  }
-  return new __CFString(text, false);
+CFStringRef CFCopyDescription(CFTypeRef) {
+  return new __CFString("<object>", false);
 }
 
 CFTypeID CFStringGetTypeID(void) {
-  return detail::kStringType;
+  return kStringType;
 }
 
 CFIndex CFStringGetLength(CFStringRef theString) {
@@ -451,18 +352,15 @@ CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encod
 }
 
 Boolean CFStringGetCString(CFStringRef theString, char *buffer, CFIndex bufferSize,
-                           CFStringEncoding encoding) {
+                           CFStringEncoding) {
   const std::string &text = theString->text;
-  if (static_cast<CFIndex>(text.size()) + 1 > bufferSize) return false;
-  if (encoding == kCFStringEncodingASCII &&
-      std::any_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; }))
-    return false;
+  if (static_cast<CFIndex>(text.size()) >= bufferSize) return false;
   std::memcpy(buffer, text.c_str(), text.size() + 1);
   return true;
 }
 
 CFTypeID CFNumberGetTypeID(void) {
-  return detail::kNumberType;
+  return kNumberType;
 }
 
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType theType, const void *valuePtr) {
@@ -483,21 +381,12 @@ CFIndex CFDictionaryGetCount(CFDictionaryRef theDict) {
 }
 
 void CFDictionaryGetKeysAndValues(CFDictionaryRef theDict, const void **keys, const void **values) {
-  for (size_t i = 0; i < theDict->pairs.size(); ++i) {
-    if (keys) keys[i] = theDict->pairs[i].first;
-    if (values) values[i] = theDict->pairs[i].second;
-  }
+  for (size_t i = 0; i < theDict->pairs.size(); ++i)
+    keys[i] = theDict->pairs[i].first, values[i] = theDict->pairs[i].second;
 }
 
 void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void *key, const void *value) {
   CFRetain(key), CFRetain(value);
-  for (auto &pair : theDict->pairs) {
-    if (Text(pair.first) == Text(key)) {
-      CFRelease(pair.first), CFRelease(pair.second);
-      pair = {key, value};
-      return;
-    }
-  }
   theDict->pairs.emplace_back(key, value);
 }
 
@@ -507,8 +396,7 @@ CFRunLoopRef CFRunLoopGetMain(void) {
 }
 
 void CFRunLoopAddSource(CFRunLoopRef rl, CFRunLoopSourceRef source, CFRunLoopMode mode) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
+  std::lock_guard lock(g.mutex);
   if (rl == CFRunLoopGetMain() && Text(mode) == "kCFRunLoopDefaultMode")
     source->port->onMainLoop = true;
 }
@@ -546,26 +434,19 @@ CFMutableDictionaryRef IOServiceMatching(const char *name) {
 }
 
 IONotificationPortRef IONotificationPortCreate(mach_port_t) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  ++registry.livePorts;
-  return registry.ports.emplace_back(std::make_unique<IONotificationPort>()).get();
+  std::lock_guard lock(g.mutex);
+  ++g.livePorts;
+  return &g.ports.emplace_back();
 }
 
 void IONotificationPortDestroy(IONotificationPortRef notify) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  if (notify->destroyed) return Misused(registry, "port destroyed twice");
+  std::lock_guard lock(g.mutex);
   notify->destroyed = true;
-  --registry.livePorts;
-  // Its registrations end with it; their iterators stay the caller's to release.
-  registry.registrations.remove_if([&](MatchRegistration &match) {
-    if (match.port != notify) return false;
-    if (auto iterator = registry.objects.find(match.iterator); iterator != registry.objects.end())
-      iterator->second.iterator->registration = nullptr;
-    CFRelease(match.matching);
-    return true;
-  });
+  --g.livePorts;
+  // Its arrival registrations end with it; their iterators stay the caller's to release.
+  for (auto &[handle, object] : g.objects) {
+    if (object.arrivals && object.port == notify) CFRelease(object.matching);
+  }
 }
 
 CFRunLoopSourceRef IONotificationPortGetRunLoopSource(IONotificationPortRef notify) {
@@ -582,21 +463,16 @@ kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notifyPort,
     CFRelease(matching);
     return kIOReturnUnsupported;
   }
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  Object object;
-  object.references = 1;
-  object.iterator = std::make_unique<Iterator>();
+  std::lock_guard lock(g.mutex);
+  Object iterator{Object::kIterator, 1};
+  iterator.arrivals = true, iterator.port = notifyPort, iterator.matched = callback;
+  iterator.refcon = refCon, iterator.matching = matching;
   std::vector<io_object_t> present;
-  CollectSubtree(registry, registry.root, &present);
+  Subtree(g.root, &present);
   for (io_object_t handle : present) {
-    if (Matches(matching, *registry.objects[handle].entry))
-      object.iterator->entries.push_back(handle);
+    if (Matches(matching, g.objects[handle])) iterator.pending.push_back(handle);
   }
-  Iterator *iterator = object.iterator.get();
-  *notification = NewObject(registry, std::move(object));
-  iterator->registration = &registry.registrations.emplace_back(
-      MatchRegistration{notifyPort, matching, callback, refCon, *notification});
+  *notification = New(std::move(iterator));
   return KERN_SUCCESS;
 }
 
@@ -605,52 +481,43 @@ kern_return_t IOServiceAddInterestNotification(IONotificationPortRef notifyPort,
                                                IOServiceInterestCallback callback, void *refCon,
                                                io_object_t *notification) {
   if (std::strcmp(interestType, kIOGeneralInterest) != 0) return kIOReturnUnsupported;
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  const Entry *entry = EntryOf(registry, service, "IOServiceAddInterestNotification");
+  std::lock_guard lock(g.mutex);
+  const Object *entry = Find(service, Object::kEntry, "IOServiceAddInterestNotification");
   if (!entry) return kIOReturnBadArgument;
   if (!entry->inTree) return kIOReturnNoDevice;
-  Object object;
-  object.references = 1;
-  object.notification =
-      std::make_unique<Notification>(Notification{notifyPort, service, callback, refCon});
-  *notification = NewObject(registry, std::move(object));
+  Object registered{Object::kNotification, 1};
+  registered.port = notifyPort, registered.service = service, registered.interest = callback;
+  registered.refcon = refCon;
+  *notification = New(std::move(registered));
   return KERN_SUCCESS;
 }
 
 io_object_t IOIteratorNext(io_iterator_t iterator) {
-  Registry &registry = State();
-  std::function<void()> hook;
-  {
-    std::lock_guard lock(registry.mutex);
-    auto found = registry.objects.find(iterator);
-    if (found != registry.objects.end() && found->second.iterator &&
-        found->second.iterator->registration)
-      hook = registry.iteratorHook;
+  std::unique_lock lock(g.mutex);
+  const Object *arrivals = Find(iterator, Object::kIterator, "IOIteratorNext");
+  if (arrivals && arrivals->arrivals && g.iteratorHook) {
+    const std::function<void()> hook = g.iteratorHook;
+    lock.unlock();
+    hook();
+    lock.lock();
   }
-  if (hook) hook();
-  std::lock_guard lock(registry.mutex);
-  auto found = registry.objects.find(iterator);
-  if (found == registry.objects.end() || !found->second.iterator || found->second.references == 0) {
-    Misused(registry, "IOIteratorNext on " + std::to_string(iterator) + ", not a held iterator");
+  Object *it = Find(iterator, Object::kIterator, "IOIteratorNext");
+  if (!it) return 0;
+  if (it->pending.empty()) {
+    it->armed = it->arrivals;
     return 0;
   }
-  Iterator &entries = *found->second.iterator;
-  if (entries.entries.empty()) {
-    entries.armed = true;
-    return 0;
-  }
-  const io_object_t next = entries.entries.front();
-  entries.entries.pop_front();
-  return HandOut(registry, next);
+  const io_object_t next = it->pending.front();
+  it->pending.pop_front();
+  ++g.objects[next].references;
+  return next;
 }
 
 kern_return_t IOObjectRelease(io_object_t object) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  auto found = registry.objects.find(object);
-  if (found == registry.objects.end() || found->second.references == 0) {
-    Misused(registry, "IOObjectRelease of " + std::to_string(object) + ", which is not held");
+  std::lock_guard lock(g.mutex);
+  auto found = g.objects.find(object);
+  if (found == g.objects.end() || found->second.references == 0) {
+    g.misuse.push_back("IOObjectRelease of " + std::to_string(object) + ", which is not held");
     return kIOReturnBadArgument;
   }
   --found->second.references;
@@ -658,9 +525,8 @@ kern_return_t IOObjectRelease(io_object_t object) {
 }
 
 kern_return_t IORegistryEntryGetName(io_registry_entry_t entry, io_name_t name) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  const Entry *found = EntryOf(registry, entry, "IORegistryEntryGetName");
+  std::lock_guard lock(g.mutex);
+  const Object *found = Find(entry, Object::kEntry, "IORegistryEntryGetName");
   if (!found) return kIOReturnBadArgument;
   std::strncpy(name, found->name.c_str(), sizeof(io_name_t) - 1);
   name[sizeof(io_name_t) - 1] = '\0';
@@ -670,9 +536,8 @@ kern_return_t IORegistryEntryGetName(io_registry_entry_t entry, io_name_t name) 
 kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
                                                 CFMutableDictionaryRef *properties, CFAllocatorRef,
                                                 IOOptionBits) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  const Entry *found = EntryOf(registry, entry, "IORegistryEntryCreateCFProperties");
+  std::lock_guard lock(g.mutex);
+  const Object *found = Find(entry, Object::kEntry, "IORegistryEntryCreateCFProperties");
   if (!found) return kIOReturnBadArgument;
   if (found->behaviour.propertiesFail) return kIOReturnNoMemory;
   auto *dictionary = new __CFDictionary;
@@ -688,36 +553,25 @@ kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
   return KERN_SUCCESS;
 }
 
-kern_return_t IORegistryEntryGetParentEntry(io_registry_entry_t entry, const io_name_t plane,
+kern_return_t IORegistryEntryGetParentEntry(io_registry_entry_t entry, const io_name_t,
                                             io_registry_entry_t *parent) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  const Entry *found = EntryOf(registry, entry, "IORegistryEntryGetParentEntry");
+  std::lock_guard lock(g.mutex);
+  const Object *found = Find(entry, Object::kEntry, "IORegistryEntryGetParentEntry");
   if (!found) return kIOReturnBadArgument;
-  if (std::strcmp(plane, kIOServicePlane) != 0) {
-    Misused(registry, std::string("parent in the plane ") + plane);
-    return kIOReturnBadArgument;
-  }
   if (!found->parent || !found->inTree) return kIOReturnNoDevice;
-  *parent = HandOut(registry, found->parent);
+  ++g.objects[found->parent].references;
+  *parent = found->parent;
   return KERN_SUCCESS;
 }
 
-kern_return_t IORegistryEntryGetChildIterator(io_registry_entry_t entry, const io_name_t plane,
+kern_return_t IORegistryEntryGetChildIterator(io_registry_entry_t entry, const io_name_t,
                                               io_iterator_t *iterator) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  const Entry *found = EntryOf(registry, entry, "IORegistryEntryGetChildIterator");
+  std::lock_guard lock(g.mutex);
+  const Object *found = Find(entry, Object::kEntry, "IORegistryEntryGetChildIterator");
   if (!found) return kIOReturnBadArgument;
-  if (std::strcmp(plane, kIOServicePlane) != 0) {
-    Misused(registry, std::string("children in the plane ") + plane);
-    return kIOReturnBadArgument;
-  }
-  Object object;
-  object.references = 1;
-  object.iterator = std::make_unique<Iterator>();
-  object.iterator->entries.assign(found->children.begin(), found->children.end());
-  *iterator = NewObject(registry, std::move(object));
+  Object children{Object::kIterator, 1};
+  children.pending.assign(found->children.begin(), found->children.end());
+  *iterator = New(std::move(children));
   return KERN_SUCCESS;
 }
 
@@ -725,9 +579,8 @@ kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef 
                                                 CFUUIDRef interfaceType,
                                                 IOCFPlugInInterface ***theInterface,
                                                 SInt32 *theScore) {
-  Registry &registry = State();
-  std::lock_guard lock(registry.mutex);
-  const Entry *found = EntryOf(registry, service, "IOCreatePlugInInterfaceForService");
+  std::lock_guard lock(g.mutex);
+  const Object *found = Find(service, Object::kEntry, "IOCreatePlugInInterfaceForService");
   if (!found) return kIOReturnBadArgument;
   if (!SameUuid(CFUUIDGetUUIDBytes(pluginType), kIOUSBDeviceUserClientTypeID) ||
       !SameUuid(CFUUIDGetUUIDBytes(interfaceType), kIOCFPlugInInterfaceID))
