@@ -100,20 +100,6 @@ TEST_F(DiscoveryTest, DevicesAreCountedUpAndDownAndAFailedTakeInStaysCounted) {
   EXPECT_EQ(session->state().deviceExist, 1);
 }
 
-// The search climbs hub and controller, pacing each entry it visits, leaves included:
-// the interface, the device and the hub; then the controller, the hub, the device and the
-// interface again.
-TEST_F(DiscoveryTest, TreeWithoutTtyOpensNothingAfterPacingEveryEntryVisited) {
-  start();
-  usb.announce(usb.add("1-1", kCorvamundVendorId, kCorvamundProductId, false), "add");
-  settleWalks();
-  EXPECT_EQ(session->state().deviceExist, 1);
-  EXPECT_FALSE(session->channel().isOpen());
-  EXPECT_TRUE(log.startingWith("serial port name is").empty());
-  EXPECT_EQ(paces, 7);
-  EXPECT_EQ(log.startingWith("GetDeviceInfomation:0x").size(), 1u);
-}
-
 TEST_F(DiscoveryTest, UnplugWhileIdleDisconnectsOnTheNextTick) {
   start();
   const VirtualUsb::Device plugged = usb.plugIn("1-1");

@@ -70,29 +70,6 @@ TEST(SimulatorContents, DivePagesReadBackThroughTheCsvWriter) {
   EXPECT_TRUE(belowZero && fullProfile);
 }
 
-TEST(SimulatorWire, VhSendsNoMoreThan2040BytesUnacknowledged) {
-  const sim::Contents contents = Generated();
-  SimulatedDevice device(contents);
-  RawPort port(device.slavePath());
-  const QByteArray audio = sim::ClipAudio(contents.clips[2], contents.ringFirst, contents.ringLast);
-  port.send("vh02\r\n");
-  QByteArray received = port.readUntilQuiet(300);
-  EXPECT_EQ(received.size(), 2040);  // then it waits
-  while (received.size() < audio.size()) {
-    port.send("vx\r\n");
-    const QByteArray window =
-        port.readExactly(std::min<qsizetype>(2040, audio.size() - received.size()));
-    ASSERT_FALSE(window.isEmpty());
-    received += window;
-  }
-  EXPECT_EQ(received, audio);
-  EXPECT_EQ(device.device().largestUnacknowledged(), 2040);
-}
-
-}  // namespace
-
-namespace {
-
 // The program itself, as the demo and a developer run it: it prints the port, reads a
 // scenario file, and takes options over the scenario.
 TEST(SimulatorProgram, ServesAScenarioOnThePortItPrints) {
@@ -117,15 +94,6 @@ TEST(SimulatorProgram, ServesAScenarioOnThePortItPrints) {
   }
   program.kill();
   program.waitForFinished();
-
-  QProcess help;
-  help.start(QM482_SIM_PATH, {"--help"});
-  ASSERT_TRUE(help.waitForFinished(10000));
-  const QByteArray text = help.readAllStandardOutput();
-  for (const char *option :
-       {"--stall-after", "--split", "--garbage", "--hangup-after", "--long-index"}) {
-    EXPECT_TRUE(text.contains(option)) << option;
-  }
 }
 
 }  // namespace

@@ -59,13 +59,3 @@ QByteArray RawPort::readUntilQuiet(int quietMs) {
   for (QByteArray piece; !(piece = readOnce(quietMs)).isEmpty();) all += piece;
   return all;
 }
-
-QByteArray RawPort::readExactly(qsizetype count, int timeoutMs) {
-  QByteArray all;
-  while (all.size() < count) {
-    const QByteArray piece = readOnce(timeoutMs);
-    if (piece.isEmpty()) break;
-    all += piece;
-  }
-  return all;
-}

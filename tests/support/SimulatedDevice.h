@@ -35,8 +35,6 @@ class RawPort {
   void send(const QByteArray &bytes);
   // Everything that arrives until the line has been quiet for quietMs.
   QByteArray readUntilQuiet(int quietMs = 150);
-  // Reads until count bytes arrived or timeoutMs passed.
-  QByteArray readExactly(qsizetype count, int timeoutMs = 10000);
 
  private:
   // One read, waiting at most timeoutMs; empty on timeout or hang-up.

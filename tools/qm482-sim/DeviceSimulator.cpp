@@ -120,10 +120,7 @@ void DeviceSimulator::handleCommand(const QByteArray &line) {
   const QByteArray name = CommandName(line);
   const QByteArray argument = line.mid(line.startsWith('#') ? name.size() + 1 : name.size());
   if (name == "vx") {
-    if (clipActive_ && clip_.acknowledged) {
-      clip_.credit += kAcknowledgeWindow;
-      clip_.unacknowledged = std::max<int64_t>(0, clip_.unacknowledged - kAcknowledgeWindow);
-    }
+    if (clipActive_ && clip_.acknowledged) clip_.credit += kAcknowledgeWindow;
     return;
   }
   // Any other command ends a clip still streaming, as the device drops a transfer the
@@ -216,14 +213,7 @@ void DeviceSimulator::feedClip(int64_t nowMs) {
   if (take <= 0) return;
   queue_.push_back({clip_.audio.mid(clip_.sent, take), nowMs, true});
   clip_.sent += take;
-  if (clip_.acknowledged) {
-    clip_.credit -= take;
-    clip_.unacknowledged += take;
-    int64_t largest = largestUnacknowledged_.load();
-    while (clip_.unacknowledged > largest &&
-           !largestUnacknowledged_.compare_exchange_weak(largest, clip_.unacknowledged)) {
-    }
-  }
+  if (clip_.acknowledged) clip_.credit -= take;
 }
 
 int64_t DeviceSimulator::nextWakeMs(int64_t nowMs) const {

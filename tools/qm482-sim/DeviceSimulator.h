@@ -55,8 +55,6 @@ class DeviceSimulator {
   QList<QByteArray> commands() const;
   // When each of them arrived, in milliseconds of the steady clock.
   QList<int64_t> commandTimesMs() const;
-  // The most clip bytes ever sent in "vh" mode without an acknowledgement.
-  int64_t largestUnacknowledged() const { return largestUnacknowledged_.load(); }
   bool hungUp() const { return hungUp_.load(); }
 
  private:
@@ -70,7 +68,6 @@ class DeviceSimulator {
     qsizetype sent = 0;
     bool acknowledged = false;  // "vh": windows of 2040 bytes, each released by "vx"
     int64_t credit = 0;
-    int64_t unacknowledged = 0;
     bool stalled = false;
     bool stallTaken = false;  // a clip stalls once
     int64_t resumeAtMs = -1;
@@ -102,7 +99,6 @@ class DeviceSimulator {
   mutable std::mutex commandsMutex_;
   QList<QByteArray> commands_;
   QList<int64_t> commandTimesMs_;
-  std::atomic<int64_t> largestUnacknowledged_{0};
   std::atomic<bool> hungUp_{false};
 };
 
