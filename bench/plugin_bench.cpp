@@ -8,8 +8,6 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QThread>
 #include <algorithm>
 #include <chrono>
@@ -17,7 +15,10 @@
 #include <thread>
 #include <vector>
 
+#include "AppProcess.h"
 #include "DeviceSimulator.h"
+#include "SimulatedDevice.h"
+#include "TestSupport.h"
 #include "VirtualUsb.h"
 
 namespace {
@@ -44,32 +45,12 @@ void Pause(int ms) {
   }
 }
 
-// The window, offscreen, with a temporary home; its log is read as it comes.
-class Window {
- public:
-  Window() {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("QT_QPA_PLATFORM", "offscreen");
-    environment.insert("HOME", home_.path());
-    environment.insert("XDG_CONFIG_HOME", home_.path() + "/.config");
-    process_.setProcessEnvironment(environment);
-    QObject::connect(&process_, &QProcess::readyReadStandardError,
-                     [this] { log_ += process_.readAllStandardError(); });
-    process_.start(QStringLiteral(MRVTQ5DK_APP_PATH), {});
-    process_.waitForStarted();
-    while (!log_.contains("viewDidLoad end..")) Pause(50);
-    Pause(500);  // the bus monitor joins the main loop
-  }
-  ~Window() {
-    process_.kill();
-    process_.waitForFinished();
-  }
-  qint64 pid() const { return process_.processId(); }
-
- private:
-  QTemporaryDir home_;
-  QProcess process_;
-  QByteArray log_;
+// The built window with a home of its own, ready for the device.
+struct Window {
+  Window() { app.waitUntilReady(); }
+  qint64 pid() const { return app.pid(); }
+  TemporaryHome home;
+  AppProcess app{QStringLiteral(MRVTQ5DK_APP_PATH)};
 };
 
 struct Timing {
@@ -96,15 +77,6 @@ void Measure(const char *what, qint64 pid, int seconds) {
   std::printf("window idle, %-22s %6.3f CPU s in %d s = %.3f%% of a core\n", what, used, seconds,
               100 * used / seconds);
   std::fflush(stdout);
-}
-
-sim::Contents OneClipOneDive() {
-  sim::Contents contents = sim::GenerateContents(1, QDate::currentDate());
-  contents.clips.resize(1);
-  contents.clips[0].start = QDateTime::currentDateTimeUtc().addDays(-2);
-  contents.dives = {contents.dives.last()};
-  contents.totalDives = 1;
-  return contents;
 }
 
 }  // namespace

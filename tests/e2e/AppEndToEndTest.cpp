@@ -4,10 +4,10 @@
 
 #include <QDir>
 #include <QLabel>
-#include <QProcess>
 #include <QPushButton>
 #include <QTableView>
 
+#include "AppProcess.h"
 #include "DiveLogCsv.h"
 #include "Localization.h"
 #include "RecordingWindow.h"
@@ -21,16 +21,6 @@
 #include "WindowTestSupport.h"
 
 namespace {
-
-// One clip of 90 seconds and one dive, both from three days ago.
-sim::Contents OneClipOneDive() {
-  sim::Contents contents;
-  const QDateTime start(QDate::currentDate().addDays(-3), QTime(1, 30), Qt::UTC);
-  contents.clips = {sim::Clip{start, 2, 12, 7}};
-  contents.dives = {sim::GenerateDive(5, start.addSecs(3600), 42, 10, 1834, 270, 215)};
-  contents.totalDives = 1;
-  return contents;
-}
 
 QString OnlyFileIn(const QString &folder) {
   const QStringList files = QDir(folder).entryList(QDir::Files);
@@ -119,25 +109,14 @@ TEST(AppOnVirtualUsb, DeviceAttachedBeforeStartIsRefusedWithStatus1) {
 TEST(AppBinaryOnVirtualUsb, PlugInAfterStartIdentifiesThenListsInOrderAtTheTicksPace) {
   VirtualUsb usb;
   TemporaryHome home;
-  QProcess app;
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  environment.insert("QT_QPA_PLATFORM", "offscreen");
-  app.setProcessEnvironment(environment);
-  QByteArray log;  // its log lines, read as they come so that the pipe never fills
-  QObject::connect(&app, &QProcess::readyReadStandardError,
-                   [&] { log += app.readAllStandardError(); });
-  app.start(MRVTQ5DK_APP_PATH, {});
-  ASSERT_TRUE(app.waitForStarted());
-  ASSERT_TRUE(WaitFor([&] { return log.contains("viewDidLoad end.."); }, 10000)) << log.data();
-  WaitFor([] { return false; }, 500);  // the monitor joins the main loop
+  AppProcess app(MRVTQ5DK_APP_PATH);
+  ASSERT_TRUE(app.waitUntilReady()) << app.log().data();
 
-  const sim::Contents contents = OneClipOneDive();
   const VirtualUsb::Device plugged = usb.plugIn("1-1");
-  const auto device = std::make_unique<SimulatedDevice>(contents, sim::Options{}, plugged.master);
+  const auto device =
+      std::make_unique<SimulatedDevice>(OneClipOneDive(), sim::Options{}, plugged.master);
   ASSERT_TRUE(WaitFor([&] { return device->device().commands().count("#detail") >= 2; }, 30000))
-      << log.data();
-  app.terminate();
-  app.waitForFinished(5000);
+      << app.log().data();
 
   const QList<QByteArray> wire = device->device().commands();
   const QList<int64_t> at = device->device().commandTimesMs();

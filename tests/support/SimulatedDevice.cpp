@@ -59,3 +59,12 @@ QByteArray RawPort::readUntilQuiet(int quietMs) {
   for (QByteArray piece; !(piece = readOnce(quietMs)).isEmpty();) all += piece;
   return all;
 }
+
+sim::Contents OneClipOneDive() {
+  sim::Contents contents;
+  const QDateTime start(QDate::currentDate().addDays(-3), QTime(1, 30), Qt::UTC);
+  contents.clips = {sim::Clip{start, 2, 12, 7}};
+  contents.dives = {sim::GenerateDive(5, start.addSecs(3600), 42, 10, 1834, 270, 215)};
+  contents.totalDives = 1;
+  return contents;
+}

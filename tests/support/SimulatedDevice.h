@@ -27,6 +27,9 @@ class SimulatedDevice {
   std::thread thread_;
 };
 
+// One clip of 90 seconds and one dive, both from three days ago.
+sim::Contents OneClipOneDive();
+
 // The host end of the line opened raw, for talking to the simulator directly.
 class RawPort {
  public:
