@@ -1,12 +1,9 @@
 #include "DiveLogCsv.h"
 
-#include <QFile>
+#include <QSaveFile>
 #include <array>
-#include <exception>
-#include <stdexcept>
+#include <cerrno>
 
-#include "DiveLogPage.h"
-#include "FieldDecoders.h"
 #include "SystemLog.h"
 
 namespace {
@@ -37,15 +34,21 @@ constexpr std::array<FlagText, 7> kSampleWarningTexts = {{{0x01, "SLOW,"},
                                                           {0x20, "DALM,"},
                                                           {0x80, "OUT,"}}};
 
-// Writes each piece at once, unbuffered, so that a full disk stops the file at the piece
-// that did not fit.
+// Writes each piece as it comes, so that a device that fills up stops the text at the
+// piece that did not fit. After a refused write nothing more is written.
 class PieceWriter {
  public:
-  explicit PieceWriter(QFile &file) : file_(file) {}
+  explicit PieceWriter(QIODevice &out) : out_(out) {}
 
+  bool ok() const { return ok_; }
   void operator()(const QByteArray &piece) {
-    if (file_.write(piece) != piece.size()) {
-      throw std::runtime_error(file_.errorString().toStdString());
+    if (!ok_) return;
+    if (out_.write(piece) != piece.size()) {
+      // The caller classifies the failure by errno, which the log line must not hide.
+      const int systemError = errno;
+      SystemLog("exception:%s", qUtf8Printable(out_.errorString()));
+      errno = systemError;
+      ok_ = false;
     }
   }
   void operator()(const char *text) { (*this)(QByteArray(text)); }
@@ -60,90 +63,92 @@ class PieceWriter {
   }
 
  private:
-  QFile &file_;
+  QIODevice &out_;
+  bool ok_ = true;
 };
 
-void WriteDive(PieceWriter &write, const QByteArray *page, int32_t sampling, int32_t profileSize,
-               int32_t warnings, int32_t information, int32_t entryPressure) {
-  using namespace DiveLogPage;
-  const auto byte = [page](int32_t offset) { return NSDataToInt(page, offset); };
-  const auto word = [page](int32_t offset) { return NSData2ToInt(page, offset); };
-
-  write("date,%s\n", qUtf8Printable(NSDataToNSDateJST(page, kYear, kMonth, kDay, kEntryHour,
-                                                      kEntryMinute, kFileStyle)));
-  write("entry time,%s\n", qUtf8Printable(NSDataToNSTimeJST(page, kYear, kMonth, kDay, kEntryHour,
-                                                            kEntryMinute, kListStyle)));
-  write("exit time,%s\n", qUtf8Printable(NSDataToNSTimeJST(page, kYear, kMonth, kDay, kExitHour,
-                                                           kExitMinute, kListStyle)));
-  write("sampling,%d\n", sampling);
-  write("day_count,%d\n", byte(kDayCount));
-  write("cns,%d\n", byte(kCns));
+void WriteSummary(PieceWriter &write, const DiveRecord &dive) {
+  write("date,%s\n", qUtf8Printable(dive.entryJapanTime().toString(QStringLiteral("yyyy-MM-dd"))));
+  write("entry time,%s\n", qUtf8Printable(dive.entryJapanTime().toString(QStringLiteral("HH:mm"))));
+  write("exit time,%s\n", qUtf8Printable(dive.exitJapanTime().toString(QStringLiteral("HH:mm"))));
+  write("sampling,%d\n", dive.samplingInterval);
+  write("day_count,%d\n", dive.dayCount);
+  write("cns,%d\n", dive.cns);
   write("warning,");
-  write.flags(kSummaryWarningTexts, warnings);
+  write.flags(kSummaryWarningTexts, dive.warningFlags);
   write("\n");
   write("infomation,");
-  write.flags(kInformationTexts, information);
+  write.flags(kInformationTexts, dive.informationFlags);
   write("\n");
-  write("safe facter,%d\n", byte(kSafetyFactor));
-  write("pressure on entry,%.2f,hPa\n", double(static_cast<float>(entryPressure) * 5.12f));
-  write("o2_per,%d\n", byte(kOxygenPercent));
-  write("dive time,%d\n", word(kDiveTimeMinutes));
-  write("max depth,%.2f\n", word(kMaxDepth) / 100.0);
-  write("ave depth,%.2f\n", word(kAverageDepth) / 100.0);
-  write("temperature,%.1f\n", double(DeviceTemperature(word(kTemperature))));
-  write("profile size,%d\n", profileSize);
-  write("otu,%d\n", word(kOtu));
+  write("safe facter,%d\n", dive.safetyFactor);
+  write("pressure on entry,%.2f,hPa\n", double(dive.entryPressureHectopascals()));
+  write("o2_per,%d\n", dive.oxygenPercent);
+  write("dive time,%d\n", dive.diveTimeMinutes);
+  write("max depth,%.2f\n", dive.maxDepthMetres());
+  write("ave depth,%.2f\n", dive.averageDepthMetres());
+  write("temperature,%.1f\n", double(dive.temperatureCelsius()));
+  write("profile size,%d\n", dive.profileSize);
+  write("otu,%d\n", dive.otu);
   write("body nitrogen,");
-  for (int32_t i = 0; i < kBodyNitrogenCount - 1; ++i) write("%d,", byte(kBodyNitrogen + i));
-  write("%d,\n\n", byte(kBodyNitrogen + kBodyNitrogenCount - 1));
+  for (size_t i = 0; i + 1 < dive.bodyNitrogen.size(); ++i) write("%d,", dive.bodyNitrogen[i]);
+  write("%d,\n\n", dive.bodyNitrogen.back());
   write("profile\ntime,depth,temperature,gas pressure,n2,o2,o2per,warning\n");
+}
 
-  // The device's profile size is trusted: a size past the profile area reads summary bytes
-  // as samples, and one past the page ends the file at the first sample that is not there.
-  int32_t time = 0;
-  for (int32_t k = 0; k < profileSize; ++k) {
-    const int32_t at = k * kSampleBytes;
-    const int32_t levels = byte(at + kSampleNitrogenOxygen);
-    write("%d,%.2f,%.1f,%d,%d,%d,%d,", time, word(at + kSampleDepth) / 100.0,
-          double(DeviceTemperature(word(at + kSampleTemperature))), byte(at + kSampleGasPressure),
-          levels >> 4, levels & 0x0F, byte(at + kSampleOxygenPercent));
-    write.flags(kSampleWarningTexts, byte(at + kSampleWarningFlags));
-    write("\n");
-    time += sampling;
-  }
+void WriteSample(PieceWriter &write, const DiveSample &sample) {
+  write("%d,%.2f,%.1f,%d,%d,%d,%d,", sample.seconds, sample.depthMetres(),
+        double(sample.temperatureCelsius()), sample.gasPressure, sample.nitrogenLevel(),
+        sample.oxygenLevel(), sample.oxygenPercent);
+  write.flags(kSampleWarningTexts, sample.warningFlags);
+  write("\n");
+}
+
+void LogPageEnd(const DiveRecord &dive) {
+  SystemLog("exception:%s", dive.pageEnd.c_str());
 }
 
 }  // namespace
 
-bool DiveLogCsvSave(const QString &path, const QByteArray *g_dive_log_buffer) {
-  using namespace DiveLogPage;
+bool WriteDiveLogCsv(QIODevice &out, const DiveRecord &dive) {
+  if (dive.reach == PageReach::EndsInSummary) {
+    LogPageEnd(dive);
+    return false;
+  }
+  PieceWriter write(out);
+  WriteSummary(write, dive);
+  for (const DiveSample &sample : dive.samples) WriteSample(write, sample);
+  if (dive.reach == PageReach::EndsInProfile && write.ok()) LogPageEnd(dive);
+  return write.ok();
+}
+
+SaveResult DiveLogCsvSave(const QString &path, const QByteArray *g_dive_log_buffer) {
   if (path.isNull()) {
     SystemLog("DiveLogCsvSave:filename is nil!.");
-    return false;
+    return {SaveError::Other, QStringLiteral("no file name")};
   }
-  const QByteArray *page = g_dive_log_buffer;
-  QFile file(path);
-  try {
-    const int32_t sampling = NSDataToInt(page, kSamplingInterval);
-    const int32_t profileSize = NSData2ToInt(page, kProfileSize);
-    const int32_t warnings = NSDataToInt(page, kWarningFlags);
-    const int32_t information = NSDataToInt(page, kInformationFlags);
-    const int32_t entryPressure = NSDataToInt(page, kEntryPressure);
-
-    if (file.exists() && !file.remove()) {
-      SystemLog("file:%s removeError:%s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
-    }
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
-      SystemLog("DiveLogCsvSave Filename=%s filehandle is nil.", qUtf8Printable(path));
-      return false;
-    }
-    PieceWriter write(file);
-    WriteDive(write, page, sampling, profileSize, warnings, information, entryPressure);
-  } catch (const std::exception &error) {
-    SystemLog("exception:%s", error.what());
-    file.close();
-    return false;
+  const DiveRecord dive = DecodeDive(g_dive_log_buffer);
+  if (dive.reach == PageReach::EndsInSummary) {
+    // Nothing to save; the folder is not touched.
+    LogPageEnd(dive);
+    return {SaveError::Other, QString::fromStdString(dive.pageEnd)};
   }
-  file.close();
-  return true;
+  QSaveFile file(path);
+  errno = 0;
+  if (!file.open(QIODevice::WriteOnly)) {
+    const SaveResult failure = SaveFailure(file, errno);
+    SystemLog("DiveLogCsvSave Filename=%s filehandle is nil.", qUtf8Printable(path));
+    return failure;
+  }
+  errno = 0;
+  if (!WriteDiveLogCsv(file, dive)) return SaveFailure(file, errno);
+  // Qt's commit() may report success for a file cut short by its last buffered write (a
+  // disk that fills just then), so the buffer is written out and checked first.
+  errno = 0;
+  if (!file.flush() || !file.commit()) {
+    const SaveResult failure = SaveFailure(file, errno);
+    SystemLog("DiveLogCsvSave Filename=%s commit error:%s", qUtf8Printable(path),
+              qUtf8Printable(failure.reason));
+    return failure;
+  }
+  return {};
 }

@@ -3,10 +3,21 @@
 #include <QByteArray>
 #include <QString>
 
-// Writes one dive page as the CSV file at path, replacing any file there: the summary
-// lines, the warning and information flags, body nitrogen, then one line per profile
-// sample. Lines end in a single line feed. The profile size is taken as the device gives
-// it; a page that runs out (a size past the profile area, a short page) or a disk that
-// fills ends the file early with "exception:..." logged, keeping what was written. A
-// missing page (nullptr) writes zeros. Returns true when the whole file was written.
-bool DiveLogCsvSave(const QString &path, const QByteArray *g_dive_log_buffer);
+#include "DiveRecord.h"
+#include "SaveResult.h"
+
+class QIODevice;
+
+// Writes the dive as CSV text to out: the summary lines, the warning and information
+// flags, body nitrogen, then one line per profile sample; lines end in a single line feed.
+// A dive whose page ran out in its profile ends after the last sample read, with
+// "exception:..." logged where the next line would have been. Returns false, logged the
+// same way, when out refuses a write (errno is left as the failing write set it) or when
+// the page held no summary.
+bool WriteDiveLogCsv(QIODevice &out, const DiveRecord &dive);
+
+// Decodes one dive page and saves it as the CSV file at path, committed whole or not at
+// all: an older file there stays as it was until the new one replaces it. A dive whose
+// profile runs past its page is saved as far as the page goes. A missing page (nullptr)
+// writes zeros.
+SaveResult DiveLogCsvSave(const QString &path, const QByteArray *g_dive_log_buffer);

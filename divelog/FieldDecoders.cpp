@@ -2,7 +2,6 @@
 
 #include <QDateTime>
 #include <QTimeZone>
-#include <optional>
 
 #include "SystemLog.h"
 
@@ -23,9 +22,10 @@ uint8_t ByteAt(const QByteArray &data, int32_t index) {
   return static_cast<uint8_t>(data[index]);
 }
 
-std::optional<QDateTime> DeviceClockInstant(const QByteArray *data, int32_t yearIndex,
-                                            int32_t monthIndex, int32_t dayIndex, int32_t hourIndex,
-                                            int32_t minuteIndex) {
+}  // namespace
+
+QDateTime DeviceClockUtc(const QByteArray *data, int32_t yearIndex, int32_t monthIndex,
+                         int32_t dayIndex, int32_t hourIndex, int32_t minuteIndex) {
   const int year = bcd2bin(data, yearIndex);
   const int month = bcd2bin(data, monthIndex);
   const int day = bcd2bin(data, dayIndex);
@@ -39,12 +39,14 @@ std::optional<QDateTime> DeviceClockInstant(const QByteArray *data, int32_t year
   if (year > 99 || !date.isValid() || !time.isValid()) {
     SystemLog("NSDataToNSDateJST:nil!. %02d/%02d/%02d %02d:%02d:00", year, month, day, hour,
               minute);
-    return std::nullopt;
+    return {};
   }
-  return QDateTime(date, time, QTimeZone::utc()).toTimeZone(JapanTime());
+  return QDateTime(date, time, QTimeZone::utc());
 }
 
-}  // namespace
+QDateTime InJapanTime(const QDateTime &instant) {
+  return instant.toTimeZone(JapanTime());
+}
 
 int32_t NSDataToInt(const QByteArray *data, int32_t index) {
   if (data == nullptr) {
@@ -74,23 +76,23 @@ int32_t bcd2bin(const QByteArray *data, int32_t index) {
 
 QString NSDataToNSDateJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
                           int32_t hour, int32_t minute, uint8_t style) {
-  const auto instant = DeviceClockInstant(data, year, month, day, hour, minute);
-  if (!instant) return {};
-  return instant->toString(style == kListStyle ? QStringLiteral("yyyy/MM/dd")
-                                               : QStringLiteral("yyyy-MM-dd"));
+  const QDateTime instant = InJapanTime(DeviceClockUtc(data, year, month, day, hour, minute));
+  if (!instant.isValid()) return {};
+  return instant.toString(style == kListStyle ? QStringLiteral("yyyy/MM/dd")
+                                              : QStringLiteral("yyyy-MM-dd"));
 }
 
 QString NSDataToNSTimeJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
                           int32_t hour, int32_t minute, uint8_t style) {
-  const auto instant = DeviceClockInstant(data, year, month, day, hour, minute);
-  if (!instant) return {};
-  return instant->toString(style == kListStyle ? QStringLiteral("HH:mm") : QStringLiteral("HH-mm"));
+  const QDateTime instant = InJapanTime(DeviceClockUtc(data, year, month, day, hour, minute));
+  if (!instant.isValid()) return {};
+  return instant.toString(style == kListStyle ? QStringLiteral("HH:mm") : QStringLiteral("HH-mm"));
 }
 
 int32_t NSDataToNSDateNumberJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
                                 int32_t hour, int32_t minute) {
-  const auto instant = DeviceClockInstant(data, year, month, day, hour, minute);
-  if (!instant) return 20220101;
-  const QDate date = instant->date();
+  const QDateTime instant = InJapanTime(DeviceClockUtc(data, year, month, day, hour, minute));
+  if (!instant.isValid()) return 20220101;
+  const QDate date = instant.date();
   return date.year() * 10000 + date.month() * 100 + date.day();
 }

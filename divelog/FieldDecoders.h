@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 #include <cstdint>
 #include <stdexcept>
@@ -28,6 +29,11 @@ inline constexpr uint8_t kFileStyle = 0;  // "yyyy-MM-dd", "HH-mm"
 // The device's clock runs on UTC, while divers read its times in Japan time: the five BCD
 // bytes are read as a UTC instant and shown at UTC+9. The single date 99-12-31 is the
 // device's mark for an unset clock and lies in 1999; every other year in 2000-2099.
+// The instant is invalid, and logged, when the bytes make no valid date.
+QDateTime DeviceClockUtc(const QByteArray *data, int32_t year, int32_t month, int32_t day,
+                         int32_t hour, int32_t minute);
+// An instant as divers read it.
+QDateTime InJapanTime(const QDateTime &instant);
 // The text readers return a null QString when the bytes make no valid date.
 QString NSDataToNSDateJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
                           int32_t hour, int32_t minute, uint8_t style);

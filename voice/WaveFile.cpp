@@ -1,7 +1,9 @@
 #include "WaveFile.h"
 
 #include <QFile>
+#include <QSaveFile>
 #include <QtEndian>
+#include <cerrno>
 #include <cstring>
 
 #include "SystemLog.h"
@@ -52,56 +54,60 @@ QByteArray WaveHeader(uint64_t audioLength) {
   return header;
 }
 
-bool Bin2wav8k(const QString &binaryFilename, const QString &saveWaveFilename) {
+bool WriteWave(QIODevice &out, const QByteArray &audio) {
+  const QByteArray header = WaveHeader(static_cast<uint64_t>(audio.size()));
+  if (out.write(header) == header.size() && out.write(audio) == audio.size()) return true;
+  // The caller classifies the failure by errno, which the log line must not hide.
+  const int systemError = errno;
+  SystemLog("Bin2wav8k write error:%s", qUtf8Printable(out.errorString()));
+  errno = systemError;
+  return false;
+}
+
+SaveResult Bin2wav8k(const QString &binaryFilename, const QString &saveWaveFilename) {
   if (binaryFilename.isNull()) {
     SystemLog("Bin2wav8k:binaryFilename is nil.");
-    return false;
+    return {SaveError::Other, QStringLiteral("no clip file name")};
   }
   if (saveWaveFilename.isNull()) {
     SystemLog("Bin2wav8k:g_saveWaveFilename is nil.");
-    return false;
+    return {SaveError::Other, QStringLiteral("no file name")};
   }
   QFile clip(binaryFilename);
   if (!clip.open(QIODevice::ReadOnly)) {
     SystemLog("Bin2wav8k binaryFilename filehandle is nil.");
-    return false;
+    return {SaveError::Other, clip.errorString()};
   }
   const QByteArray audio = clip.readAll();
   if (clip.error() != QFileDevice::NoError) {
     SystemLog("Bin2wav8k read_data is nil.");
-    return false;
+    return {SaveError::Other, clip.errorString()};
   }
   SystemLog("Bin2wav8k read_data read OK.size=%lu.", static_cast<unsigned long>(audio.size()));
   clip.close();
 
-  QString removeError;
-  QFile wave(saveWaveFilename);
-  if (wave.exists() && !wave.remove()) {
-    removeError = wave.errorString();
-    SystemLog("file:%s removeError:%s", qUtf8Printable(saveWaveFilename),
-              qUtf8Printable(removeError));
-  }
-  if (!wave.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+  QSaveFile wave(saveWaveFilename);
+  errno = 0;
+  if (!wave.open(QIODevice::WriteOnly)) {
+    const SaveResult failure = SaveFailure(wave, errno);
     SystemLog("Bin2wav8k Filename=%s filehandle is nil.", qUtf8Printable(saveWaveFilename));
-    return false;
+    return failure;
   }
-  const QByteArray header = WaveHeader(static_cast<uint64_t>(audio.size()));
-  if (wave.write(header) != header.size() || wave.write(audio) != audio.size()) {
-    // A full disk: keep the received clip, and drop the partial WAV, whose header would
-    // promise audio that is not there.
-    SystemLog("Bin2wav8k write error:%s", qUtf8Printable(wave.errorString()));
-    wave.close();
-    wave.remove();
-    return false;
+  errno = 0;
+  if (!WriteWave(wave, audio)) return SaveFailure(wave, errno);
+  // The file's writes are buffered, so a full disk mostly shows here. Qt's commit() may
+  // report success for a file cut short by its last buffered write, so the buffer is
+  // written out and checked first.
+  errno = 0;
+  if (!wave.flush() || !wave.commit()) {
+    const SaveResult failure = SaveFailure(wave, errno);
+    SystemLog("Bin2wav8k write error:%s", qUtf8Printable(failure.reason));
+    return failure;
   }
-  wave.close();
 
-  // A failed removal of an older WAV above is reported again here, even when the clip
-  // file goes; support has always seen the two lines together.
-  if (!clip.remove()) removeError = clip.errorString();
-  if (!removeError.isEmpty()) {
+  if (!clip.remove()) {
     SystemLog("Bin2wav8k file(%s) delete error: %s", qUtf8Printable(binaryFilename),
-              qUtf8Printable(removeError));
+              qUtf8Printable(clip.errorString()));
   }
-  return true;
+  return {};
 }

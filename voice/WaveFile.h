@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <optional>
 
+#include "SaveResult.h"
 #include "VoiceIndex.h"
+
+class QIODevice;
 
 // "<folder>/2023-04-05_13-07_2_voice.wav" for a clip's index entry: its start date and
 // time and its length in minutes. None for an entry shorter than 21 characters. Two clips
@@ -17,8 +20,13 @@ std::optional<QString> MakeVoiceWaveFileName(const QString &entry, const QString
 // bytes; both length fields are cut to 32 bits.
 QByteArray WaveHeader(uint64_t audioLength);
 
-// Writes the clip received into binaryFilename as the WAV file saveWaveFilename (replaced
-// if present), the device's bytes unchanged after the header, and removes binaryFilename.
-// A failure is logged and leaves the received clip in place, so nothing the device sent is
-// lost. Returns true when the WAV file was written whole.
-bool Bin2wav8k(const QString &binaryFilename, const QString &saveWaveFilename);
+// Writes a WAV file to out: the header for the audio, then the device's bytes unchanged.
+// Returns false, logged, when out refuses a write (errno is left as the failing write set
+// it).
+bool WriteWave(QIODevice &out, const QByteArray &audio);
+
+// Saves the clip received into binaryFilename as the WAV file saveWaveFilename, committed
+// whole or not at all: an older file of that name stays as it was until the new one
+// replaces it. binaryFilename is removed once the WAV is committed, and kept on any
+// failure, so nothing the device sent is lost.
+SaveResult Bin2wav8k(const QString &binaryFilename, const QString &saveWaveFilename);

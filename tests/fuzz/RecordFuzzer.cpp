@@ -1,7 +1,7 @@
 // The device's fixed-size records: the 32-byte history record and the 4096-byte dive page
-// through the CSV writer, whatever bytes they hold.
+// through the decoder and the CSV writer, whatever bytes they hold.
+#include <QBuffer>
 #include <QByteArray>
-#include <QTemporaryDir>
 
 #include "DiveLogCsv.h"
 #include "FuzzSupport.h"
@@ -9,7 +9,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   StartFuzzing();
-  static QTemporaryDir folder;
   QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
 
   QByteArray history = bytes.left(32);
@@ -19,7 +18,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
   QByteArray page = bytes;
   page.resize(4096, '\0');
-  DiveLogCsvSave(folder.filePath("dive.csv"), &page);
+  QBuffer csv;
+  csv.open(QIODevice::WriteOnly);
+  WriteDiveLogCsv(csv, DecodeDive(&page));
   DiveLogRowText(page);
   DiveLogFileBaseName(page);
   return 0;

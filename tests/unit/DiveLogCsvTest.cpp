@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <QBuffer>
+#include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QTimeZone>
 
 #include "DiveLogCsv.h"
 #include "DiveLogPage.h"
@@ -94,25 +94,6 @@ TEST_F(DiveLogCsvTest, WritesTheDiveByteForByte) {
   EXPECT_EQ(ReadFile(path), QByteArray(kSampleDiveCsv));
 }
 
-TEST_F(DiveLogCsvTest, AnIndependentCsvReaderSeesTheFields) {
-  const QByteArray page = SampleDive(3);
-  ASSERT_TRUE(DiveLogCsvSave(path, &page));
-  const QString python = QStandardPaths::findExecutable("python3");
-  ASSERT_FALSE(python.isEmpty()) << "python3 is needed for this test";
-  const QString json = RunProgram(
-      python,
-      {"-c", "import csv, json, sys; print(json.dumps(list(csv.reader(open(sys.argv[1])))))",
-       path});
-  const QJsonArray rows = QJsonDocument::fromJson(json.toUtf8()).array();
-  ASSERT_EQ(rows.size(), 24);
-  EXPECT_EQ(rows[9].toArray().toVariantList(),
-            QVariantList({"pressure on entry", "1013.76", "hPa"}));
-  EXPECT_EQ(rows[17].toArray().size(), 18);  // key, 16 tissues, the empty field after the comma
-  EXPECT_TRUE(rows[18].toArray().isEmpty());
-  EXPECT_EQ(rows[23].toArray().toVariantList(),
-            QVariantList({"10", "18.70", "21.5", "10", "5", "3", "21", "SLOW", "DALM", ""}));
-}
-
 TEST_F(DiveLogCsvTest, AllFlagsAndNoneKeepTheirOwnTables) {
   QByteArray page = SampleDive(0);
   page[kWarningFlags] = char(0xFF);
@@ -142,25 +123,55 @@ TEST_F(DiveLogCsvTest, ProfileSizePastThePageEndsTheFileEarly) {
   // 504 samples fill the profile area; 505 to 512 read the summary as samples; the 513th
   // would start at byte 4096.
   const QByteArray page = SampleDive(513);
-  EXPECT_FALSE(DiveLogCsvSave(path, &page));
+  EXPECT_TRUE(DiveLogCsvSave(path, &page).saved());  // as far as the page goes
   const QList<QByteArray> lines = ReadFile(path).split('\n');
   EXPECT_EQ(lines.size(), 21 + 512 + 1);  // header block, 512 samples, empty after the last
   EXPECT_TRUE(lines[21 + 511].startsWith(QByteArray(QByteArray::number(511 * 5) + ",")));
   EXPECT_EQ(log.startingWith("exception:").size(), 1u);
 }
 
-TEST_F(DiveLogCsvTest, FullDiskEndsTheFileAndKeepsWhatWasWritten) {
+// A device with room for `room` bytes, as a disk that fills up.
+struct FillingDevice : QBuffer {
+  explicit FillingDevice(qint64 room) : room(room) { open(QIODevice::WriteOnly); }
+  qint64 writeData(const char *data, qint64 size) override {
+    const qint64 taken = std::min(size, room - pos());
+    return taken > 0 ? QBuffer::writeData(data, taken) : -1;
+  }
+  qint64 room;
+};
+
+TEST_F(DiveLogCsvTest, AFullDeviceIsReportedOnceAndStopsTheText) {
   LogCapture log;
   const QByteArray page = SampleDive(3);
-  {
-    FileSizeLimit limit(100);
-    EXPECT_FALSE(DiveLogCsvSave(path, &page));
-  }
+  FillingDevice device(100);
+  EXPECT_FALSE(WriteDiveLogCsv(device, DecodeDive(&page)));
   EXPECT_EQ(log.startingWith("exception:").size(), 1u);
-  const QByteArray kept = ReadFile(path);
-  EXPECT_GT(kept.size(), 0);
-  EXPECT_LE(kept.size(), 100);
-  EXPECT_TRUE(QByteArray(kSampleDiveCsv).startsWith(kept));
+  EXPECT_EQ(device.data(), QByteArray(kSampleDiveCsv).left(100));
+}
+
+TEST_F(DiveLogCsvTest, AFolderInTheWayIsLeftAsItWasAndSaidSo) {
+  ASSERT_TRUE(QDir().mkpath(path));
+  const QByteArray page = SampleDive(3);
+  const SaveResult result = DiveLogCsvSave(path, &page);
+  EXPECT_EQ(result.error, SaveError::InTheWay);
+  EXPECT_EQ(DescribeSaveFailure(result, "dive.csv"),
+            "dive.csv could not be saved: something else of that name is in the way.");
+  EXPECT_EQ(QDir(dir.path()).count(), 3u);  // ".", ".." and the folder: no temporary file
+}
+
+TEST(DiveRecord, PlainUnitsAndJapanTimeOfARealPage) {
+  QByteArray page = SampleDive(3);
+  // 23:50 to 00:35 on the device's clock, which runs on UTC.
+  page.replace(kEntryMinute, 4, QByteArray::fromHex("50233500"));
+  const DiveRecord dive = DecodeDive(&page);
+  EXPECT_EQ(dive.entry, QDateTime(QDate(2023, 11, 5), QTime(23, 50), QTimeZone::utc()));
+  EXPECT_EQ(dive.entryJapanTime().toString(Qt::ISODate), "2023-11-06T08:50:00+09:00");
+  EXPECT_EQ(dive.exitJapanTime().toString(Qt::ISODate), "2023-11-06T09:35:00+09:00");
+  EXPECT_FLOAT_EQ(dive.temperatureCelsius(), -1.0f);
+  EXPECT_DOUBLE_EQ(dive.maxDepthMetres(), 18.34);
+  ASSERT_EQ(dive.samples.size(), 3);
+  EXPECT_EQ(dive.samples[2].seconds, 10);
+  EXPECT_DOUBLE_EQ(dive.samples[2].depthMetres(), 18.70);
 }
 
 TEST_F(DiveLogCsvTest, MissingPageWritesZerosAndMissingPathWritesNothing) {

@@ -1,0 +1,81 @@
+#include "DiveRecord.h"
+
+#include "FieldDecoders.h"
+
+namespace {
+
+using namespace DiveLogPage;
+
+DiveSample DecodeSample(const QByteArray *page, int32_t at, int32_t seconds) {
+  DiveSample sample;
+  sample.seconds = seconds;
+  // Read first, so that a sample past the page is reported by this byte, as it always was.
+  sample.nitrogenOxygen = NSDataToInt(page, at + kSampleNitrogenOxygen);
+  sample.depthWord = NSData2ToInt(page, at + kSampleDepth);
+  sample.temperatureWord = NSData2ToInt(page, at + kSampleTemperature);
+  sample.gasPressure = NSDataToInt(page, at + kSampleGasPressure);
+  sample.oxygenPercent = NSDataToInt(page, at + kSampleOxygenPercent);
+  sample.warningFlags = NSDataToInt(page, at + kSampleWarningFlags);
+  return sample;
+}
+
+// The fields are read in the order the CSV shows them, so that a missing page logs its
+// lines in that order.
+void DecodeSummary(const QByteArray *page, DiveRecord &dive) {
+  const auto byte = [page](int32_t offset) { return NSDataToInt(page, offset); };
+  const auto word = [page](int32_t offset) { return NSData2ToInt(page, offset); };
+  dive.samplingInterval = byte(kSamplingInterval);
+  dive.profileSize = word(kProfileSize);
+  dive.warningFlags = byte(kWarningFlags);
+  dive.informationFlags = byte(kInformationFlags);
+  dive.entryPressureByte = byte(kEntryPressure);
+  dive.entry = DeviceClockUtc(page, kYear, kMonth, kDay, kEntryHour, kEntryMinute);
+  dive.exit = DeviceClockUtc(page, kYear, kMonth, kDay, kExitHour, kExitMinute);
+  // The device keeps one date: a dive over midnight (UTC) ends on the next day.
+  if (dive.entry.isValid() && dive.exit.isValid() && dive.exit < dive.entry) {
+    dive.exit = dive.exit.addDays(1);
+  }
+  dive.dayCount = byte(kDayCount);
+  dive.cns = byte(kCns);
+  dive.safetyFactor = byte(kSafetyFactor);
+  dive.oxygenPercent = byte(kOxygenPercent);
+  dive.diveTimeMinutes = word(kDiveTimeMinutes);
+  dive.maxDepthWord = word(kMaxDepth);
+  dive.averageDepthWord = word(kAverageDepth);
+  dive.temperatureWord = word(kTemperature);
+  dive.otu = word(kOtu);
+  for (int32_t i = 0; i < kBodyNitrogenCount; ++i) dive.bodyNitrogen[i] = byte(kBodyNitrogen + i);
+}
+
+}  // namespace
+
+QDateTime DiveRecord::entryJapanTime() const {
+  return InJapanTime(entry);
+}
+
+QDateTime DiveRecord::exitJapanTime() const {
+  return InJapanTime(exit);
+}
+
+DiveRecord DecodeDive(const QByteArray *page) {
+  DiveRecord dive;
+  try {
+    DecodeSummary(page, dive);
+  } catch (const DataRangeError &error) {
+    DiveRecord none;
+    none.reach = PageReach::EndsInSummary;
+    none.pageEnd = error.what();
+    return none;
+  }
+  // The device's size is taken as it stands; no page holds more than 512 samples, so a
+  // larger one ends at the range error.
+  try {
+    for (int32_t k = 0; k < dive.profileSize; ++k) {
+      dive.samples.append(DecodeSample(page, k * kSampleBytes, k * dive.samplingInterval));
+    }
+  } catch (const DataRangeError &error) {
+    dive.reach = PageReach::EndsInProfile;
+    dive.pageEnd = error.what();
+  }
+  return dive;
+}
