@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QThread>
 
+#include "Commands.h"
 #include "DevicePicture.h"
 #include "Localization.h"
 #include "SystemLog.h"
@@ -44,6 +45,7 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
   setWindowTitle(QStringLiteral("Mrvtq5dk"));
   timer2_.setInterval(1000);
   connect(&timer2_, &QTimer::timeout, this, [this] { session_.timer2Call(); });
+  session_.setConnectionHandler([this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
 ViewController::~ViewController() {
@@ -294,19 +296,22 @@ void ViewController::tableViewSelectionDidChange(IndexList list) {
 
 void ViewController::comboBoxSelectionDidChange() {
   SessionState &state = session_.state();
-  if (state.g_serial_port_status != CONNECTED_IDLE) {
+  SessionContext &context = session_.context();
+  if (state.g_serial_port_status != CONNECTED_IDLE ||
+      !context.operation.begin(Operation::ConnectAndList,
+                               [this](const Outcome &outcome) { showOutcome(outcome); })) {
     logs_.SetIndexSearchDatatime();
     return;
   }
   ui_->comboBox_index_search_range->setEnabled(false);
   ui_->button_reconnect->setEnabled(false);
   logs_.SetIndexSearchDatatime();
-  state.g_receive_data_type_is_voice_record = eSERIAL_RX_VOICE_INDEX;
   state.g_read_index_sequence = 1;
-  session_.context().clearList(IndexList::Voice);
-  session_.context().clearList(IndexList::Log);
-  session_.context().DisableButtonControl();
-  session_.context().sendCommand(QStringLiteral("vi\r\n"));
+  context.clearList(IndexList::Voice);
+  context.clearList(IndexList::Log);
+  context.DisableButtonControl();
+  context.transitions.request(CONNECTED_IDLE, eSERIAL_RX_VOICE_INDEX,
+                              QString::fromLatin1(Command::kVoiceIndex));
 }
 
 void ViewController::action_button_reconnect() {
@@ -316,9 +321,38 @@ void ViewController::action_button_reconnect() {
 }
 
 void ViewController::action_button_download_voice() {
-  voice_.action_button_download_voice();
+  SessionContext &context = session_.context();
+  if (session_.state().g_serial_port_status != CONNECTED_IDLE) {
+    context.DisableButtonControl();
+    return;
+  }
+  const IndexLists &lists = context.lists;
+  const int row = selectedRow(IndexList::Voice);
+  if (row < 0 || row >= lists.items_voice_index_number.size()) return;
+  voice_.downloadClip(lists.items_voice_index_number[row],
+                      [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
 void ViewController::action_button_download_log() {
-  logs_.action_button_download_log();
+  logs_.action_button_download_log([this](const Outcome &outcome) { showOutcome(outcome); });
+}
+
+void ViewController::showOutcome(const Outcome &outcome) {
+  ui_->label_status->setText(outcome.sentence);
+  if (outcome.sentence.isEmpty()) return;
+  switch (outcome.failure) {
+    case Failure::None:
+      // A finished download is told in a box; a finished listing shows in the lists.
+      if (outcome.operation != Operation::ConnectAndList) messageBox(outcome.sentence);
+      return;
+    case Failure::Unplugged:
+    case Failure::IdentityRefused:
+    case Failure::Abandoned:
+    case Failure::Cancelled:
+    case Failure::Busy:
+    case Failure::NotOnDevice:
+      return;  // the status line says it; the lists and controls show the rest
+    default:
+      messageBox(outcome.sentence);
+  }
 }

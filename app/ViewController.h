@@ -92,6 +92,8 @@ class ViewController : public QWidget, public WindowOperations {
   void enableIndexTable(IndexList list, bool enable);
   void tableViewSelectionDidChange(IndexList list);
   void showCaption(IndexTable &table);
+  // What the diver sees of an operation's end: the status line, and the box it calls for.
+  void showOutcome(const Outcome &outcome);
 
   std::unique_ptr<Ui::ViewController> ui_;
   IndexTable voiceTable_, logTable_;

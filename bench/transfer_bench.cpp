@@ -128,15 +128,16 @@ Figures Run(const char *firmware, int64_t rate, const Setup &setup) {
     device.waitForFinished();
     return figures;
   }
-  const QString done = QStringLiteral("messageBox:") + Localized("download_complete");
   clock.restart();
   const double cpuAtClipStart = CpuSeconds();
-  voice.action_button_download_voice();
+  voice.downloadClip(
+      session.context().lists.items_voice_index_number.value(window.selectedRow(IndexList::Voice)),
+      window.outcomes());
   // Sleeps in the event loop as the program does, woken by the supervision timer and a
   // look every 0.1 s; polling here would count against the session's CPU time.
   QTimer look;
   look.start(100);
-  while (!window.calls().join(u'\n').contains(done) && clock.elapsed() < 3600000)
+  while (!window.lastOutcome() && clock.elapsed() < 3600000)
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   figures.clipBytes = session.state().g_voice_data_size;
   figures.clipSeconds = clock.elapsed() / 1000.0;

@@ -18,7 +18,7 @@ inline constexpr const char *kEnglishStringTable = ":/i18n/mrvtq5dk_en.qm";
 inline constexpr const char *kJapaneseStringTable = ":/i18n/mrvtq5dk_ja.qm";
 
 // Every key the program looks up.
-inline constexpr std::array<const char *, 25> kStringTableKeys = {
+inline constexpr std::array<const char *, 41> kStringTableKeys = {
     "initial_error",
     "open_serial_port",
     "target_model_error",
@@ -44,4 +44,20 @@ inline constexpr std::array<const char *, 25> kStringTableKeys = {
     "Could not save changes while quitting. Quit anyway?",
     "Quitting now will lose any changes you have made since the last successful save",
     "Quit anyway",
+    "device_not_answering",
+    "device_disconnected",
+    "device_busy",
+    "transfer_cancelled",
+    "item_not_on_device",
+    "save_failed",
+    "save_error_disk_full",
+    "save_error_read_only",
+    "save_error_in_the_way",
+    "save_error_other",
+    "status_connecting",
+    "status_reading_voice",
+    "status_reading_dive",
+    "status_connected",
+    "status_downloading",
+    "status_saved",
 };

@@ -1,5 +1,7 @@
 #include "TextValues.h"
 
+#include <charconv>
+
 #include <QStringDecoder>
 
 #include <limits>
@@ -60,4 +62,12 @@ QString DecodeUtf8Strict(QByteArrayView bytes) {
   const QString text = utf8.decode(bytes);
   if (utf8.hasError()) return {};
   return text.isNull() ? QStringLiteral("") : text;
+}
+
+double LeadingDecimal(QStringView text) {
+  const QByteArray bytes = text.toLatin1();
+  double value = 0;
+  const std::from_chars_result read =
+      std::from_chars(bytes.constData(), bytes.constData() + bytes.size(), value);
+  return read.ec == std::errc() ? value : 0.0;
 }

@@ -13,6 +13,10 @@
 // Saturates at the 32-bit bounds; no digits read as 0.
 int32_t IntValue(QStringView text);
 
+// A decimal number with a point, read the same under every locale: the longest prefix
+// that reads as one ("1.2.3" reads 1.2); nothing readable reads 0.
+double LeadingDecimal(QStringView text);
+
 // Hexadecimal digits from the start; the first other character ends the number. An empty
 // text reads as 0; values past 32 bits saturate at 0xFFFFFFFF.
 uint32_t HexValue(QStringView text);

@@ -1,9 +1,11 @@
 #include "LogTransfer.h"
 
+#include "Commands.h"
 #include "DiveLogCsv.h"
 #include "DiveLogPage.h"
 #include "Localization.h"
 #include "LogIndex.h"
+#include "SaveResult.h"
 #include "SystemLog.h"
 
 namespace {
@@ -26,7 +28,7 @@ LogTransfer::~LogTransfer() {
 }
 
 void LogTransfer::requestPage(int32_t number, bool dropSequenceOnFailure) {
-  context_.sendCommand(QString::asprintf("lp%06d\r\n", number), dropSequenceOnFailure);
+  context_.transitions.request(Command::Page(number), dropSequenceOnFailure);
 }
 
 void LogTransfer::receiveHistory(char *bytes, size_t length) {
@@ -61,11 +63,15 @@ void LogTransfer::endOfIndexSequence(bool sendDetail) {
   window.setEnabled(Outlet::button_reconnect, true);
   window.EnableButtonDownloadVoice(true);
   state.g_serial_port_status = CONNECTED_IDLE;
-  if (sendDetail) {
-    state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
-    context_.sendCommand(QStringLiteral("#detail\r\n"), false);
-  }
+  context_.transitions.finish(
+      Outcome{Operation::ConnectAndList, Failure::None, Localized("status_connected"), {}});
+  if (sendDetail) closeWithDetail();
   state.g_read_index_sequence = 0;
+}
+
+void LogTransfer::closeWithDetail() {
+  context_.state.trailingReplyPending = true;
+  context_.transitions.request(CONNECTED_IDLE, eSERIAL_RX_RESPONSE, Command::kDetail, false);
 }
 
 void LogTransfer::receivePage(char *bytes, size_t length) {
@@ -116,9 +122,9 @@ void LogTransfer::downloadPage() {
   SessionState &state = context_.state;
   WindowOperations &window = context_.window;
   const QString base = DiveLogFileBaseName(g_dive_log_buffer);
-  const QString path = AppendPathComponent(state.paths.get().g_log_folder_path,
-                                           base + QStringLiteral("_profile.csv"));
-  DiveLogCsvSave(path, &g_dive_log_buffer);
+  const QString name = base + QStringLiteral("_profile.csv");
+  const QString path = AppendPathComponent(state.paths.get().g_log_folder_path, name);
+  const SaveResult saved = DiveLogCsvSave(path, &g_dive_log_buffer);
   state.g_log_download_mode = kListing;
   window.EnableComboBoxVoiceIndex(true);
   window.EnableComboBoxLogIndex(true);
@@ -126,10 +132,15 @@ void LogTransfer::downloadPage() {
   window.EnableButtonDownloadLog(true);
   window.setEnabled(Outlet::comboBox_index_search_range, true);
   window.setEnabled(Outlet::button_reconnect, true);
-  window.messageBox(base + QStringLiteral("\r\n") + Localized("download_complete"));
-  state.g_serial_port_status = CONNECTED_IDLE;
-  state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
-  context_.sendCommand(QStringLiteral("#detail\r\n"), false);
+  // "Download complete" only for a file that is there, whole.
+  context_.transitions.finish(
+      saved.saved() ? Outcome{Operation::DownloadDive, Failure::None,
+                              base + QStringLiteral("\r\n") + Localized("download_complete"), path}
+                    : Outcome{Operation::DownloadDive,
+                              Failure::CannotSave,
+                              DescribeSaveFailure(saved, name),
+                              {}});
+  closeWithDetail();
 }
 
 void LogTransfer::AddDiveLogIndex(const QString &text, int32_t number) {
@@ -154,7 +165,7 @@ void LogTransfer::SetIndexSearchDatatime() {
   context_.state.g_index_search_date = SearchDateBound(context_.window.searchRangeText(), today());
 }
 
-void LogTransfer::action_button_download_log() {
+void LogTransfer::action_button_download_log(OutcomeHandler done) {
   SessionState &state = context_.state;
   WindowOperations &window = context_.window;
   IndexLists &lists = context_.lists;
@@ -162,7 +173,6 @@ void LogTransfer::action_button_download_log() {
     context_.DisableButtonControl();
     return;
   }
-  if (!context_.CreateFolder()) return;
   const long count = long(lists.items_log_index.size());
   if (count > 0 && window.selectedRow(IndexList::Log) < 0) {
     window.reloadList(IndexList::Log, lists.items_log_index);
@@ -183,18 +193,39 @@ void LogTransfer::action_button_download_log() {
               long(lists.items_log_index_number.size()));
     return;
   }
-  const int32_t number = lists.items_log_index_number[row];
+  downloadDive(lists.items_log_index_number[row], std::move(done));
+}
+
+void LogTransfer::downloadDive(int32_t number, OutcomeHandler done) {
+  SessionState &state = context_.state;
+  const auto refuse = [&done](Failure failure, const QString &sentence) {
+    if (done) done(Outcome{Operation::DownloadDive, failure, sentence, {}});
+  };
+  if (state.g_serial_port_status != CONNECTED_IDLE || context_.operation.active()) {
+    refuse(Failure::Busy, Localized("device_busy"));
+    return;
+  }
+  if (QString error; !context_.CreateFolder(&error)) {
+    refuse(Failure::CannotMakeFolder, error);
+    return;
+  }
   state.g_log_number = number;
   // A dive no longer in the device's history is not asked for.
-  if (number < 0 || state.g_log_history_start - number >= state.g_log_history_count) return;
-
-  context_.DisableButtonControl();
-  window.setEnabled(Outlet::button_reconnect, false);
-  window.setEnabled(Outlet::comboBox_index_search_range, false);
-  state.g_dive_log_received = 0;
-  state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_DATA;
-  state.g_log_download_mode = kDownload;
-  requestPage(number, true);
+  if (number < 0 || state.g_log_history_start - number >= state.g_log_history_count) {
+    refuse(Failure::NotOnDevice, Localized("item_not_on_device"));
+    return;
+  }
+  context_.operation.begin(Operation::DownloadDive, std::move(done));
+  context_.whenLineQuiet([this, number] {
+    SessionState &state = context_.state;
+    WindowOperations &window = context_.window;
+    context_.DisableButtonControl();
+    window.setEnabled(Outlet::button_reconnect, false);
+    window.setEnabled(Outlet::comboBox_index_search_range, false);
+    state.g_dive_log_received = 0;
+    state.g_log_download_mode = kDownload;
+    context_.transitions.request(CONNECTED_IDLE, eSERIAL_RX_LOG_DATA, Command::Page(number));
+  });
 }
 
 void LogTransfer::readRequestDiveLog() {
@@ -205,15 +236,15 @@ void LogTransfer::readRequestDiveLog() {
     state.g_dive_log_received = 0;
     state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_DATA;
     state.g_log_download_mode = kPageDump;
-    command = QString::asprintf("lr%03d\r\n", offset);
+    command = Command::DumpPage(offset);
   } else if (offset == kLastDumpOffset + 1) {
     state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_HISTORY;
     state.g_log_download_mode = kPageDump;
-    command = QStringLiteral("lh\r\n");
+    command = QString::fromLatin1(Command::kLogHistory);
   } else {
     SystemLog("readRequestDiveLog else..");
     return;
   }
   state.g_log_page_offset = offset + 1;
-  context_.sendCommand(command);
+  context_.transitions.request(command);
 }

@@ -18,8 +18,12 @@ class LogTransfer {
   LogTransfer(const LogTransfer &) = delete;
   LogTransfer &operator=(const LogTransfer &) = delete;
 
-  // The log download button (main thread).
-  void action_button_download_log();
+  // The log download button (main thread): downloads the selected dive, reported to done.
+  void action_button_download_log(OutcomeHandler done);
+  // Downloads the dive with that history number as its CSV file; done hears how it ended,
+  // on the main thread. Refused at once while the session is not idle, when the storage
+  // folders cannot be made, or for a dive the device no longer holds.
+  void downloadDive(int32_t number, OutcomeHandler done);
   // Recomputes g_index_search_date from the chosen range and today (main thread).
   void SetIndexSearchDatatime();
   // Appends a row to the log list, on the main thread.
@@ -37,6 +41,8 @@ class LogTransfer {
   void listingPage();
   void downloadPage();
   void endOfIndexSequence(bool sendDetail);
+  // Back to idle, with the "#detail" that closes a listing or a download.
+  void closeWithDetail();
   void requestPage(int32_t number, bool dropSequenceOnFailure);
 
   Session &session_;

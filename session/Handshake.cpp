@@ -1,12 +1,13 @@
 #include "Handshake.h"
 
+#include "Commands.h"
 #include "SessionContext.h"
 #include "SystemLog.h"
 
 void Handshake::timer2Call() {
   SessionState &state = context_.state;
   WindowOperations &window = context_.window;
-  const char *command = nullptr;
+  Transitions &transitions = context_.transitions;
   switch (state.g_serial_port_status.load()) {
     case TRY_CONNECT_TX_KIND:
       if (!context_.channel.isOpen() || !state.readThreadRunning) break;
@@ -16,25 +17,21 @@ void Handshake::timer2Call() {
       window.setVisible(Outlet::label_dive_log, true);
       window.setEnabled(Outlet::comboBox_index_search_range, false);
       window.setVisible(Outlet::label_com_number, false);
-      state.g_serial_port_status = TRY_CONNECT_RX_KIND;
-      state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
       state.g_read_index_sequence = 1;
-      command = "#kind\r\n";
+      transitions.request(TRY_CONNECT_RX_KIND, eSERIAL_RX_RESPONSE, Command::kKind);
       break;
     case TRY_CONNECT_KIND_DONE:
       // A whole tick between a reply and the next command gives the device time.
       state.g_serial_port_status = TRY_CONNECT_TX_DETAIL;
       break;
     case TRY_CONNECT_TX_DETAIL:
-      state.g_serial_port_status = TRY_CONNECT_RX_DETAIL;
-      command = "#detail\r\n";
+      transitions.request(TRY_CONNECT_RX_DETAIL, eSERIAL_RX_RESPONSE, Command::kDetail);
       break;
     case TRY_CONNECT_DETAIL_DONE:
       state.g_serial_port_status = TRY_CONNECT_TX_GSER;
       break;
     case TRY_CONNECT_TX_GSER:
-      state.g_serial_port_status = TRY_CONNECT_RX_GSER;
-      command = "#gser\r\n";
+      transitions.request(TRY_CONNECT_RX_GSER, eSERIAL_RX_RESPONSE, Command::kSerialNumber);
       break;
     case CONNECTED_IDLE:
       // The device's removal is noticed here only; during a handshake the failed read
@@ -43,6 +40,7 @@ void Handshake::timer2Call() {
         window.setVisible(Outlet::label_com_number, true);
         state.g_serial_port_status = DISCONNECTED;
         context_.DisableButtonControl();
+        context_.operation.fail(Failure::Unplugged, QString());
       }
       break;
     case TRY_TX_VOICE_RETRY:
@@ -50,22 +48,18 @@ void Handshake::timer2Call() {
       if (context_.hooks.DownloadVoiceData) context_.hooks.DownloadVoiceData();
       break;
     case TRY_TX_VOICE_INDEX:
-      state.g_serial_port_status = RX_VOICE_INDEX;
-      state.g_receive_data_type_is_voice_record = eSERIAL_RX_VOICE_INDEX;
       context_.clearList(IndexList::Voice);
-      command = "vi\r\n";
+      transitions.request(RX_VOICE_INDEX, eSERIAL_RX_VOICE_INDEX, Command::kVoiceIndex);
       break;
     case TRY_TX_LOG_HISTORY:
-      state.g_serial_port_status = RX_LOG_HISTORY;
-      state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_HISTORY;
       state.g_dive_log_received = 0;
       context_.clearList(IndexList::Log);
-      command = "lh\r\n";
+      transitions.request(RX_LOG_HISTORY, eSERIAL_RX_LOG_HISTORY, Command::kLogHistory);
       break;
     default:
       break;  // the receive thread moves the other states on
   }
-  if (command != nullptr) context_.sendCommand(QString::fromLatin1(command));
+  transitions.checkDeadline();
 
   window.setIsProcessing(state.g_voice_download_active == 1 &&
                          state.g_serial_port_status == CONNECTED_IDLE && state.deviceExist != 0);
@@ -77,8 +71,11 @@ void Handshake::Reconnect() {
     return;
   }
   SessionState &state = context_.state;
+  state.g_read_index_sequence = 1;
+  // A failed write is not reported here: the reply deadline tells.
   state.g_serial_port_status = TRY_CONNECT_RX_KIND;
   state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
-  state.g_read_index_sequence = 1;
-  context_.channel.writeString("#kind\r\n");
+  context_.channel.discardInput();
+  state.lastLineActivityMs = context_.clockMs();
+  context_.channel.writeString(Command::kKind);
 }

@@ -21,11 +21,17 @@ QStringList SplitAtBlanks(const QString &text) {
 }  // namespace
 
 double FirmwareVersion(const QString &field) {
-  QByteArray digits;
+  QString digits;
   for (QChar c : field) {
-    if ((c >= u'0' && c <= u'9') || c == u'.') digits += char(c.unicode());
+    if ((c >= u'0' && c <= u'9') || c == u'.') digits += c;
   }
-  return std::strtod(digits.constData(), nullptr);
+  // The device writes "1.180" whatever the diver's language: never read it by the
+  // locale's rules, where the decimal point may be a comma.
+  return LeadingDecimal(digits);
+}
+
+void IdentityReplies::refuse() {
+  context_.transitions.disconnect(Failure::IdentityRefused, QString(), Transitions::kNoReconnect);
 }
 
 void IdentityReplies::handle(const char *text, size_t length) {
@@ -41,6 +47,8 @@ void IdentityReplies::handle(const char *text, size_t length) {
       break;
     default:
       SystemLog("Reciving other commands:%s", text);
+      // The answer to the "#detail" that closed a listing or a download.
+      context_.state.trailingReplyPending = false;
       return;
   }
   switch (status) {
@@ -67,9 +75,8 @@ void IdentityReplies::modelReply(const char *text, size_t length) {
     context_.window.setText(Outlet::label_type, QStringLiteral("QM482"));
     return;
   }
-  context_.state.g_serial_port_status = DISCONNECTED;
-  context_.DisableButtonControl();
-  context_.window.messageBox(Localized("target_model_error"));
+  context_.transitions.disconnect(Failure::WrongModel, Localized("target_model_error"),
+                                  Transitions::kNoReconnect);
 }
 
 void IdentityReplies::detailReply(const char *text) {
@@ -81,14 +88,12 @@ void IdentityReplies::detailReply(const char *text) {
   if (!reply.isNull()) reply.remove(kControl);
   const QStringList values = SplitAtBlanks(reply);
   if (values.isEmpty()) {
-    state.g_serial_port_status = DISCONNECTED;
-    context_.DisableButtonControl();
+    refuse();
     SystemLog("values.count 0. disconnect.");
     return;
   }
   if (values[0] != u"OK" || (values.size() != 6 && values.size() != 7)) {
-    state.g_serial_port_status = DISCONNECTED;
-    context_.DisableButtonControl();
+    refuse();
     SystemLog("values.count %ld. disconnect.", long(values.size()));
     return;
   }
@@ -106,8 +111,7 @@ void IdentityReplies::serialNumberReply(const char *text) {
   const QStringList values =
       SplitAtBlanks(DecodeUtf8Strict(QByteArrayView(text, qsizetype(std::strlen(text)))));
   if (values.size() != 5 || values[0] != u"OK") {
-    state.g_serial_port_status = DISCONNECTED;
-    context_.DisableButtonControl();
+    refuse();
     return;
   }
   context_.window.setText(Outlet::label_serial_number, QStringLiteral("SN.") + values[3]);
@@ -116,6 +120,8 @@ void IdentityReplies::serialNumberReply(const char *text) {
   } else {
     context_.window.setEnabled(Outlet::comboBox_index_search_range, true);
     state.g_serial_port_status = CONNECTED_IDLE;
+    context_.transitions.finish(
+        Outcome{Operation::ConnectAndList, Failure::None, Localized("status_connected"), {}});
   }
 }
 
@@ -133,8 +139,14 @@ void IdentityReplies::cdcwaitReply(const char *text) {
     state.g_serial_port_status = TRY_TX_VOICE_RETRY;
     return;
   }
+  const bool abandoned = state.g_voice_retry_count >= 1;
   state.g_serial_port_status = CONNECTED_IDLE;
   context_.EnableTransferControls();
+  // A clip whose retry the device did not take is dropped without a word to the window;
+  // the command line still learns that it failed.
+  context_.transitions.idleAgain(
+      abandoned ? std::optional(Outcome{Operation::DownloadClip, Failure::Abandoned, QString(), {}})
+                : std::nullopt);
 }
 
 void IdentityReplies::eraseReply(const char *text) {

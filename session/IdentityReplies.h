@@ -22,6 +22,8 @@ class IdentityReplies {
   void cdcwaitReply(const char *text);
   void eraseReply(const char *text);
   void clearReply(const char *text);
+  // An identity reply that makes no sense: the handshake ends, disconnected.
+  void refuse();
 
   SessionContext &context_;
 };

@@ -3,6 +3,7 @@
 #include <QTimer>
 #include <algorithm>
 
+#include "Commands.h"
 #include "Localization.h"
 #include "SessionContext.h"
 #include "SystemLog.h"
@@ -42,11 +43,17 @@ void LinkSupervision::timer1Start() {
 }
 
 void LinkSupervision::sendCdcwait() {
-  SessionState &state = context_.state;
-  state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
-  state.g_serial_port_status = TRY_RX_VOICE_WAIT;
-  const int32_t level = std::clamp<int32_t>(state.g_cdcwait_level, 0, kHighestCdcwaitLevel);
-  context_.sendCommand(QStringLiteral("#cdcwait %1\r\n").arg(CDCWAIT_LEVELS[size_t(level)]));
+  const int32_t level =
+      std::clamp<int32_t>(context_.state.g_cdcwait_level, 0, kHighestCdcwaitLevel);
+  context_.transitions.request(TRY_RX_VOICE_WAIT, eSERIAL_RX_RESPONSE,
+                               Command::Cdcwait(CDCWAIT_LEVELS[size_t(level)]));
+}
+
+void LinkSupervision::giveUp(Failure failure, const char *key) {
+  context_.state.g_voice_retry_count = 0;
+  if (context_.hooks.CloseVoiceBinary) context_.hooks.CloseVoiceBinary();
+  context_.EnableTransferControls();
+  context_.transitions.finish(Outcome{Operation::DownloadClip, failure, Localized(key), {}});
 }
 
 void LinkSupervision::timer1Call() {
@@ -59,15 +66,19 @@ void LinkSupervision::timer1Call() {
 
   if (received == expected) {
     _timer1->invalidate();
-    if (context_.hooks.MakeWaveFile) context_.hooks.MakeWaveFile();
+    Outcome saved{Operation::DownloadClip, Failure::None, QString(), {}};
+    if (context_.hooks.MakeWaveFile) saved = context_.hooks.MakeWaveFile();
     if (state.g_voice_retry_count == 0 && state.g_cdcwait_level >= 1) {
-      // A clean clip: ask for a shorter wait; the controls come back with the answer.
+      // A clean clip: ask for a shorter wait; the controls come back with the answer, and
+      // the clip's outcome with them.
       --state.g_cdcwait_level;
+      context_.transitions.finishWhenIdle(std::move(saved));
       sendCdcwait();
       return;
     }
     state.g_voice_retry_count = 0;
     context_.EnableTransferControls();
+    context_.transitions.finish(std::move(saved));
     return;
   }
 
@@ -75,19 +86,14 @@ void LinkSupervision::timer1Call() {
   if (state.g_voice_idle_ticks.fetch_add(1) < kVoiceStallTicks) return;
   _timer1->invalidate();
   if (expected - received > kVoiceRetryableShortfall) {
-    state.g_voice_retry_count = 0;
-    context_.window.messageBox(Localized("recive_fail"));
-    if (context_.hooks.CloseVoiceBinary) context_.hooks.CloseVoiceBinary();
-    context_.EnableTransferControls();
+    giveUp(Failure::Stalled, "recive_fail");
     return;
   }
   // A short tail missing, or more bytes than announced: fetch the clip again with a
   // longer wait, at most twice.
   if (context_.hooks.CloseVoiceBinary) context_.hooks.CloseVoiceBinary();
   if (state.g_voice_retry_count >= kVoiceMaxRetries) {
-    state.g_voice_retry_count = 0;
-    context_.window.messageBox(Localized("retry_recive_fail"));
-    context_.EnableTransferControls();
+    giveUp(Failure::RetriesExhausted, "retry_recive_fail");
     return;
   }
   ++state.g_voice_retry_count;

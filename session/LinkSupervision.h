@@ -3,6 +3,8 @@
 #include <functional>
 #include <memory>
 
+#include "Outcome.h"
+
 class QTimer;
 class SessionContext;
 
@@ -32,6 +34,8 @@ class LinkSupervision {
 
  private:
   void sendCdcwait();
+  // Ends the clip as failed, its file closed and the controls back.
+  void giveUp(Failure failure, const char *key);
 
   SessionContext &context_;
   std::unique_ptr<SupervisionTimer> _timer1;

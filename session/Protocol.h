@@ -54,4 +54,11 @@ inline constexpr int32_t kVoiceRetryableShortfall = 2047;
 inline constexpr int32_t kVoiceMaxRetries = 2;
 
 inline constexpr unsigned kDeviceBaudRate = 9600;
+
+// A reply that has not moved for this long is not coming: the device stopped answering.
+// Measured from the last byte received (or the request, if nothing came back).
+inline constexpr int64_t kReplyDeadlineMs = 10'000;
+// A new exchange starts only once the line has been quiet this long, so that the tail of
+// an earlier reply is not read as the start of the next one.
+inline constexpr int64_t kQuietLineMs = 200;
 inline constexpr char kPowerOffMessage[] = "Corvamund power is off";

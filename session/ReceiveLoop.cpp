@@ -20,8 +20,10 @@ void ReceiveLoop::start() {
 
 void ReceiveLoop::stop() {
   if (!thread_.joinable()) return;
+  stopping_ = true;
   context_.channel.wakeReader();
   thread_.join();
+  stopping_ = false;
 }
 
 void ReceiveLoop::reciveThread() {
@@ -40,12 +42,14 @@ void ReceiveLoop::reciveThread() {
       continue;
     }
     if (result < 0) break;
+    context_.transitions.byteReceived();
     b_cdc_acm_rx_buffer_[size_t(result)] = '\0';
     dispatch(b_cdc_acm_rx_buffer_.data(), size_t(result));
   }
   SystemLog("read error! %ld", long(result));
   context_.channel.closePort();
   context_.state.readThreadRunning = false;
+  if (!stopping_) context_.transitions.lineLost();
 }
 
 void ReceiveLoop::dispatch(char *bytes, size_t length) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <thread>
 
 #include "IdentityReplies.h"
@@ -29,6 +30,7 @@ class ReceiveLoop {
   SessionContext &context_;
   IdentityReplies replies_;
   std::thread thread_;
+  std::atomic<bool> stopping_{false};  // a read ended by stop() is no lost line
   // The read buffer, one byte longer than the largest read for the terminating zero.
   std::array<char, 4096 + 1> b_cdc_acm_rx_buffer_{};
 };

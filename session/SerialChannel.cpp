@@ -52,6 +52,23 @@ std::optional<QString> SerialChannel::openPort(const QString &path, unsigned bau
   return QString::fromLatin1(failure);
 }
 
+namespace {
+
+// One command is one write; a write the line cut short (a signal, a full output queue)
+// goes on from where it stopped. False when the line refuses the bytes (hung up, gone).
+bool WriteAll(int fd, const char *bytes, size_t size) {
+  while (size > 0) {
+    const ssize_t n = write(fd, bytes, size);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    bytes += n;
+    size -= size_t(n);
+  }
+  return true;
+}
+
+}  // namespace
+
 void SerialChannel::closePort() {
   std::unique_lock lock(descriptorMutex_);
   const int fd = serialFileDescriptor.exchange(-1);
@@ -70,10 +87,16 @@ bool SerialChannel::writeString(const QString &text) {
     return false;
   }
   const QByteArray bytes = text.toUtf8();
-  [[maybe_unused]] ssize_t written =
-      write(fd, bytes.constData(), static_cast<size_t>(bytes.size()));
+  const bool written = WriteAll(fd, bytes.constData(), size_t(bytes.size()));
   SystemLog("writeString:%-.28s", bytes.constData());
-  return true;
+  if (!written) SystemLog("writeString:write error %d", errno);
+  return written;
+}
+
+void SerialChannel::discardInput() {
+  std::shared_lock lock(descriptorMutex_);
+  const int fd = serialFileDescriptor.load();
+  if (fd != -1) tcflush(fd, TCIFLUSH);
 }
 
 bool SerialChannel::writeByte(const QByteArray &data, int32_t start, int32_t size) {
@@ -88,9 +111,9 @@ bool SerialChannel::writeByte(const QByteArray &data, int32_t start, int32_t siz
               static_cast<unsigned long>(data.size()));
     return false;
   }
-  [[maybe_unused]] ssize_t written = write(fd, data.constData() + start, static_cast<size_t>(size));
+  const bool written = WriteAll(fd, data.constData() + start, size_t(size));
   SystemLog("writeByte:%d,%d", start, size);
-  return true;
+  return written;
 }
 
 ssize_t SerialChannel::readPort(char *buffer, size_t size) {

@@ -35,12 +35,15 @@ class SerialChannel {
   bool isOpen() const { return serialFileDescriptor.load() != -1; }
   int descriptor() const { return serialFileDescriptor.load(); }
 
-  // One write of the text's bytes; false (and a log line) when no port is open. The result
-  // of the write itself is not checked: the device's replies tell whether it arrived.
+  // Writes the text's bytes; false (and a log line) when no port is open or the line
+  // refused them.
   bool writeString(const QString &text);
   bool writeString(const char *text) { return writeString(QString::fromLatin1(text)); }
   // Bytes start .. start + size of data in one write.
   bool writeByte(const QByteArray &data, int32_t start, int32_t size);
+  // Drops whatever the device sent that nobody has read yet: the tail of an earlier reply
+  // must not be taken for the start of the next.
+  void discardInput();
 
   // Waits for bytes and reads up to size of them. Returns the count, or a negative value
   // when the port is closed, was closed while waiting, or hung up.

@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include "Localization.h"
+#include "SystemLog.h"
 
 Session::Session(WindowOperations &window, std::unique_ptr<SupervisionTimer> timer1)
     : context_(window),
@@ -11,13 +12,22 @@ Session::Session(WindowOperations &window, std::unique_ptr<SupervisionTimer> tim
 Session::~Session() = default;
 
 void Session::closeSerialPort() {
+  std::lock_guard lock(portMutex_);
   receive_.stop();
   context_.channel.closePort();
 }
 
 std::optional<QString> Session::openSerialPort(const QString &path, unsigned baud) {
+  return openPort(path, baud, connectionHandler_);
+}
+
+std::optional<QString> Session::openPort(const QString &path, unsigned baud, OutcomeHandler done) {
+  // Two arrivals may race here: one port at a time is given up and opened.
+  std::lock_guard lock(portMutex_);
   // The old port's thread closes it as it ends, and ends before the new one starts.
-  closeSerialPort();
+  receive_.stop();
+  context_.channel.closePort();
+  lastPortPath_.set(path);
 
   WindowOperations &window = context_.window;
   if (std::optional<QString> error = context_.channel.openPort(path, baud)) {
@@ -28,6 +38,36 @@ std::optional<QString> Session::openSerialPort(const QString &path, unsigned bau
   window.setText(Outlet::label_type, QString());
   window.setText(Outlet::label_version, QString());
   window.setText(Outlet::label_poweron_message, Localized("open_serial_port"));
+  // A port opened again after an unplug or a hang-up is identified and listed afresh,
+  // exactly as on the first plug-in.
+  context_.transitions.freshStart();
+  context_.operation.begin(Operation::ConnectAndList, std::move(done));
   receive_.start();
   return std::nullopt;
+}
+
+void Session::connectAndList(OutcomeHandler done) {
+  if (!context_.channel.isOpen()) {
+    // The line hung up but the device is still there: open its port again.
+    const QString path = lastPortPath_.get();
+    SystemLog("Reconnect:serialFileDescriptor -1.");
+    if (path.isEmpty() || context_.state.deviceExist == 0) {
+      Outcome outcome{
+          Operation::ConnectAndList, Failure::NoPort, QString::fromLatin1(kPowerOffMessage), {}};
+      if (done) done(outcome);
+      return;
+    }
+    if (const std::optional<QString> error = openPort(path, kDeviceBaudRate, std::move(done))) {
+      SystemLog("serial port reopen error:%s", qUtf8Printable(*error));
+      context_.transitions.disconnect(Failure::NoPort, Localized("initial_error"));
+    }
+    return;
+  }
+  context_.operation.fail(Failure::Cancelled, Localized("transfer_cancelled"));
+  context_.operation.begin(Operation::ConnectAndList, std::move(done));
+  handshake_.Reconnect();
+}
+
+void Session::Reconnect() {
+  connectAndList(connectionHandler_);
 }

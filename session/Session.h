@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 #include "Handshake.h"
@@ -26,8 +27,19 @@ class Session {
   // go away, so that none of their handlers runs after them.
   void closeSerialPort();
 
+  // The session timer's tick, once a second: one handshake step, and the reply deadline.
   void timer2Call() { handshake_.timer2Call(); }
-  void Reconnect() { handshake_.Reconnect(); }
+
+  // Identifies the device and reads both lists again; done hears how it ended. A port
+  // that hung up is opened again first.
+  void connectAndList(OutcomeHandler done);
+  // The reconnect button: connectAndList, reported to the connection handler.
+  void Reconnect();
+  // Who hears how the connection of a newly opened port ended (the window, the command
+  // line). Set before the first port opens.
+  void setConnectionHandler(OutcomeHandler handler) { connectionHandler_ = std::move(handler); }
+  // Ends the operation under way at once, reporting it cancelled.
+  void cancel() { context_.transitions.cancel(); }
   void timer1Start() { supervision_.timer1Start(); }
   void timer1Call() { supervision_.timer1Call(); }
 
@@ -38,7 +50,12 @@ class Session {
   ReceiveLoop &receiveLoop() { return receive_; }
 
  private:
+  std::optional<QString> openPort(const QString &path, unsigned baud, OutcomeHandler done);
+
   SessionContext context_;
+  std::mutex portMutex_;  // opening and closing, from discovery threads and the main thread
+  Guarded<QString> lastPortPath_;
+  OutcomeHandler connectionHandler_;
   ReceiveLoop receive_;
   Handshake handshake_;
   LinkSupervision supervision_;

@@ -1,6 +1,8 @@
 #include "SessionContext.h"
 
 #include <QMetaObject>
+#include <QTimer>
+#include <chrono>
 
 void SessionContext::DisableButtonControl() {
   const int32_t status = state.g_serial_port_status;
@@ -26,11 +28,25 @@ void SessionContext::EnableTransferControls() {
   window.EnableButtonDownloadLog(true);
 }
 
-bool SessionContext::sendCommand(const QString &command, bool dropSequenceOnFailure) {
-  if (channel.writeString(command)) return true;
-  window.messageBox(QString::fromLatin1(kPowerOffMessage));
-  if (dropSequenceOnFailure) state.g_read_index_sequence = 0;
-  return false;
+void SessionContext::whenLineQuiet(std::function<void()> start) {
+  pollQuiet(std::move(start), clockMs() + kReplyDeadlineMs);
+}
+
+void SessionContext::pollQuiet(std::function<void()> start, int64_t giveUpAt) {
+  if (transitions.lineQuiet() || clockMs() >= giveUpAt) {
+    start();
+    return;
+  }
+  QTimer::singleShot(kQuietLineMs / 4, &anchor_,
+                     [this, start = std::move(start), giveUpAt]() mutable {
+                       pollQuiet(std::move(start), giveUpAt);
+                     });
+}
+
+int64_t SteadyClockMs() {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(
+             std::chrono::steady_clock::now().time_since_epoch())
+      .count();
 }
 
 void SessionContext::clearList(IndexList list) {
@@ -44,10 +60,15 @@ void SessionContext::clearList(IndexList list) {
   window.reloadList(list, {});
 }
 
-bool SessionContext::CreateFolder() {
+bool SessionContext::CreateFolder(QString *error) {
   StoragePaths paths = state.paths.get();
-  const bool created = ::CreateFolder(paths, downloadsFolder(),
-                                      [this](const QString &text) { window.messageBox(text); });
+  const bool created = ::CreateFolder(paths, downloadsFolder(), [this, error](const QString &text) {
+    if (error) {
+      *error = text;
+    } else {
+      window.messageBox(text);
+    }
+  });
   state.paths.set(paths);
   return created;
 }

@@ -7,8 +7,10 @@
 #include <functional>
 #include <mutex>
 
+#include "PendingOperation.h"
 #include "SerialChannel.h"
 #include "SessionState.h"
+#include "Transitions.h"
 #include "WindowOperations.h"
 
 // The rows of the two index lists and the device-side number of each row. Touched on the
@@ -20,12 +22,17 @@ struct IndexLists {
   QList<int32_t> items_log_index_number;
 };
 
+// Milliseconds since some fixed point, never going back.
+int64_t SteadyClockMs();
+
 // Where the voice and log parts plug into the session. Set before the port opens.
 struct SessionHooks {
   // Reads of the receive thread by selector, bytes followed by a terminating zero.
   std::function<void(char *bytes, size_t length)> voiceIndex, voiceData, logHistory, logData;
-  // Main thread: request the selected clip; end a complete clip; close the clip file.
-  std::function<void()> DownloadVoiceData, MakeWaveFile, CloseVoiceBinary;
+  // Main thread: request the clip again; end a complete clip, saying whether its file was
+  // saved; close the clip file.
+  std::function<void()> DownloadVoiceData, CloseVoiceBinary;
+  std::function<Outcome()> MakeWaveFile;
 };
 
 // What every component of the session shares: the state, the one serial channel, the
@@ -41,19 +48,30 @@ class SessionContext {
   SessionHooks hooks;
   // Where the storage folders go: the user's Downloads folder unless a front end says.
   std::function<QString()> downloadsFolder = [] { return DownloadsFolder(); };
+  // The operation under way and whoever waits for its outcome.
+  PendingOperation operation;
+  // Milliseconds on a steady clock, for the reply deadline; tests move it by hand.
+  std::function<int64_t()> clockMs = SteadyClockMs;
+  Transitions transitions{*this};
 
   // Greys out the device controls. In DISCONNECTED and TRY_CONNECT_TX_KIND the identity
   // labels are cleared and the reconnect button is disabled too.
   void DisableButtonControl();
   // Gives the controls back when a transfer or an exchange has ended.
   void EnableTransferControls();
-  // Writes a command. When it cannot be written (no port), shows "Corvamund power is off"
-  // and, unless told otherwise, drops the index sequence.
-  bool sendCommand(const QString &command, bool dropSequenceOnFailure = true);
+  // Runs start once the line is quiet (the tail of an earlier reply drained, the reply to
+  // a closing "#detail" in), on the main thread; at the latest after the reply deadline.
+  void whenLineQuiet(std::function<void()> start);
   // Empties a list and its numbers, and the view with them.
   void clearList(IndexList list);
-  // Creates the storage folders if missing, showing the folder error box on failure.
-  bool CreateFolder();
+  // Creates the storage folders if missing. On failure the folder error text goes to
+  // error when given, else to the window as a box.
+  bool CreateFolder(QString *error = nullptr);
+
+ private:
+  void pollQuiet(std::function<void()> start, int64_t giveUpAt);
+
+  QObject anchor_;  // the quiet-line polls die with the session
 };
 
 // Runs work on the main thread's event loop, in the order posted. Made on the main thread;

@@ -63,6 +63,14 @@ struct SessionState {
   // Set by the receive thread when it starts, cleared when it ends after a read error.
   std::atomic<bool> readThreadRunning{false};
 
+  // When the line last showed life (a request sent, a byte received), in milliseconds of
+  // the session's clock: a reply is overdue when this is older than the reply deadline.
+  std::atomic<int64_t> lastLineActivityMs{0};
+  // When the last byte arrived: the next request waits for the line to fall quiet.
+  std::atomic<int64_t> lastByteMs{0};
+  // A listing or a download ended with "#detail", whose reply has not arrived yet.
+  std::atomic<bool> trailingReplyPending{false};
+
   // USB discovery: matching devices attached, and whether its first pass is still to come.
   std::atomic<int32_t> deviceExist{0};
   std::atomic<bool> initialRunning{true};

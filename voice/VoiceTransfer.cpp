@@ -2,7 +2,9 @@
 
 #include <QFileInfo>
 
+#include "Commands.h"
 #include "Localization.h"
+#include "SaveResult.h"
 #include "SystemLog.h"
 #include "WaveFile.h"
 
@@ -11,7 +13,7 @@ VoiceTransfer::VoiceTransfer(Session &session) : session_(session), context_(ses
   hooks.voiceIndex = [this](char *bytes, size_t length) { receiveIndex(bytes, length); };
   hooks.voiceData = [this](char *bytes, size_t length) { receiveClip(bytes, length); };
   hooks.DownloadVoiceData = [this] { DownloadVoiceData(); };
-  hooks.MakeWaveFile = [this] { MakeWaveFile(); };
+  hooks.MakeWaveFile = [this] { return MakeWaveFile(); };
   hooks.CloseVoiceBinary = [this] { CloseVoiceBinary(); };
 }
 
@@ -63,21 +65,34 @@ void VoiceTransfer::UpdateVoiceIndex() {
   });
 }
 
-void VoiceTransfer::action_button_download_voice() {
-  if (context_.state.g_serial_port_status != CONNECTED_IDLE) {
-    context_.DisableButtonControl();
+void VoiceTransfer::downloadClip(int32_t entry, OutcomeHandler done) {
+  const auto refuse = [&done](Failure failure, const QString &sentence) {
+    if (done) done(Outcome{Operation::DownloadClip, failure, sentence, {}});
+  };
+  if (context_.state.g_serial_port_status != CONNECTED_IDLE || context_.operation.active()) {
+    refuse(Failure::Busy, Localized("device_busy"));
     return;
   }
-  if (context_.CreateFolder()) DownloadVoiceData();
+  if (QString error; !context_.CreateFolder(&error)) {
+    refuse(Failure::CannotMakeFolder, error);
+    return;
+  }
+  context_.operation.begin(Operation::DownloadClip, std::move(done));
+  g_entry_ = entry;
+  context_.whenLineQuiet([this] { DownloadVoiceData(); });
 }
 
 void VoiceTransfer::DownloadVoiceData() {
   SessionState &state = context_.state;
   WindowOperations &window = context_.window;
   const IndexLists &lists = context_.lists;
+  const int32_t entry = g_entry_;
   const qsizetype count = lists.items_voice_index.size();
-  const int row = window.selectedRow(IndexList::Voice);
-  if (count == 0 || row < 0 || row >= count) return;
+  const qsizetype row = lists.items_voice_index_number.indexOf(entry);
+  if (count == 0 || row < 0 || row >= count) {
+    fail(Failure::NotOnDevice, Localized("item_not_on_device"));
+    return;
+  }
   const QString &sel = lists.items_voice_index[row];
   SystemLog("DownloadVoiceData:sel:%s,%lu", qUtf8Printable(sel), static_cast<unsigned long>(row));
 
@@ -89,18 +104,14 @@ void VoiceTransfer::DownloadVoiceData() {
   // clip bytes.
   state.g_receive_data_type_is_voice_record = eSERIAL_RX_VOICE_DATA;
   if (state.g_voice_download_active) return;
-  if (lists.items_voice_index_number.size() != count) {
-    SystemLog("_comboBox_voice_index count different..index=%ld", long(row));
-    return;
-  }
-  const int32_t idx = lists.items_voice_index_number[row];
 
   const VoiceIndexState index = g_voice_index_.get();
-  const QString entry = index.g_voice_index.value_or(QStringList()).value(idx);
+  const QString indexEntry = index.g_voice_index.value_or(QStringList()).value(entry);
   const StoragePaths paths = state.paths.get();
   const std::optional<QString> name =
-      MakeVoiceWaveFileName(entry, paths.g_voice_folder_path, index.g_voice_data_block);
+      MakeVoiceWaveFileName(indexEntry, paths.g_voice_folder_path, index.g_voice_data_block);
   if (!name) {
+    fail(Failure::NotOnDevice, Localized("item_not_on_device"));
     state.g_serial_port_status = DISCONNECTED;
     context_.DisableButtonControl();
     session_.Reconnect();
@@ -108,7 +119,7 @@ void VoiceTransfer::DownloadVoiceData() {
     return;
   }
   g_saveWaveFilename = *name;
-  state.g_voice_data_size = GetVoiceDataSize(entry, index.g_voice_data_block);
+  state.g_voice_data_size = GetVoiceDataSize(indexEntry, index.g_voice_data_block);
 
   {
     std::lock_guard lock(fileMutex_);
@@ -118,8 +129,11 @@ void VoiceTransfer::DownloadVoiceData() {
                 qUtf8Printable(file->errorString()));
     }
     if (!file->open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+      const SaveResult failure = SaveFailure(*file, errno);
       SystemLog("DownloadVoiceData Filename=%s filehandle is nil.",
                 qUtf8Printable(paths.g_temp_voice_file_path));
+      fail(Failure::CannotSave,
+           DescribeSaveFailure(failure, QFileInfo(paths.g_temp_voice_file_path).fileName()));
       state.g_serial_port_status = DISCONNECTED;
       context_.DisableButtonControl();
       session_.Reconnect();
@@ -130,15 +144,15 @@ void VoiceTransfer::DownloadVoiceData() {
   state.g_voice_received_size = 0;
   state.g_voice_download_active = 1;
   state.g_voice_idle_ticks = 0;
-  const unsigned long clip = static_cast<unsigned long>(idx - 1);
-  QString command;
-  if (state.g_flow_control_enabled == 1) {
-    command = QString::asprintf("vh%02lu\r\n", clip);
-    state.g_voice_unacked_size = 0;
-  } else {
-    command = QString::asprintf("vr%02lu\r\n", clip);
+  const bool paced = state.g_flow_control_enabled == 1;
+  if (paced) state.g_voice_unacked_size = 0;
+  if (context_.transitions.request(Command::Clip(paced, static_cast<unsigned long>(entry - 1)))) {
+    session_.timer1Start();
   }
-  if (context_.sendCommand(command)) session_.timer1Start();
+}
+
+void VoiceTransfer::fail(Failure failure, const QString &sentence) {
+  context_.transitions.finish(Outcome{Operation::DownloadClip, failure, sentence, {}});
 }
 
 void VoiceTransfer::receiveClip(char *bytes, size_t length) {
@@ -161,7 +175,7 @@ void VoiceTransfer::receiveClip(char *bytes, size_t length) {
     SystemLog("%08d/%08d : %08d", received, state.g_voice_data_size.load(), unacked);
     for (; unacked >= kVoiceAcknowledgeBytes; unacked -= kVoiceAcknowledgeBytes) {
       state.g_voice_unacked_size -= kVoiceAcknowledgeBytes;
-      context_.channel.writeString("vx\r\n");
+      context_.channel.writeString(Command::kAcknowledge);
     }
   }
   state.g_voice_idle_ticks = 0;
@@ -176,10 +190,16 @@ void VoiceTransfer::CloseVoiceBinary() {
   context_.state.g_voice_download_active = 0;
 }
 
-void VoiceTransfer::MakeWaveFile() {
+Outcome VoiceTransfer::MakeWaveFile() {
   CloseVoiceBinary();
-  Bin2wav8k(context_.state.paths.get().g_temp_voice_file_path, g_saveWaveFilename);
   const QString name = QFileInfo(g_saveWaveFilename).fileName();
-  context_.window.messageBox(Localized("download_complete") +
-                             (name.isEmpty() ? g_saveWaveFilename : name));
+  const QString shown = name.isEmpty() ? g_saveWaveFilename : name;
+  const SaveResult saved =
+      Bin2wav8k(context_.state.paths.get().g_temp_voice_file_path, g_saveWaveFilename);
+  if (!saved.saved()) {
+    return Outcome{
+        Operation::DownloadClip, Failure::CannotSave, DescribeSaveFailure(saved, shown), {}};
+  }
+  return Outcome{Operation::DownloadClip, Failure::None, Localized("download_complete") + shown,
+                 g_saveWaveFilename};
 }

@@ -19,16 +19,19 @@ class VoiceTransfer {
   VoiceTransfer(const VoiceTransfer &) = delete;
   VoiceTransfer &operator=(const VoiceTransfer &) = delete;
 
-  // The voice download button: downloads the selected clip when the session is idle and
-  // the folders exist; otherwise only greys out the controls.
-  void action_button_download_voice();
+  // Downloads the clip of the voice index entry (1-based, as the list's numbers give it)
+  // as a WAV file; done hears how it ended, on the main thread. Refused at once while the
+  // session is not idle or the storage folders cannot be made.
+  void downloadClip(int32_t entry, OutcomeHandler done);
 
-  // Requests the selected clip (main thread). Also the retry after a "#cdcwait" exchange.
+  // Requests the clip being downloaded (main thread). Also the retry after a "#cdcwait"
+  // exchange.
   void DownloadVoiceData();
   // Rebuilds the voice list from the last index, on the main thread.
   void UpdateVoiceIndex();
-  // Ends a complete clip: closes the file, writes the WAV file, tells the user.
-  void MakeWaveFile();
+  // Ends a complete clip: closes the file and writes the WAV file; the outcome says
+  // whether it was saved.
+  Outcome MakeWaveFile();
   // Closes the temporary clip file; bytes arriving later are dropped.
   void CloseVoiceBinary();
 
@@ -37,6 +40,7 @@ class VoiceTransfer {
  private:
   void receiveIndex(char *bytes, size_t length);  // receive thread
   void receiveClip(char *bytes, size_t length);   // receive thread
+  void fail(Failure failure, const QString &sentence);
 
   Session &session_;
   MainThreadQueue mainThread_;
@@ -44,6 +48,7 @@ class VoiceTransfer {
   VoiceIndexAccumulator voice_rx_buffer_;  // receive thread only
   Guarded<VoiceIndexState> g_voice_index_;
   QString g_saveWaveFilename;  // main thread
+  int32_t g_entry_ = 0;        // the index entry being downloaded; main thread
   std::mutex fileMutex_;
   std::unique_ptr<QFile>
       g_voice_file_handle;  // opened on the main thread, written on the receive thread

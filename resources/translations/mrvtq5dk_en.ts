@@ -104,5 +104,69 @@
         <source>Quit anyway</source>
         <translation>Quit anyway</translation>
     </message>
+    <message id="device_not_answering">
+        <source>device_not_answering</source>
+        <translation>The device stopped answering. Check the cable, then press Reconnect or plug the device in again.</translation>
+    </message>
+    <message id="device_disconnected">
+        <source>device_disconnected</source>
+        <translation>The device was disconnected. Plug it in again to go on.</translation>
+    </message>
+    <message id="device_busy">
+        <source>device_busy</source>
+        <translation>The device is busy. Wait until the current transfer has ended.</translation>
+    </message>
+    <message id="transfer_cancelled">
+        <source>transfer_cancelled</source>
+        <translation>The transfer was cancelled.</translation>
+    </message>
+    <message id="item_not_on_device">
+        <source>item_not_on_device</source>
+        <translation>That item is no longer on the device. Read the lists again with Reconnect.</translation>
+    </message>
+    <message id="save_failed">
+        <source>save_failed</source>
+        <translation>%1 could not be saved: %2</translation>
+    </message>
+    <message id="save_error_disk_full">
+        <source>save_error_disk_full</source>
+        <translation>the disk is full.</translation>
+    </message>
+    <message id="save_error_read_only">
+        <source>save_error_read_only</source>
+        <translation>the folder cannot be written to.</translation>
+    </message>
+    <message id="save_error_in_the_way">
+        <source>save_error_in_the_way</source>
+        <translation>something else of that name is in the way.</translation>
+    </message>
+    <message id="save_error_other">
+        <source>save_error_other</source>
+        <translation>%1.</translation>
+    </message>
+    <message id="status_connecting">
+        <source>status_connecting</source>
+        <translation>Connecting...</translation>
+    </message>
+    <message id="status_reading_voice">
+        <source>status_reading_voice</source>
+        <translation>Reading the voice clips...</translation>
+    </message>
+    <message id="status_reading_dive">
+        <source>status_reading_dive</source>
+        <translation>Reading dive %1 of %2</translation>
+    </message>
+    <message id="status_connected">
+        <source>status_connected</source>
+        <translation>Connected.</translation>
+    </message>
+    <message id="status_downloading">
+        <source>status_downloading</source>
+        <translation>Downloading %1...</translation>
+    </message>
+    <message id="status_saved">
+        <source>status_saved</source>
+        <translation>Saved %1.</translation>
+    </message>
 </context>
 </TS>

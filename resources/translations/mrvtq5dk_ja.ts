@@ -104,5 +104,69 @@
         <source>Quit anyway</source>
         <translation>終了する</translation>
     </message>
+    <message id="device_not_answering">
+        <source>device_not_answering</source>
+        <translation>デバイスが応答しなくなりました。ケーブルを確認してから、「再接続」を押すか、デバイスを接続し直してください。</translation>
+    </message>
+    <message id="device_disconnected">
+        <source>device_disconnected</source>
+        <translation>デバイスとの接続が切れました。続けるには、もう一度接続してください。</translation>
+    </message>
+    <message id="device_busy">
+        <source>device_busy</source>
+        <translation>デバイスは処理中です。現在の転送が終わるまでお待ちください。</translation>
+    </message>
+    <message id="transfer_cancelled">
+        <source>transfer_cancelled</source>
+        <translation>転送をキャンセルしました。</translation>
+    </message>
+    <message id="item_not_on_device">
+        <source>item_not_on_device</source>
+        <translation>その項目はデバイスにありません。「再接続」で一覧を読み直してください。</translation>
+    </message>
+    <message id="save_failed">
+        <source>save_failed</source>
+        <translation>%1 を保存できませんでした: %2</translation>
+    </message>
+    <message id="save_error_disk_full">
+        <source>save_error_disk_full</source>
+        <translation>ディスクがいっぱいです。</translation>
+    </message>
+    <message id="save_error_read_only">
+        <source>save_error_read_only</source>
+        <translation>フォルダーに書き込めません。</translation>
+    </message>
+    <message id="save_error_in_the_way">
+        <source>save_error_in_the_way</source>
+        <translation>同じ名前の別のものがあります。</translation>
+    </message>
+    <message id="save_error_other">
+        <source>save_error_other</source>
+        <translation>%1。</translation>
+    </message>
+    <message id="status_connecting">
+        <source>status_connecting</source>
+        <translation>接続しています…</translation>
+    </message>
+    <message id="status_reading_voice">
+        <source>status_reading_voice</source>
+        <translation>音声の一覧を読んでいます…</translation>
+    </message>
+    <message id="status_reading_dive">
+        <source>status_reading_dive</source>
+        <translation>ダイブ %2 件中 %1 件目を読んでいます</translation>
+    </message>
+    <message id="status_connected">
+        <source>status_connected</source>
+        <translation>接続しました。</translation>
+    </message>
+    <message id="status_downloading">
+        <source>status_downloading</source>
+        <translation>%1 をダウンロードしています…</translation>
+    </message>
+    <message id="status_saved">
+        <source>status_saved</source>
+        <translation>%1 を保存しました。</translation>
+    </message>
 </context>
 </TS>

@@ -123,7 +123,7 @@ TEST_F(WindowTest, ControlsFollowThePhasesOfTheSession) {
 
   // A clip download shows its progress, then the completion box.
   Outlet<QPushButton>(window, "button_download_voice")->click();
-  EXPECT_TRUE(Outlet(window, "progressBar_cdc")->isVisible());
+  EXPECT_TRUE(WaitFor([&] { return Outlet(window, "progressBar_cdc")->isVisible(); }));
   if (WaitFor([&] { return Outlet<QProgressBar>(window, "progressBar_cdc")->value() >= 30; },
               10000)) {
     shoot("downloading-en");

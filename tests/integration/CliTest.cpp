@@ -48,7 +48,24 @@ TEST_F(CliTest, ListsThenDownloadsEveryClipAndTheChosenDives) {
 TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
   EXPECT_EQ(RunCli({"list"}).status, 3);  // no port
   EXPECT_EQ(RunCli({"list", "--port", "/dev/no-such-port"}).status, 3);
-  EXPECT_EQ(RunCli({"download-voice"}).status, 2);  // nothing to download
+  // Wrong use is one line saying what was wrong, and status 2.
+  for (const QStringList &wrong :
+       {QStringList{"download-voice"}, QStringList{"lsit"}, QStringList{"list", "--frobnicate"},
+        QStringList{"list", "--range", "2 weeks"}}) {
+    const ProgramRun run = RunCli(wrong);
+    EXPECT_EQ(run.status, 2) << qPrintable(wrong.join(' '));
+    EXPECT_EQ(run.err.count('\n'), 1) << qPrintable(run.err);
+    EXPECT_TRUE(run.err.contains("--help")) << qPrintable(run.err);
+  }
+
+  // A device that answers the voice index with garbage: the listing ends at the reply
+  // deadline with one line, instead of waiting for hours.
+  sim::Options garbage;
+  garbage.garbageReplies = {"vi"};
+  SimulatedDevice babbling(Device(), garbage);
+  const ProgramRun babbled = RunCli(args({"list"}, babbling));
+  EXPECT_EQ(babbled.status, 5) << qPrintable(babbled.err);
+  EXPECT_EQ(babbled.err.trimmed().count('\n'), 0) << qPrintable(babbled.err);
 
   sim::Contents other = Device();
   other.model = "QM999XX";

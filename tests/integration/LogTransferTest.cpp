@@ -151,9 +151,9 @@ TEST_F(LogTransferTest, DownloadWritesTheSelectedDiveAsItsCsvFile) {
   const QString path = paths().g_log_folder_path + "/2023-11-05_23-00_45_profile.csv";
   WriteFile(path, "an older download");
 
-  logs.action_button_download_log();
+  logs.action_button_download_log(window.outcomes());
   ASSERT_TRUE(WaitFor([&] {
-    return window.called("messageBox:2023-11-05_23-00_45\r\n" + Localized("download_complete"));
+    return window.called("outcome:2023-11-05_23-00_45\r\n" + Localized("download_complete"));
   }));
   QTemporaryDir expected;
   const QByteArray page = sim::DivePage(dive);
@@ -172,17 +172,19 @@ TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
   state.g_log_history_count = 3;
   session->context().lists.items_log_index = {"2023/11/05 23:00 45min", "2023/11/04 23:00 40min"};
   session->context().lists.items_log_index_number = {7, 6};
+  session->context().operation.fail(Failure::Cancelled, QString());  // the test takes over
   window.selectRow(IndexList::Log, 1);
-  logs.action_button_download_log();  // 9 - 6 = 3: gone from the device
+  logs.action_button_download_log(window.outcomes());  // 9 - 6 = 3: gone from the device
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::NotOnDevice);
   window.selectRow(IndexList::Log, 0);
-  logs.action_button_download_log();
+  logs.action_button_download_log(window.outcomes());
   ASSERT_TRUE(WaitFor([&] { return !pageRequests().isEmpty(); }));
   EXPECT_EQ(pageRequests(), QList<QByteArray>{"lp000007"});
 
   // While the device is busy the button only greys out the controls.
   state.g_serial_port_status = RX_LOG_HISTORY;
   window.clear();
-  logs.action_button_download_log();
+  logs.action_button_download_log(window.outcomes());
   EXPECT_TRUE(window.called("EnableButtonDownloadLog:0"));
   QThread::msleep(100);
   EXPECT_EQ(pageRequests().size(), 1);
@@ -227,7 +229,7 @@ TEST_F(LogTransferTest, HangUpMidListingThenANewConnectionFinishesADownload) {
   connectAndList();
   ASSERT_EQ(window.rows(IndexList::Log).size(), 5);
   window.selectRow(IndexList::Log, 1);
-  logs.action_button_download_log();
+  logs.action_button_download_log(window.outcomes());
   const QString folder = paths().g_log_folder_path;
   ASSERT_TRUE(WaitFor([&] { return QDir(folder).entryList(QDir::Files).size() == 1; }));
   QTemporaryDir expected;
@@ -241,7 +243,7 @@ TEST_F(LogTransferTest, HangUpMidListingThenANewConnectionFinishesADownload) {
 
 // Something else has taken the log folder's name since start-up. Anything at the path
 // counts as the folder, so the dive is fetched; its CSV cannot be written, which the log
-// says (the completion box is shown all the same), and the thing in the way is left as it
+// and the outcome say (never "Download complete"), and the thing in the way is left as it
 // was. The session goes back to idle.
 TEST_F(LogTransferTest, FileInPlaceOfTheLogFolderLeavesItAndTheSessionIntact) {
   window.searchRange = "5 years";
@@ -252,7 +254,7 @@ TEST_F(LogTransferTest, FileInPlaceOfTheLogFolderLeavesItAndTheSessionIntact) {
   ASSERT_TRUE(QDir(folder).removeRecursively());
   WriteFile(folder, "not a folder");
   window.clear();
-  logs.action_button_download_log();
+  logs.action_button_download_log(window.outcomes());
   ASSERT_TRUE(WaitFor([&] { return wireCount("lp000001") == 2; }));
   ASSERT_TRUE(waitForState(CONNECTED_IDLE));
   ASSERT_TRUE(settle());
@@ -262,7 +264,9 @@ TEST_F(LogTransferTest, FileInPlaceOfTheLogFolderLeavesItAndTheSessionIntact) {
                              "/2024-01-16_12-01_31_profile.csv filehandle is nil.")
                 .size(),
             1u);
-  EXPECT_TRUE(window.called("messageBox:2024-01-16_12-01_31\r\n" + Localized("download_complete")));
+  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::CannotSave);
+  EXPECT_FALSE(window.lastOutcome()->sentence.contains(Localized("download_complete")));
 }
 
 }  // namespace

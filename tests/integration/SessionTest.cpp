@@ -17,6 +17,7 @@ sim::Contents Device() {
 class SessionTest : public ::testing::Test {
  protected:
   void plugIn(sim::Contents contents = Device(), sim::Options options = {}) {
+    session.setConnectionHandler(window.outcomes());
     device = std::make_unique<SimulatedDevice>(std::move(contents), options);
     ASSERT_EQ(session.openSerialPort(device->slavePath(), 9600), std::nullopt);
   }
@@ -104,8 +105,8 @@ TEST_F(SessionTest, ModelReplySplitOverTwoReadsDisconnects) {
   plugIn(Device(), options);
   session.timer2Call();
   ASSERT_TRUE(waitForState(DISCONNECTED));
-  EXPECT_TRUE(
-      WaitFor([&] { return window.called("messageBox:" + Localized("target_model_error")); }));
+  EXPECT_TRUE(WaitFor([&] { return window.called("outcome:" + Localized("target_model_error")); }));
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::WrongModel);
   // In DISCONNECTED the tick does nothing; only Reconnect starts again.
   session.timer2Call();
   EXPECT_EQ(state.g_serial_port_status, DISCONNECTED);
@@ -125,11 +126,11 @@ TEST_F(SessionTest, WithoutAPortNothingIsSentAndTheUserIsTold) {
   EXPECT_TRUE(log.contains("Reconnect:serialFileDescriptor -1."));
   EXPECT_EQ(state.g_serial_port_status, TRY_CONNECT_TX_KIND);
 
+  // A request that cannot go out leaves no state waiting for a reply that cannot come.
   state.g_serial_port_status = TRY_CONNECT_TX_DETAIL;
   state.g_read_index_sequence = 1;
   session.timer2Call();
-  EXPECT_EQ(state.g_serial_port_status,
-            TRY_CONNECT_RX_DETAIL);  // waits for a reply that will not come
+  EXPECT_EQ(state.g_serial_port_status, DISCONNECTED);
   EXPECT_EQ(state.g_read_index_sequence, 0);
   EXPECT_TRUE(window.called("messageBox:Corvamund power is off"));
 }
@@ -174,16 +175,47 @@ TEST_F(SessionTest, PortsThatCannotBeOpenedLeaveNothingOpen) {
   EXPECT_FALSE(session.channel().isOpen());
 }
 
-TEST_F(SessionTest, UnplugMidSessionEndsTheReceiveThread) {
+TEST_F(SessionTest, UnplugMidConnectionEndsItAndAReplugIsIdentifiedAfresh) {
   plugIn();
   identify();
   device.reset();  // the cable is pulled
   ASSERT_TRUE(WaitFor([&] { return !state.readThreadRunning; }));
   EXPECT_FALSE(session.channel().isOpen());
   EXPECT_EQ(log.startingWith("read error! -1").size(), 1u);
-  EXPECT_EQ(state.g_serial_port_status, TRY_TX_VOICE_INDEX);  // left as it was
+  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::Unplugged);
+  EXPECT_EQ(state.g_serial_port_status, DISCONNECTED);
+
+  // Plugged in again: the same steps as the first time, with no restart.
+  plugIn();
+  EXPECT_EQ(state.g_serial_port_status, TRY_CONNECT_TX_KIND);
+  identify();
+  EXPECT_EQ(wire(), (QList<QByteArray>{"#kind", "#detail", "#gser"}));
+}
+
+TEST_F(SessionTest, ADeviceThatStopsAnsweringEndsTheConnectionAtTheDeadline) {
+  sim::Options silent;
+  silent.silentCommands = {"gser"};
+  int64_t now = 0;
+  session.context().clockMs = [&now] { return now; };
+  plugIn(Device(), silent);
   session.timer2Call();
-  EXPECT_TRUE(window.called("messageBox:Corvamund power is off"));
+  ASSERT_TRUE(waitForState(TRY_CONNECT_KIND_DONE));
+  session.timer2Call();
+  session.timer2Call();
+  ASSERT_TRUE(waitForState(TRY_CONNECT_DETAIL_DONE));
+  session.timer2Call();
+  session.timer2Call();  // "#gser", never answered
+  now += kReplyDeadlineMs - 1;
+  session.timer2Call();
+  EXPECT_EQ(state.g_serial_port_status, TRY_CONNECT_RX_GSER);
+  now += 1;
+  session.timer2Call();
+  EXPECT_EQ(state.g_serial_port_status, DISCONNECTED);
+  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::NotAnswering);
+  EXPECT_EQ(window.lastOutcome()->sentence, Localized("device_not_answering"));
+  EXPECT_TRUE(window.called("setEnabled:button_reconnect=1"));  // Reconnect is offered
 }
 
 TEST_F(SessionTest, RemovalIsNoticedInIdleAndGatesTheQuitGuard) {
@@ -207,7 +239,12 @@ class SupervisionTest : public SessionTest {
   void SetUp() override {
     plugIn();
     state.g_serial_port_status = CONNECTED_IDLE;
-    hooks().MakeWaveFile = [this] { ++wavesMade; };
+    session.context().operation.fail(Failure::Cancelled, QString());
+    session.context().operation.begin(Operation::DownloadClip, window.outcomes());
+    hooks().MakeWaveFile = [this] {
+      ++wavesMade;
+      return Outcome{Operation::DownloadClip, Failure::None, QString(), {}};
+    };
     hooks().CloseVoiceBinary = [this] { ++closes; };
     hooks().DownloadVoiceData = [this] { ++requests; };
   }
@@ -273,7 +310,8 @@ TEST_F(SupervisionTest, ShortTailIsRetriedTwiceThenGivenUp) {
 
   streaming(100000 - 10);
   stall();
-  EXPECT_TRUE(window.called("messageBox:" + Localized("retry_recive_fail")));
+  ASSERT_TRUE(WaitFor([&] { return window.called("outcome:" + Localized("retry_recive_fail")); }));
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::RetriesExhausted);
   EXPECT_EQ(state.g_voice_retry_count, 0);
   EXPECT_EQ(state.g_cdcwait_level, 2);
   EXPECT_EQ(wire().size(), 2);
@@ -282,7 +320,8 @@ TEST_F(SupervisionTest, ShortTailIsRetriedTwiceThenGivenUp) {
 TEST_F(SupervisionTest, LargeShortfallFailsAtOnce) {
   streaming(100000 - 2048);
   stall();
-  EXPECT_TRUE(window.called("messageBox:" + Localized("recive_fail")));
+  ASSERT_TRUE(WaitFor([&] { return window.called("outcome:" + Localized("recive_fail")); }));
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::Stalled);
   EXPECT_EQ(closes, 1);
   EXPECT_EQ(state.g_voice_retry_count, 0);
   EXPECT_TRUE(window.called("EnableButtonDownloadVoice:1"));

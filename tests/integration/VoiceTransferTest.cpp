@@ -41,6 +41,14 @@ class VoiceTransferTest : public DeviceSessionFixture {
     ASSERT_TRUE(WaitFor([&] { return !window.rows(IndexList::Voice).isEmpty(); }));
     session->state().g_serial_port_status = CONNECTED_IDLE;
     session->state().g_read_index_sequence = 0;
+    // No dive listing here: the connection ends where the test takes over.
+    session->context().operation.fail(Failure::Cancelled, QString());
+  }
+  // The clip of the selected row, as the window's button asks for it.
+  void downloadSelected() {
+    const int row = window.selectedRow(IndexList::Voice);
+    voice.downloadClip(session->context().lists.items_voice_index_number.value(row),
+                       window.outcomes());
   }
   VoiceTransfer voice{*session};
 };
@@ -76,7 +84,7 @@ TEST_F(VoiceTransferTest, AcknowledgesEvery2040BytesAndCarriesTheRemainder) {
   silent.stallAfterBytes = 0;  // the device sends nothing of the clip itself
   plugIn(Device(), silent);
   connectAndList();
-  voice.action_button_download_voice();
+  downloadSelected();
   ASSERT_TRUE(WaitFor([&] { return wireCount("vh02") == 1; }));
   session->state().g_voice_unacked_size = 100;
   QByteArray chunk(4096, '\0');
@@ -88,13 +96,14 @@ TEST_F(VoiceTransferTest, AcknowledgesEvery2040BytesAndCarriesTheRemainder) {
   EXPECT_TRUE(log.contains("00004096/01175040 : 00004196"));
 }
 
-TEST_F(VoiceTransferTest, PressingDownloadOutsideIdleOnlyDisablesTheControls) {
+TEST_F(VoiceTransferTest, ADownloadOutsideIdleIsRefusedAndSendsNothing) {
   plugIn(Device());
   connectAndList();
   session->state().g_serial_port_status = RX_LOG_HISTORY;
   window.clear();
-  voice.action_button_download_voice();
-  EXPECT_TRUE(window.called("EnableButtonDownloadVoice:0"));
+  downloadSelected();
+  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::Busy);
   EXPECT_EQ(session->state().g_receive_data_type_is_voice_record, eSERIAL_RX_VOICE_INDEX);
   EXPECT_EQ(session->state().g_voice_download_active, 0);
   QThread::msleep(100);
@@ -111,7 +120,7 @@ TEST_F(VoiceTransferTest, SuccessAfterOneRetryResetsTheCountAndKeepsTheLevel) {
   connectAndList();
   SessionState &state = session->state();
 
-  voice.action_button_download_voice();
+  downloadSelected();
   ASSERT_TRUE(WaitFor([&] { return state.g_voice_received_size == audio.size() - 1000; }));
   stall();  // before the device resumes: the short tail is retried
   ASSERT_TRUE(waitForState(TRY_TX_VOICE_RETRY));
@@ -134,12 +143,12 @@ TEST_F(VoiceTransferTest, HangUpMidClipFailsWithoutAWave) {
   options.hangupAfterBytes = 50000;
   plugIn(Device(), options);
   connectAndList();
-  voice.action_button_download_voice();
+  downloadSelected();
   SessionState &state = session->state();
   ASSERT_TRUE(WaitFor([&] { return !state.readThreadRunning; }));
   EXPECT_EQ(state.g_voice_received_size, 50000);
   stall();
-  EXPECT_TRUE(window.called("messageBox:" + Localized("recive_fail")));
+  ASSERT_TRUE(WaitFor([&] { return window.called("outcome:" + Localized("recive_fail")); }));
   EXPECT_EQ(state.g_voice_download_active, 0);
   EXPECT_TRUE(QDir(paths().g_voice_folder_path).isEmpty());
   EXPECT_EQ(QFileInfo(paths().g_temp_voice_file_path).size(), 50000);
@@ -163,9 +172,9 @@ TEST_P(WholeClipTest, ClipBecomesItsWaveFile) {
   WriteFile(wave, "an older download of the same clip");
 
   window.selectRow(IndexList::Voice, 1);
-  voice.action_button_download_voice();
+  downloadSelected();
   ASSERT_TRUE(WaitFor(
-      [&] { return window.called("messageBox:" + Localized("download_complete") + name); }, 30000));
+      [&] { return window.called("outcome:" + Localized("download_complete") + name); }, 30000));
   const QByteArray audio = Audio(contents, 3);
   const QByteArray written = ReadFile(wave);
   ASSERT_EQ(written.size(), 44 + audio.size());

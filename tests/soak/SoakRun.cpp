@@ -123,18 +123,14 @@ class Round {
       window_.selectRow(IndexList::Voice, row);
       window_.clear();
       ++counts.clips;
-      voice_.action_button_download_voice();
+      voice_.downloadClip(number, window_.outcomes());
       const bool ended = WaitFor(
           [&] {
-            const QString calls = window_.calls().join('\n');
-            return (calls.contains(Localized("download_complete")) ||
-                    calls.contains(Localized("retry_recive_fail")) ||
-                    calls.contains(Localized("recive_fail"))) &&
-                   !session_.state().g_voice_download_active;
+            return window_.lastOutcome().has_value() && !session_.state().g_voice_download_active;
           },
           120000);
       const QStringList saved = FilesIn(paths.g_voice_folder_path);
-      const bool complete = window_.calls().join('\n').contains(Localized("download_complete"));
+      const bool complete = window_.lastOutcome() && window_.lastOutcome()->ok();
       if (complete && saved.size() == 1) {
         const QByteArray audio = sim::ClipAudio(clip, contents_.ringFirst, contents_.ringLast);
         const bool same = ReadFile(paths.g_voice_folder_path + "/" + saved[0]) ==
@@ -161,10 +157,10 @@ class Round {
       window_.selectRow(IndexList::Log, row);
       window_.clear();
       ++counts.dives;
-      logs_.action_button_download_log();
+      logs_.downloadDive(session_.context().lists.items_log_index_number[row], window_.outcomes());
       const bool ended = WaitFor(
           [&] {
-            return window_.calls().join('\n').contains(Localized("download_complete")) &&
+            return window_.lastOutcome() && window_.lastOutcome()->ok() &&
                    session_.state().g_serial_port_status == CONNECTED_IDLE;
           },
           30000);

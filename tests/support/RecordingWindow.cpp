@@ -79,6 +79,7 @@ bool RecordingWindow::isProcessing() const {
 void RecordingWindow::clear() {
   std::lock_guard lock(mutex_);
   calls_.clear();
+  lastOutcome_.reset();
 }
 
 bool WaitFor(const std::function<bool()> &condition, int timeoutMs) {
@@ -90,4 +91,19 @@ bool WaitFor(const std::function<bool()> &condition, int timeoutMs) {
     QThread::msleep(2);
   }
   return true;
+}
+
+OutcomeHandler RecordingWindow::outcomes() {
+  return [this](const Outcome &outcome) {
+    {
+      std::lock_guard lock(mutex_);
+      lastOutcome_ = outcome;
+    }
+    record("outcome:" + outcome.sentence);
+  };
+}
+
+std::optional<Outcome> RecordingWindow::lastOutcome() const {
+  std::lock_guard lock(mutex_);
+  return lastOutcome_;
 }

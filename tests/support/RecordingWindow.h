@@ -5,8 +5,10 @@
 #include <QStringList>
 #include <functional>
 #include <mutex>
+#include <optional>
 
 #include "LinkSupervision.h"
+#include "Outcome.h"
 #include "WindowOperations.h"
 
 // A window that remembers what it was told, from any thread, in order.
@@ -36,6 +38,11 @@ class RecordingWindow : public WindowOperations {
   QString searchRangeText() const override { return searchRange; }
   QString searchRange = "1 month";
 
+  // Hears how an operation ended, as a front end does: recorded as "outcome:" and the
+  // sentence, in order with the window's calls.
+  OutcomeHandler outcomes();
+  std::optional<Outcome> lastOutcome() const;
+
   QStringList calls() const;
   bool called(const QString &call) const { return calls().contains(call); }
   QString text(Outlet outlet) const;
@@ -55,6 +62,7 @@ class RecordingWindow : public WindowOperations {
   QMap<IndexList, QStringList> rows_;
   QMap<IndexList, int> selected_;
   bool processing_ = false;
+  std::optional<Outcome> lastOutcome_;
 };
 
 // The supervision timer ticked by hand.

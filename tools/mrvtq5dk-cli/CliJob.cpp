@@ -15,9 +15,26 @@
 namespace {
 
 constexpr int kTickMs = 1000;  // the session timer, as in the window
-constexpr int kTransferTimeoutMs = 3 * 3600 * 1000;
+// A clip at the slowest link rate takes hours; a stalled one ends in seconds all the same.
+constexpr int kClipTimeoutMs = 3 * 3600 * 1000;
+// Everything else ends at the reply deadline; this only guards against a fault of ours.
+constexpr int kExchangeTimeoutMs = 6 * int(kReplyDeadlineMs);
 
 }  // namespace
+
+int CliStatusOf(Failure failure) {
+  switch (failure) {
+    case Failure::None:
+      return kCliOk;
+    case Failure::WrongModel:
+      return kCliWrongModel;
+    case Failure::CannotSave:
+    case Failure::CannotMakeFolder:
+      return kCliCannotWrite;
+    default:
+      return kCliTransferFailed;
+  }
+}
 
 CliJob::CliJob(CliRequest request)
     : request_(std::move(request)), session_(window_), voice_(session_), logs_(session_) {
@@ -27,6 +44,7 @@ CliJob::CliJob(CliRequest request)
     const QString output = request_.output;
     session_.context().downloadsFolder = [output] { return output; };
   }
+  session_.setConnectionHandler([this](const Outcome &outcome) { outcome_ = outcome; });
 }
 
 bool CliJob::waitUntil(const std::function<bool()> &done, int timeoutMs) {
@@ -39,14 +57,20 @@ bool CliJob::waitUntil(const std::function<bool()> &done, int timeoutMs) {
   QElapsedTimer clock;
   clock.start();
   while (!done()) {
-    messages_ << window_.takeMessages();
     if (clock.elapsed() > timeoutMs) return false;
     QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
     QThread::msleep(5);
   }
-  messages_ << window_.takeMessages();
-  if (window_.interactive) std::fprintf(stderr, "\r\033[K");
   return true;
+}
+
+std::optional<Outcome> CliJob::waitForOutcome(int timeoutMs) {
+  const bool ended = waitUntil([this] { return outcome_.has_value(); }, timeoutMs);
+  // A failed transfer keeps its last progress line in sight; a finished one clears it.
+  if (window_.interactive) {
+    std::fprintf(stderr, ended && outcome_->ok() ? "\r\033[K" : "\n");
+  }
+  return std::exchange(outcome_, std::nullopt);
 }
 
 void CliJob::pause() {
@@ -74,18 +98,6 @@ void CliJob::showProgress() {
     std::fprintf(stderr, "\r\033[Kreading dive %d, %lld listed", state.g_log_number.load(),
                  static_cast<long long>(window_.rows(IndexList::Log).size()));
   }
-}
-
-int CliJob::failureOf(const QStringList &messages) const {
-  for (const QString &message : messages) {
-    if (message == Localized("target_model_error")) return kCliWrongModel;
-    if (message.endsWith(QStringLiteral("folder create error!"))) return kCliCannotWrite;
-    if (message == Localized("recive_fail") || message == Localized("retry_recive_fail") ||
-        message == QLatin1String(kPowerOffMessage)) {
-      return kCliTransferFailed;
-    }
-  }
-  return kCliOk;
 }
 
 int CliJob::openPort() {
@@ -121,26 +133,36 @@ int CliJob::discover() {
 }
 
 int CliJob::connect() {
-  if (!session_.context().CreateFolder()) return kCliCannotWrite;
+  if (QString error; !session_.context().CreateFolder(&error)) {
+    std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(error));
+    return kCliCannotWrite;
+  }
   logs_.SetIndexSearchDatatime();
   if (const int status = request_.port.isEmpty() ? discover() : openPort()) return status;
-  SessionState &state = session_.state();
-  const bool listed = waitUntil(
-      [&] {
-        const int32_t status = state.g_serial_port_status;
-        return status == DISCONNECTED ||
-               (status == CONNECTED_IDLE && state.g_read_index_sequence == 0) ||
-               !state.readThreadRunning;
-      },
-      kTransferTimeoutMs);
-  if (const int failure = failureOf(messages_)) return failure;
-  if (!listed || state.g_serial_port_status != CONNECTED_IDLE) {
+  const std::optional<Outcome> outcome = waitForOutcome(kExchangeTimeoutMs);
+  if (outcome && outcome->ok()) {
+    pause();
+    return kCliOk;
+  }
+  const QString where = request_.port.isEmpty() ? QStringLiteral("the USB bus") : request_.port;
+  if (!outcome) {
     std::fprintf(stderr, "mrvtq5dk-cli: no device: the device on %s does not answer\n",
-                 request_.port.isEmpty() ? "the USB bus" : qPrintable(request_.port));
+                 qPrintable(where));
     return kCliNoDevice;
   }
-  pause();
-  return kCliOk;
+  switch (outcome->failure) {
+    case Failure::WrongModel:
+      std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(outcome->sentence));
+      return kCliWrongModel;
+    case Failure::IdentityRefused:
+      std::fprintf(stderr, "mrvtq5dk-cli: no device: the device on %s does not answer as a QM482\n",
+                   qPrintable(where));
+      return kCliNoDevice;
+    default:
+      std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(outcome->sentence));
+      // Silence before the device said what it is: no device there to speak of.
+      return window_.identified() ? CliStatusOf(outcome->failure) : kCliNoDevice;
+  }
 }
 
 void CliJob::printLists() const {
@@ -157,45 +179,24 @@ void CliJob::printLists() const {
   std::fflush(stdout);
 }
 
-int CliJob::downloadVoice(int item) {
-  window_.selectRow(IndexList::Voice, item - 1);
-  messages_.clear();
+Outcome CliJob::download(bool voice, int item) {
+  const IndexLists &lists = session_.context().lists;
+  const OutcomeHandler keep = [this](const Outcome &outcome) { outcome_ = outcome; };
   transferClock_.start();
-  voice_.action_button_download_voice();
-  SessionState &state = session_.state();
-  const QString done = Localized("download_complete");
-  bool complete = false;
-  waitUntil(
-      [&] {
-        for (const QString &message : messages_) complete |= message.startsWith(done);
-        return (failureOf(messages_) != kCliOk || complete) &&
-               state.g_serial_port_status == CONNECTED_IDLE && !state.g_voice_download_active;
-      },
-      kTransferTimeoutMs);
-  if (const int failure = failureOf(messages_)) return failure;
-  if (!complete) return kCliTransferFailed;
-  pause();
-  return kCliOk;
-}
-
-int CliJob::downloadLog(int item) {
-  window_.selectRow(IndexList::Log, item - 1);
-  messages_.clear();
-  logs_.action_button_download_log();
-  SessionState &state = session_.state();
-  const QString done = QStringLiteral("\r\n") + Localized("download_complete");
-  bool complete = false;
-  const bool ended = waitUntil(
-      [&] {
-        for (const QString &message : messages_) complete |= message.endsWith(done);
-        return (complete || failureOf(messages_) != kCliOk) &&
-               state.g_serial_port_status == CONNECTED_IDLE;
-      },
-      60000);
-  if (const int failure = failureOf(messages_)) return failure;
-  if (!ended || !complete) return kCliTransferFailed;
-  pause();
-  return kCliOk;
+  if (voice) {
+    voice_.downloadClip(lists.items_voice_index_number.value(item - 1), keep);
+  } else {
+    logs_.downloadDive(lists.items_log_index_number.value(item - 1), keep);
+  }
+  std::optional<Outcome> outcome = waitForOutcome(voice ? kClipTimeoutMs : kExchangeTimeoutMs);
+  if (!outcome) {
+    session_.cancel();
+    return Outcome{voice ? Operation::DownloadClip : Operation::DownloadDive,
+                   Failure::NotAnswering,
+                   Localized("device_not_answering"),
+                   {}};
+  }
+  return *outcome;
 }
 
 int CliJob::run() {
@@ -217,16 +218,27 @@ int CliJob::run() {
       return kCliUsage;
     }
   }
+  // Every item is tried; one that fails does not keep the rest from being saved.
+  QStringList failures;
+  QList<int> statuses;
   for (int item : items) {
-    if (const int status = voice ? downloadVoice(item) : downloadLog(item)) {
-      std::fprintf(stderr, "mrvtq5dk-cli: %s %d: the transfer failed\n", voice ? "clip" : "dive",
-                   item);
-      return status;
+    const Outcome outcome = download(voice, item);
+    if (!outcome.sentence.isEmpty()) window_.messageBox(outcome.sentence);
+    if (outcome.ok()) {
+      pause();
+      continue;
     }
+    failures << QStringLiteral("%1 %2").arg(voice ? u"clip" : u"dive").arg(item);
+    statuses << CliStatusOf(outcome.failure);
   }
   const StoragePaths paths = session_.state().paths.get();
-  std::printf("Saved %lld %s in %s\n", static_cast<long long>(items.size()),
+  std::printf("Saved %lld %s in %s\n", static_cast<long long>(items.size() - failures.size()),
               voice ? "clip(s)" : "dive(s)",
               qPrintable(voice ? paths.g_voice_folder_path : paths.g_log_folder_path));
-  return kCliOk;
+  if (failures.isEmpty()) return kCliOk;
+  std::fprintf(stderr, "mrvtq5dk-cli: the transfer failed for %s\n",
+               qPrintable(failures.join(QStringLiteral(", "))));
+  // One kind of failure is told by its own status; a mix is a failed transfer.
+  return statuses.count(statuses.first()) == statuses.size() ? statuses.first()
+                                                             : kCliTransferFailed;
 }

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 #include <functional>
+#include <optional>
 
 #include "DeviceDiscovery.h"
 #include "LogTransfer.h"
@@ -20,6 +21,9 @@ enum CliStatus : int {
   kCliTransferFailed = 5,
   kCliCannotWrite = 6,
 };
+
+// The exit status that tells how an operation failed.
+int CliStatusOf(Failure failure);
 
 struct CliRequest {
   QString verb;    // list, download-voice, download-log
@@ -41,14 +45,15 @@ class CliJob {
   int connect();
   int openPort();  // the port given with --port
   int discover();  // the device found on the USB bus
-  int downloadVoice(int item);
-  int downloadLog(int item);
+  // Downloads one item of the printed list (1-based) and says how it ended.
+  Outcome download(bool voice, int item);
   // Runs the event loop (the session timer ticking) until done() or the time runs out.
   bool waitUntil(const std::function<bool()> &done, int timeoutMs);
+  // Waits for the operation under way to end; none when the time ran out.
+  std::optional<Outcome> waitForOutcome(int timeoutMs);
   // One whole session tick, as a diver pauses between steps: the device's answer to the
   // "#detail" that ends a listing or a download arrives before the next request.
   void pause();
-  int failureOf(const QStringList &messages) const;
   void printLists() const;
   void showProgress();
 
@@ -58,6 +63,6 @@ class CliJob {
   VoiceTransfer voice_;
   LogTransfer logs_;
   std::unique_ptr<DeviceDiscovery> discovery_;  // goes before the session it opens ports on
-  QStringList messages_;
-  QElapsedTimer transferClock_;  // since the current clip was asked for
+  std::optional<Outcome> outcome_;              // the last operation's, until taken
+  QElapsedTimer transferClock_;                 // since the current clip was asked for
 };

@@ -4,7 +4,6 @@
 
 void TerminalWindow::messageBox(const QString &text) {
   std::lock_guard lock(mutex_);
-  messages_ << text;
   QString line = text;
   line.replace(QStringLiteral("\r\n"), QStringLiteral(" ")).replace(u'\n', u' ');
   std::fprintf(stderr, "%s%s\n", interactive ? "\r\033[K" : "", qPrintable(line.trimmed()));
@@ -13,6 +12,12 @@ void TerminalWindow::messageBox(const QString &text) {
 void TerminalWindow::setText(Outlet outlet, const QString &text) {
   std::lock_guard lock(mutex_);
   texts_[outlet] = text;
+  if (outlet == Outlet::label_type && !text.isEmpty()) identified_ = true;
+}
+
+bool TerminalWindow::identified() const {
+  std::lock_guard lock(mutex_);
+  return identified_;
 }
 
 void TerminalWindow::reloadList(IndexList list, const QStringList &rows) {
@@ -38,9 +43,4 @@ QString TerminalWindow::text(Outlet outlet) const {
 QStringList TerminalWindow::rows(IndexList list) const {
   std::lock_guard lock(mutex_);
   return rows_.value(list);
-}
-
-QStringList TerminalWindow::takeMessages() {
-  std::lock_guard lock(mutex_);
-  return std::exchange(messages_, {});
 }

@@ -28,8 +28,8 @@ class TerminalWindow : public WindowOperations {
 
   QString text(Outlet outlet) const;
   QStringList rows(IndexList list) const;
-  // Boxes shown since the last call, oldest first.
-  QStringList takeMessages();
+  // Whether the device ever said which model it is.
+  bool identified() const;
 
   QString searchRange;
   bool interactive = false;  // stderr is a terminal: a progress line may need clearing
@@ -39,5 +39,5 @@ class TerminalWindow : public WindowOperations {
   QMap<Outlet, QString> texts_;
   QMap<IndexList, QStringList> rows_;
   QMap<IndexList, int> selected_;
-  QStringList messages_;
+  bool identified_ = false;
 };

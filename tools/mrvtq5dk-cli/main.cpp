@@ -58,7 +58,13 @@ int main(int argc, char **argv) {
   const QCommandLineOption verbose(QStringLiteral("verbose"),
                                    QStringLiteral("Also print the system log's lines on stderr."));
   parser.addOptions({port, output, range, all, verbose});
-  parser.process(app);
+  const auto wrongUse = [](const QString &what) {
+    std::fprintf(stderr, "mrvtq5dk-cli: %s (see mrvtq5dk-cli --help)\n", qPrintable(what));
+    return kCliUsage;
+  };
+  if (!parser.parse(app.arguments())) return wrongUse(parser.errorText());
+  if (parser.isSet(QStringLiteral("help"))) parser.showHelp(kCliOk);
+  if (parser.isSet(QStringLiteral("version"))) parser.showVersion();
   SetSystemLogEcho(parser.isSet(verbose));
 
   CliRequest request;
@@ -68,19 +74,30 @@ int main(int argc, char **argv) {
   request.output = parser.value(output);
   request.range = parser.value(range);
   request.all = parser.isSet(all);
+  const bool download = request.verb == u"download-voice" || request.verb == u"download-log";
+  if (request.verb.isEmpty()) return wrongUse(QStringLiteral("no verb given"));
+  if (request.verb != u"list" && !download) {
+    return wrongUse(QStringLiteral("unknown verb \"%1\"; the verbs are list, download-voice "
+                                   "and download-log")
+                        .arg(request.verb));
+  }
+  if (!ranges.contains(request.range)) {
+    return wrongUse(QStringLiteral("unknown range \"%1\"; the ranges are %2")
+                        .arg(request.range, ranges.join(QStringLiteral(", "))));
+  }
   for (const QString &item : arguments.mid(1)) {
     bool ok = false;
     request.items << item.toInt(&ok);
-    if (!ok) {
-      std::fprintf(stderr, "mrvtq5dk-cli: %s is not an item number\n", qPrintable(item));
-      return kCliUsage;
+    if (!ok || !download) {
+      return wrongUse(download ? QStringLiteral("%1 is not an item number").arg(item)
+                               : QStringLiteral("list takes no item numbers"));
     }
   }
-  const bool download = request.verb == u"download-voice" || request.verb == u"download-log";
-  if ((request.verb != u"list" && !download) ||
-      (download && request.items.isEmpty() == !request.all) || !ranges.contains(request.range)) {
-    std::fprintf(stderr, "%s", qPrintable(parser.helpText()));
-    return kCliUsage;
+  if (download && request.items.isEmpty() && !request.all) {
+    return wrongUse(QStringLiteral("%1 needs item numbers or --all").arg(request.verb));
+  }
+  if (download && !request.items.isEmpty() && request.all) {
+    return wrongUse(QStringLiteral("give item numbers or --all, not both"));
   }
   return CliJob(request).run();
 }

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <atomic>
+#include <mutex>
+#include <optional>
+
+#include "Outcome.h"
+
+// The one operation under way on the session, and whoever waits for its outcome. The
+// device does one thing at a time, so there is one slot. Operations begin on the main
+// thread; any thread may finish one, the first finish wins, and the handler runs on the
+// main thread's event loop, never inside the call that finished it.
+class PendingOperation {
+ public:
+  // Takes the slot for operation, to be reported to handler (may be empty). Returns false
+  // (and leaves the slot as it was) when another operation holds it.
+  bool begin(Operation operation, OutcomeHandler handler);
+  // Ends the operation with outcome, if the slot holds one of that kind. Returns whether
+  // it did.
+  bool finish(Outcome outcome);
+  // Ends whatever operation is under way with a failure of the given kind.
+  bool fail(Failure failure, const QString &sentence);
+
+  bool active() const { return active_.load(); }
+  std::optional<Operation> current() const;
+
+ private:
+  mutable std::mutex mutex_;
+  std::atomic<bool> active_{false};
+  Operation operation_ = Operation::ConnectAndList;
+  OutcomeHandler handler_;
+  QPointer<QObject> home_;  // the application object, to run the handler on its thread
+};

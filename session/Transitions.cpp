@@ -1,0 +1,154 @@
+#include "Transitions.h"
+
+#include "Localization.h"
+#include "SessionContext.h"
+#include "SystemLog.h"
+
+bool Transitions::request(int32_t status, int32_t selector, const QString &command,
+                          bool dropSequenceOnFailure) {
+  SessionState &state = context_.state;
+  state.g_serial_port_status = status;
+  state.g_receive_data_type_is_voice_record = selector;
+  return request(command, dropSequenceOnFailure);
+}
+
+bool Transitions::request(const QString &command, bool dropSequenceOnFailure) {
+  SessionState &state = context_.state;
+  context_.channel.discardInput();
+  state.lastLineActivityMs = now();
+  if (context_.channel.writeString(command)) return true;
+  if (dropSequenceOnFailure) state.g_read_index_sequence = 0;
+  // An exchange whose request did not go out is over: nothing of it may linger and turn
+  // the next one away, and no state may wait for a reply that cannot come.
+  const QString text = QString::fromLatin1(kPowerOffMessage);
+  if (state.g_serial_port_status == CONNECTED_IDLE) {
+    stopTransfers();
+    context_.EnableTransferControls();
+    if (!context_.operation.fail(Failure::NoPort, text)) context_.window.messageBox(text);
+  } else {
+    disconnect(Failure::NoPort, text);
+  }
+  return false;
+}
+
+bool Transitions::awaitingReply() const {
+  const SessionState &state = context_.state;
+  switch (state.g_serial_port_status.load()) {
+    case TRY_CONNECT_RX_KIND:
+    case TRY_CONNECT_RX_DETAIL:
+    case TRY_CONNECT_RX_GSER:
+    case RX_VOICE_INDEX:
+    case RX_LOG_HISTORY:
+    case TRY_RX_VOICE_WAIT:
+      return true;
+    case DISCONNECTED:
+      return false;
+    default:
+      break;
+  }
+  // A dive download and a reread of the lists run in the idle state.
+  const int32_t selector = state.g_receive_data_type_is_voice_record;
+  return selector == eSERIAL_RX_LOG_DATA || selector == eSERIAL_RX_VOICE_INDEX ||
+         selector == eSERIAL_RX_LOG_HISTORY;
+}
+
+void Transitions::checkDeadline() {
+  if (!awaitingReply()) return;
+  const int64_t silentMs = now() - context_.state.lastLineActivityMs;
+  if (silentMs < kReplyDeadlineMs) return;
+  SystemLog("no reply in %s for %lld ms", SessionStatusName(context_.state.g_serial_port_status),
+            static_cast<long long>(silentMs));
+  disconnect(Failure::NotAnswering, Localized("device_not_answering"));
+}
+
+bool Transitions::lineQuiet() const {
+  const SessionState &state = context_.state;
+  const int64_t t = now();
+  const bool replyDue =
+      state.trailingReplyPending && t - state.lastLineActivityMs < kReplyDeadlineMs;
+  return !replyDue && t - state.lastByteMs >= kQuietLineMs;
+}
+
+void Transitions::byteReceived() {
+  const int64_t t = now();
+  context_.state.lastByteMs = t;
+  context_.state.lastLineActivityMs = t;
+}
+
+void Transitions::lineLost() {
+  const std::optional<Operation> operation = context_.operation.current();
+  // A clip keeps its stall supervision, which tells in five seconds; anything else ends
+  // now rather than at the deadline.
+  if (!operation || *operation == Operation::DownloadClip) return;
+  disconnect(Failure::Unplugged, Localized("device_disconnected"));
+}
+
+void Transitions::freshStart() {
+  SessionState &state = context_.state;
+  context_.operation.fail(Failure::Unplugged, Localized("device_disconnected"));
+  stopTransfers();
+  state.g_voice_retry_count = 0;
+  state.g_serial_port_status = TRY_CONNECT_TX_KIND;
+  state.lastLineActivityMs = now();
+}
+
+void Transitions::cancel() {
+  SessionState &state = context_.state;
+  const int32_t status = state.g_serial_port_status;
+  if (!context_.operation.active()) return;
+  SystemLog("cancel in %s", SessionStatusName(status));
+  const bool connected =
+      status == CONNECTED_IDLE || status == TRY_RX_VOICE_WAIT || status == TRY_TX_VOICE_RETRY;
+  if (!connected) {
+    disconnect(Failure::Cancelled, Localized("transfer_cancelled"));
+    return;
+  }
+  stopTransfers();
+  state.g_serial_port_status = CONNECTED_IDLE;
+  context_.EnableTransferControls();
+  context_.operation.fail(Failure::Cancelled, Localized("transfer_cancelled"));
+}
+
+void Transitions::finish(Outcome outcome) {
+  context_.operation.finish(std::move(outcome));
+}
+
+void Transitions::finishWhenIdle(Outcome outcome) {
+  kept_.set(std::move(outcome));
+}
+
+void Transitions::idleAgain(std::optional<Outcome> outcome) {
+  std::optional<Outcome> kept = kept_.get();
+  kept_.set(std::nullopt);
+  if (outcome) kept = std::move(outcome);
+  if (kept) finish(std::move(*kept));
+}
+
+void Transitions::disconnect(Failure failure, const QString &sentence, bool offerReconnect) {
+  SessionState &state = context_.state;
+  stopTransfers();
+  state.g_serial_port_status = DISCONNECTED;
+  context_.DisableButtonControl();
+  if (offerReconnect && context_.channel.isOpen()) {
+    context_.window.setEnabled(Outlet::button_reconnect, true);
+  }
+  if (!context_.operation.fail(failure, sentence) && !sentence.isEmpty()) {
+    context_.window.messageBox(sentence);
+  }
+}
+
+int64_t Transitions::now() const {
+  return context_.clockMs();
+}
+
+void Transitions::stopTransfers() {
+  SessionState &state = context_.state;
+  if (context_.hooks.CloseVoiceBinary) context_.hooks.CloseVoiceBinary();
+  state.g_voice_download_active = 0;
+  state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
+  state.g_read_index_sequence = 0;
+  state.g_log_download_mode = 0;
+  state.g_dive_log_received = 0;
+  state.trailingReplyPending = false;
+  kept_.set(std::nullopt);
+}

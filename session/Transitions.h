@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <optional>
+
+#include "Outcome.h"
+#include "SessionState.h"
+
+class SessionContext;
+
+// The session's moves that every flow shares, in one place: starting an exchange (the
+// input left over from the last one dropped, the reply deadline armed), the deadline that
+// ends an exchange the device stopped answering, the line that went away, cancel, a
+// fresh start on a newly opened port, and the return to idle after a request that could
+// not be written. The protocol's own steps (which state follows which reply) stay with
+// the handshake, the replies and the transfers; each of those enters its next state here
+// whenever it sends a command.
+class Transitions {
+ public:
+  explicit Transitions(SessionContext &context) : context_(context) {}
+
+  // Sets state and selector, then sends command as the start of an exchange. On a failed
+  // write the user is told "Corvamund power is off" (through the operation under way, if
+  // any) and, unless told otherwise, the index sequence is dropped; the state stays as
+  // set, and the operation under way ends.
+  bool request(int32_t status, int32_t selector, const QString &command,
+               bool dropSequenceOnFailure = true);
+  // The same, keeping the state and the selector.
+  bool request(const QString &command, bool dropSequenceOnFailure = true);
+
+  // Whether the state is waiting for a reply that the deadline watches. Clip bytes are
+  // watched by the link supervision instead.
+  bool awaitingReply() const;
+  // Once a second: ends an exchange whose reply is overdue.
+  void checkDeadline();
+  // The line is quiet and no reply is still due: a new exchange may start.
+  bool lineQuiet() const;
+
+  // A byte arrived (receive thread).
+  void byteReceived();
+  // The port's read failed for good: the cable was pulled or the line hung up.
+  void lineLost();
+  // A port was opened: everything starts again as on the first plug-in.
+  void freshStart();
+  // Ends the operation under way at once; the session returns to where the next one can
+  // start (idle when connected, disconnected during a handshake).
+  void cancel();
+
+  // Ends the operation under way with outcome, for the front end to show.
+  void finish(Outcome outcome);
+  // Keeps outcome until the session is idle again: a clip is saved before the pacing
+  // exchange that follows it ends.
+  void finishWhenIdle(Outcome outcome);
+  // The session is idle again: ends the operation with the outcome kept for it, or with
+  // outcome when one is given.
+  void idleAgain(std::optional<Outcome> outcome);
+
+  // Ends the operation under way with failure, in state DISCONNECTED with the controls
+  // greyed but, unless told otherwise, Reconnect offered where a port is open. A failure
+  // that no operation waits for goes to the window as a box, if it has a sentence.
+  static constexpr bool kNoReconnect = false;
+  void disconnect(Failure failure, const QString &sentence, bool offerReconnect = true);
+
+  int64_t now() const;
+
+ private:
+  void stopTransfers();
+
+  SessionContext &context_;
+  Guarded<std::optional<Outcome>> kept_;
+};
