@@ -1,7 +1,6 @@
 #include "DeviceDiscovery.h"
 
 #include <chrono>
-#include <future>
 
 #include "Session.h"
 #include "SystemLog.h"
@@ -35,7 +34,7 @@ DeviceDiscovery::~DeviceDiscovery() {
   waitForWalks();
 }
 
-void DeviceDiscovery::dispatch(std::function<void()> work) {
+std::shared_ptr<std::atomic<bool>> DeviceDiscovery::dispatch(std::function<void()> work) {
   auto finished = std::make_shared<std::atomic<bool>>(false);
   std::lock_guard lock(walksMutex_);
   walks_.remove_if([](Walk &walk) {
@@ -43,11 +42,13 @@ void DeviceDiscovery::dispatch(std::function<void()> work) {
     walk.thread.join();
     return true;
   });
-  walks_.push_back({std::thread([work = std::move(work), finished] {
+  walks_.push_back({std::thread([this, work = std::move(work), finished] {
                       work();
                       *finished = true;
+                      mainThread_.wake();
                     }),
                     finished});
+  return finished;
 }
 
 void DeviceDiscovery::waitForWalks() {
@@ -56,6 +57,14 @@ void DeviceDiscovery::waitForWalks() {
     std::lock_guard lock(walksMutex_);
     walks.swap(walks_);
   }
+  // A walk may be waiting for the main thread to open its port: joining it there at once
+  // would wait for ever.
+  mainThread_.waitUntil([&walks] {
+    for (const Walk &walk : walks) {
+      if (!walk.finished->load()) return false;
+    }
+    return true;
+  });
   for (Walk &walk : walks) walk.thread.join();
 }
 
@@ -73,12 +82,8 @@ void DeviceDiscovery::InitDevice() {
   // The first pass over the devices attached now. It only counts them while
   // initialRunning is set, which takes no time; the flag is cleared after it, so that
   // such a device is refused rather than opened.
-  std::promise<void> firstPass;
-  dispatch([this, controller, &firstPass] {
-    DeviceAdded(controller);
-    firstPass.set_value();
-  });
-  firstPass.get_future().wait();
+  const auto firstPass = dispatch([this, controller] { DeviceAdded(controller); });
+  mainThread_.waitUntil([&firstPass] { return firstPass->load(); });
   if (controller_) controller_->state().initialRunning = false;
 }
 
@@ -191,7 +196,7 @@ uint8_t DeviceDiscovery::GetDeviceInfomation(Session *controller, RegistryEntry 
       levels << DescribeProperties(properties);
     if (current != service) registry_->release(current);
     current = parent;
-    if (GetChildDeviceInfomation(controller, current) == 1) {
+    if (GetChildDeviceInfomation(controller, current, service) == 1) {
       found = 1;
       break;
     }
@@ -202,7 +207,8 @@ uint8_t DeviceDiscovery::GetDeviceInfomation(Session *controller, RegistryEntry 
   return found;
 }
 
-uint8_t DeviceDiscovery::GetChildDeviceInfomation(Session *controller, RegistryEntry entry) {
+uint8_t DeviceDiscovery::GetChildDeviceInfomation(Session *controller, RegistryEntry entry,
+                                                  RegistryEntry device) {
   std::vector<RegistryEntry> children;
   if (const RegistryResult result = registry_->children(entry, &children);
       result != kRegistrySuccess) {
@@ -229,19 +235,45 @@ uint8_t DeviceDiscovery::GetChildDeviceInfomation(Session *controller, RegistryE
         SystemLog("serial port is null. device 0x%08lx", static_cast<unsigned long>(*child));
       } else if (!controller) {
         SystemLog("tViewController is null.");
+      } else if (!belongsTo(*child, device)) {
+        // Above its own device the search passes the nodes of others on the same hub or
+        // controller: a modem or a board that "#kind" must never reach.
+        SystemLog("GetChildDeviceInfomation:skip %s, it belongs to another USB device",
+                  qPrintable(port));
       } else {
         SystemLog("serial port name is %s", qPrintable(port));
         // A port that will not open leaves the search going over the other children.
-        if (!controller->openSerialPort(port, kDeviceBaud)) found = 1;
+        if (!openOnMainThread(controller, port)) found = 1;
       }
     } else {
-      found = GetChildDeviceInfomation(controller, *child);
+      found = GetChildDeviceInfomation(controller, *child, device);
     }
     registry_->release(*child);
   }
   for (; child != children.end(); ++child) registry_->release(*child);
   pace();
   return found;
+}
+
+bool DeviceDiscovery::belongsTo(RegistryEntry entry, RegistryEntry device) {
+  RegistryEntry above = registry_->parent(entry);
+  while (above && above != device && !registry_->isUsbDevice(above)) {
+    const RegistryEntry next = registry_->parent(above);
+    registry_->release(above);
+    above = next;
+  }
+  const bool belongs = above == device;
+  if (above) registry_->release(above);
+  return belongs;
+}
+
+std::optional<QString> DeviceDiscovery::openOnMainThread(Session *controller, const QString &port) {
+  std::optional<QString> error;
+  mainThread_.run([&] {
+    error = portOpener_ ? portOpener_(port, kDeviceBaud)
+                        : controller->openSerialPort(port, kDeviceBaud);
+  });
+  return error;
 }
 
 void DeviceDiscovery::pace() {

@@ -8,9 +8,11 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "DeviceRegistry.h"
+#include "MainThreadHandOff.h"
 
 class Session;
 
@@ -27,8 +29,12 @@ struct UsbDeviceRecord {
 // its serial node, and opens that at 9600 baud; counts the matching devices attached in
 // the session's deviceExist. Each arrival is walked on a thread of its own, so a slow
 // walk never holds up the window or another walk; removals arrive on the main thread.
+// The walks hand the opening of a port to the main thread, where the session lives, so
+// that two of them never open ports on it at once. Make and destroy it on the main thread.
 class DeviceDiscovery {
  public:
+  using PortOpener = std::function<std::optional<QString>(const QString &path, unsigned baud)>;
+
   DeviceDiscovery(Session *controller, std::unique_ptr<DeviceRegistry> registry);
   // Waits for walks under way; their pacing pauses end at once.
   ~DeviceDiscovery();
@@ -38,13 +44,17 @@ class DeviceDiscovery {
   // Registers for arrivals and makes the first pass over the devices attached now. While
   // the session's initialRunning is set, that pass only counts them; the flag is cleared
   // once the pass has counted, so a device attached at start is never opened. Returns
-  // without waiting for later walks. Runs on a background thread.
+  // without waiting for later walks. Runs on a background thread, or on the main thread
+  // when the first pass may open (it then does the opening while it waits).
   void InitDevice();
 
   // The pause at the end of every registry search step (one second): it gives the serial
   // driver time to attach below a device that has only just arrived. Tests shorten it.
   void setPacingSleep(std::function<void()> sleep) { pacingSleep_ = std::move(sleep); }
-  // Blocks until no walk is under way. For tests and benchmarks.
+  // How a port is opened: the session's openSerialPort, unless a test looks on.
+  void setPortOpener(PortOpener opener) { portOpener_ = std::move(opener); }
+  // Blocks until no walk is under way; on the main thread it opens their ports meanwhile.
+  // For tests and benchmarks.
   void waitForWalks();
 
  private:
@@ -52,10 +62,15 @@ class DeviceDiscovery {
   void DeviceAdded(Session *controller);
   void DeviceNotification(UsbDeviceRecord *record, RegistryEntry service, uint32_t messageType);
   uint8_t GetDeviceInfomation(Session *controller, RegistryEntry service);
-  uint8_t GetChildDeviceInfomation(Session *controller, RegistryEntry entry);
+  // device: the USB device being walked for; serial nodes of other devices are skipped.
+  uint8_t GetChildDeviceInfomation(Session *controller, RegistryEntry entry, RegistryEntry device);
+  // Whether the nearest USB device above entry is device.
+  bool belongsTo(RegistryEntry entry, RegistryEntry device);
+  std::optional<QString> openOnMainThread(Session *controller, const QString &port);
   void pace();
   // Runs work on a walk thread of its own; threads of finished walks are joined here.
-  void dispatch(std::function<void()> work);
+  // Returns the flag that the walk raises once it has finished.
+  std::shared_ptr<std::atomic<bool>> dispatch(std::function<void()> work);
 
   struct Walk {
     std::thread thread;
@@ -65,6 +80,8 @@ class DeviceDiscovery {
   Session *controller_;
   std::unique_ptr<DeviceRegistry> registry_;
   std::function<void()> pacingSleep_;
+  PortOpener portOpener_;
+  MainThreadHandOff mainThread_;
 
   std::mutex walksMutex_;
   std::list<Walk> walks_;

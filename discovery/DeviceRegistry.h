@@ -76,6 +76,9 @@ class DeviceRegistry {
   // The entry's parent; 0 at the root.
   virtual RegistryEntry parent(RegistryEntry entry) = 0;
   virtual RegistryResult children(RegistryEntry entry, std::vector<RegistryEntry> *children) = 0;
+  // Whether the entry is a USB device itself, rather than one of its interfaces or the
+  // drivers and nodes below them. Hubs are USB devices too.
+  virtual bool isUsbDevice(RegistryEntry entry) = 0;
   virtual void release(RegistryEntry entry) = 0;
 };
 

@@ -184,6 +184,15 @@ RegistryResult IoKitRegistry::children(RegistryEntry entry, std::vector<Registry
   return kRegistrySuccess;
 }
 
+bool IoKitRegistry::isUsbDevice(RegistryEntry entry) {
+  // Interfaces repeat their device's IDs, but they carry an interface number as well.
+  RegistryProperties properties;
+  return createProperties(entry, &properties) == kRegistrySuccess &&
+         properties.contains(QStringLiteral("idVendor")) &&
+         properties.contains(QStringLiteral("idProduct")) &&
+         !properties.contains(QStringLiteral("bInterfaceNumber"));
+}
+
 void IoKitRegistry::release(RegistryEntry entry) {
   std::unique_ptr<InterestRegistration> ended;
   {

@@ -29,6 +29,7 @@ class IoKitRegistry : public DeviceRegistry {
   RegistryResult createProperties(RegistryEntry entry, RegistryProperties *properties) override;
   RegistryEntry parent(RegistryEntry entry) override;
   RegistryResult children(RegistryEntry entry, std::vector<RegistryEntry> *children) override;
+  bool isUsbDevice(RegistryEntry entry) override;
   void release(RegistryEntry entry) override;
 
  private:

@@ -253,6 +253,12 @@ RegistryResult UdevRegistry::children(RegistryEntry entry, std::vector<RegistryE
   return kRegistrySuccess;
 }
 
+bool UdevRegistry::isUsbDevice(RegistryEntry entry) {
+  std::lock_guard lock(mutex_);
+  UdevDevicePtr device = Owned(deviceFor(entry));
+  return device && Text(udev_device_get_devtype(device.get())) == "usb_device";
+}
+
 void UdevRegistry::release(RegistryEntry entry) {
   // Device entries stay valid for the life of the registry; a notification stops.
   std::lock_guard lock(mutex_);

@@ -1,7 +1,11 @@
 // Discovery on a virtual USB bus: the real udev registry sees fake sysfs devices and
 // their events, and opens a pty-backed tty node behind which the simulator answers.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <termios.h>
+
+#include <QCoreApplication>
+#include <QThread>
 
 #include <atomic>
 
@@ -21,6 +25,11 @@ class DiscoveryTest : public DeviceSessionFixture {
     ASSERT_TRUE(VirtualUsb::inMockEnvironment()) << "run under umockdev-wrapper";
     discovery = std::make_unique<DeviceDiscovery>(session.get(), MakePlatformRegistry());
     discovery->setPacingSleep([this] { ++paces; });
+    // Only opens off the main thread, where the session lives, could meet one another.
+    discovery->setPortOpener([this](const QString &path, unsigned baud) {
+      opensOffMainThread += QThread::currentThread() != qApp->thread();
+      return session->openSerialPort(path, baud);
+    });
     discovery->InitDevice();
   }
   // Lets the main thread take the bus's events, then waits for the walks they started.
@@ -33,7 +42,7 @@ class DiscoveryTest : public DeviceSessionFixture {
   VirtualUsb usb;
   VoiceTransfer voice{*session};
   LogTransfer logs{*session};
-  std::atomic<int> paces{0};
+  std::atomic<int> paces{0}, opensOffMainThread{0};
   std::unique_ptr<DeviceDiscovery> discovery;
 };
 
@@ -50,17 +59,22 @@ TEST_F(DiscoveryTest, DeviceAttachedAtStartIsCountedButNotOpened) {
   EXPECT_TRUE(log.startingWith("serial port name is").empty());
 }
 
-TEST_F(DiscoveryTest, DevicePluggedInLaterIsFoundDownToItsTtyAndOpenedAt9600) {
+// A modem on the hub's first port is searched first: its tty is skipped, never opened.
+TEST_F(DiscoveryTest, DevicePluggedInLaterIsFoundDownToItsOwnTtyAndOpenedAt9600) {
+  usb.add("1-1", 0x2345, 0x0001);  // the modem, with /dev/ttyACM0
   start();
-  const VirtualUsb::Device plugged = usb.plugIn("1-1");
+  const VirtualUsb::Device plugged = usb.plugIn("1-2");
   ASSERT_TRUE(WaitFor([&] { return session->channel().isOpen(); }, 5000));
   settleWalks();
   EXPECT_EQ(session->state().deviceExist, 1);
   EXPECT_TRUE(logged("deviceName:QM482"));
-  EXPECT_TRUE(logged("Location ID: 0x1100000"));
-  EXPECT_TRUE(logged("serial port name is /dev/ttyACM0"));
-  // Three registry levels searched (interface, device, hub), each paced once.
-  EXPECT_EQ(paces, 3);
+  EXPECT_TRUE(logged("Location ID: 0x1200000"));
+  EXPECT_TRUE(
+      logged("GetChildDeviceInfomation:skip /dev/ttyACM0, it belongs to another USB device"));
+  EXPECT_THAT(log.startingWith("serial port open"),
+              testing::ElementsAre("serial port open:/dev/ttyACM1"));
+  // Five entries searched (the modem's interface and device, ours, the hub), each paced once.
+  EXPECT_EQ(paces, 5);
   ASSERT_EQ(log.startingWith("GetDeviceInfomation:0x").size(), 1u);
 
   termios line{};
@@ -79,6 +93,7 @@ TEST_F(DiscoveryTest, DevicesAreCountedUpAndDownAndAFailedTakeInStaysCounted) {
   settleWalks();
   EXPECT_EQ(session->state().deviceExist, 2);
   EXPECT_EQ(log.startingWith("serial port name is").size(), 2u);
+  EXPECT_EQ(opensOffMainThread, 0);
 
   usb.unplug(first);
   EXPECT_TRUE(WaitFor([&] { return session->state().deviceExist == 1; }, 5000));

@@ -39,7 +39,7 @@ class IoKitDiscoveryTest : public DeviceSessionFixture {
   }
 
   // A device of the family with the nodes the system attaches below it; no serial client
-  // when callout is empty.
+  // when callout is empty. Its interface repeats its IDs, as on a Mac.
   io_object_t addDevice(io_object_t parent, uint32_t location, const std::string &callout,
                         Behaviour behaviour = {}, uint32_t product = kCorvamundProductId) {
     behaviour.locationID = location;
@@ -47,7 +47,9 @@ class IoKitDiscoveryTest : public DeviceSessionFixture {
         parent, "IOUSBHostDevice", "QM482",
         {{"idVendor", kCorvamundVendorId}, {"idProduct", product}, {"locationID", location}},
         behaviour);
-    const io_object_t interface = AddEntry(usb, "IOUSBHostInterface", "CDC Data");
+    const io_object_t interface = AddEntry(
+        usb, "IOUSBHostInterface", "CDC Data",
+        {{"idVendor", kCorvamundVendorId}, {"idProduct", product}, {"bInterfaceNumber", 1}});
     const io_object_t acm = AddEntry(interface, "AppleUSBACMData", "AppleUSBACMData");
     if (!callout.empty()) {
       AddEntry(acm, "IOSerialBSDClient", "IOSerialBSDClient",
@@ -99,17 +101,21 @@ TEST_F(IoKitDiscoveryTest, DevicesOfTheFirstWalkAreCountedOnlyAndLaterArrivalsOp
 }
 
 // The search starts at the device's parent and goes depth first through everything below
-// it, so a serial node of another device on the same hub is tried first; its failure does
-// not end the search. Every entry searched is paced once: the modem, its interface and
-// driver, the QM482's three, and the hub.
-TEST_F(IoKitDiscoveryTest, SearchClimbsToTheHubAndTriesEveryCalloutBelowItInOrder) {
-  addDevice(hub, 0x01110000, "/dev/cu.no-such-modem", {}, 0x0001);
+// it, so a serial node of another device on the same hub comes first: it is skipped, never
+// tried. A node of the QM482 that will not open does not end the search. Every entry
+// searched is paced once: the modem, its interface and driver, the QM482's three, the hub.
+TEST_F(IoKitDiscoveryTest, SearchClimbsToTheHubSkipsOtherDevicesAndTriesItsOwnCalloutsInOrder) {
+  addDevice(hub, 0x01110000, "/dev/cu.usbmodem-other", {}, 0x0001);
   start();
-  addDevice(hub, 0x01120000, device->slavePath().toStdString());
+  const io_object_t ours = addDevice(hub, 0x01120000, "/dev/cu.no-such-port");
+  AddEntry(ours, "IOSerialBSDClient", "IOSerialBSDClient",
+           {{"IOCalloutDevice", device->slavePath().toStdString()}});
   deliver();
   EXPECT_EQ(session->state().deviceExist, 1);
+  EXPECT_TRUE(log.contains(
+      "GetChildDeviceInfomation:skip /dev/cu.usbmodem-other, it belongs to another USB device"));
   EXPECT_THAT(opened(),
-              testing::ElementsAre("serial port name is /dev/cu.no-such-modem",
+              testing::ElementsAre("serial port name is /dev/cu.no-such-port",
                                    "serial port name is " + device->slavePath().toStdString()));
   EXPECT_EQ(log.startingWith("serial port open error:Error: couldn't open serial port").size(), 1u);
   EXPECT_TRUE(session->channel().isOpen());
