@@ -2,6 +2,7 @@
 
 #include <QFileDevice>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <cerrno>
 #include <cstring>
 
@@ -57,4 +58,22 @@ QString DescribeSaveFailure(const SaveResult &result, const QString &fileName) {
   }
   // One arg() call for both, so that a "%1" in the file name is not filled in turn.
   return Localized("save_failed").arg(fileName, why);
+}
+
+SaveResult SaveWhole(const QString &path, const std::function<bool(QIODevice &)> &write) {
+  QSaveFile file(path);
+  const auto failure = [&file](SaveStage stage) {
+    SaveResult result = SaveFailure(file, errno);
+    result.failedAt = stage;
+    return result;
+  };
+  errno = 0;
+  if (!file.open(QIODevice::WriteOnly)) return failure(SaveStage::Open);
+  errno = 0;
+  if (!write(file)) return failure(SaveStage::Write);
+  // Qt's commit() may report success for a file cut short by its last buffered write (a
+  // disk that fills just then), so the buffer is written out and checked first.
+  errno = 0;
+  if (!file.flush() || !file.commit()) return failure(SaveStage::Commit);
+  return {};
 }

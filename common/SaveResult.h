@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 class QFileDevice;
+class QIODevice;
 
 // How writing a file ended. A file is committed whole or not at all, so "not saved" also
 // means that nothing was left under the final name and an older file there is untouched.
@@ -14,9 +16,13 @@ enum class SaveError {
   Other,     // any other error; the reason holds the system's words
 };
 
+// Where a save stopped: the file could not be made, filled, or put in place.
+enum class SaveStage { Open, Write, Commit };
+
 struct SaveResult {
   SaveError error = SaveError::None;
   QString reason;  // the system's own words, for the log
+  SaveStage failedAt = SaveStage::Commit;
 
   bool saved() const { return error == SaveError::None; }
   // So that a result reads as a condition, as the true-or-false results before it did.
@@ -30,3 +36,7 @@ SaveResult SaveFailure(const QFileDevice &file, int systemError);
 // "2023-11-05_23-00_45_profile.csv could not be saved: the disk is full." in the user's
 // language; fileName is shown as it is. Empty for a result that was saved.
 QString DescribeSaveFailure(const SaveResult &result, const QString &fileName);
+
+// Writes the file at path whole or not at all: write fills it (false when it could not),
+// and only then is it put in place of an older file of that name.
+SaveResult SaveWhole(const QString &path, const std::function<bool(QIODevice &)> &write);

@@ -1,6 +1,6 @@
 #include "DiveLogCsv.h"
 
-#include <QSaveFile>
+#include <QIODevice>
 #include <array>
 #include <cerrno>
 
@@ -132,23 +132,14 @@ SaveResult DiveLogCsvSave(const QString &path, const QByteArray *g_dive_log_buff
     LogPageEnd(dive);
     return {SaveError::Other, QString::fromStdString(dive.pageEnd)};
   }
-  QSaveFile file(path);
-  errno = 0;
-  if (!file.open(QIODevice::WriteOnly)) {
-    const SaveResult failure = SaveFailure(file, errno);
+  const SaveResult saved =
+      SaveWhole(path, [&dive](QIODevice &file) { return WriteDiveLogCsv(file, dive); });
+  if (saved.failedAt == SaveStage::Open && !saved.saved()) {
     SystemLog("DiveLogCsvSave Filename=%s filehandle is nil.", qUtf8Printable(path));
-    return failure;
-  }
-  errno = 0;
-  if (!WriteDiveLogCsv(file, dive)) return SaveFailure(file, errno);
-  // Qt's commit() may report success for a file cut short by its last buffered write (a
-  // disk that fills just then), so the buffer is written out and checked first.
-  errno = 0;
-  if (!file.flush() || !file.commit()) {
-    const SaveResult failure = SaveFailure(file, errno);
+  } else if (saved.failedAt == SaveStage::Commit && !saved.saved()) {
     SystemLog("DiveLogCsvSave Filename=%s commit error:%s", qUtf8Printable(path),
-              qUtf8Printable(failure.reason));
-    return failure;
+              qUtf8Printable(saved.reason));
   }
+  if (!saved.saved()) return saved;
   return {};
 }

@@ -1,7 +1,6 @@
 #include "WaveFile.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QtEndian>
 #include <cerrno>
 #include <cstring>
@@ -86,24 +85,15 @@ SaveResult Bin2wav8k(const QString &binaryFilename, const QString &saveWaveFilen
   SystemLog("Bin2wav8k read_data read OK.size=%lu.", static_cast<unsigned long>(audio.size()));
   clip.close();
 
-  QSaveFile wave(saveWaveFilename);
-  errno = 0;
-  if (!wave.open(QIODevice::WriteOnly)) {
-    const SaveResult failure = SaveFailure(wave, errno);
+  const SaveResult saved =
+      SaveWhole(saveWaveFilename, [&audio](QIODevice &wave) { return WriteWave(wave, audio); });
+  if (saved.failedAt == SaveStage::Open && !saved.saved()) {
     SystemLog("Bin2wav8k Filename=%s filehandle is nil.", qUtf8Printable(saveWaveFilename));
-    return failure;
+  } else if (saved.failedAt == SaveStage::Commit && !saved.saved()) {
+    // The file's writes are buffered, so a full disk mostly shows here.
+    SystemLog("Bin2wav8k write error:%s", qUtf8Printable(saved.reason));
   }
-  errno = 0;
-  if (!WriteWave(wave, audio)) return SaveFailure(wave, errno);
-  // The file's writes are buffered, so a full disk mostly shows here. Qt's commit() may
-  // report success for a file cut short by its last buffered write, so the buffer is
-  // written out and checked first.
-  errno = 0;
-  if (!wave.flush() || !wave.commit()) {
-    const SaveResult failure = SaveFailure(wave, errno);
-    SystemLog("Bin2wav8k write error:%s", qUtf8Printable(failure.reason));
-    return failure;
-  }
+  if (!saved.saved()) return saved;
 
   if (!clip.remove()) {
     SystemLog("Bin2wav8k file(%s) delete error: %s", qUtf8Printable(binaryFilename),
