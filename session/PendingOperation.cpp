@@ -1,7 +1,5 @@
 #include "PendingOperation.h"
 
-#include <QCoreApplication>
-
 #include "SystemLog.h"
 
 namespace {
@@ -25,28 +23,23 @@ bool PendingOperation::begin(Operation operation, OutcomeHandler handler) {
   if (active_) return false;
   operation_ = operation;
   handler_ = std::move(handler);
-  home_ = QCoreApplication::instance();
   active_ = true;
   return true;
 }
 
 bool PendingOperation::finish(Outcome outcome) {
   OutcomeHandler handler;
-  QPointer<QObject> home;
   {
     std::lock_guard lock(mutex_);
     if (!active_ || operation_ != outcome.operation) return false;
     active_ = false;
     handler = std::move(handler_);
     handler_ = nullptr;
-    home = home_;
   }
   SystemLog("operation %s ended: %d", OperationName(outcome.operation), int(outcome.failure));
-  if (!handler || !home) return true;
-  QMetaObject::invokeMethod(
-      home.data(),
-      [handler = std::move(handler), outcome = std::move(outcome)] { handler(outcome); },
-      Qt::QueuedConnection);
+  if (!handler) return true;
+  mainThread_.post(
+      [handler = std::move(handler), outcome = std::move(outcome)] { handler(outcome); });
   return true;
 }
 

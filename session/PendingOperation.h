@@ -1,16 +1,15 @@
 #pragma once
 
-#include <QObject>
-#include <QPointer>
 #include <atomic>
 #include <mutex>
 #include <optional>
 
+#include "MainThreadQueue.h"
 #include "Outcome.h"
 
 // The one operation under way on the session, and whoever waits for its outcome. The
-// device does one thing at a time, so there is one slot. Operations begin on the main
-// thread; any thread may finish one, the first finish wins, and the handler runs on the
+// device does one thing at a time, so there is one slot. Made on the main thread; any
+// thread may finish an operation, the first finish wins, and the handler runs on the
 // main thread's event loop, never inside the call that finished it.
 class PendingOperation {
  public:
@@ -31,5 +30,5 @@ class PendingOperation {
   std::atomic<bool> active_{false};
   Operation operation_ = Operation::ConnectAndList;
   OutcomeHandler handler_;
-  QPointer<QObject> home_;  // the application object, to run the handler on its thread
+  MainThreadQueue mainThread_;  // where handlers run
 };

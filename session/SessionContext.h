@@ -73,19 +73,3 @@ class SessionContext {
 
   QObject anchor_;  // the quiet-line polls die with the session
 };
-
-// Runs work on the main thread's event loop, in the order posted. Made on the main thread;
-// work still queued when it goes away is dropped with it. The work itself passes through a
-// queue of ours under a mutex, so the hand-over between threads is plain to see for the
-// thread sanitizer; Qt's event queue only carries the wake-up.
-class MainThreadQueue {
- public:
-  void post(std::function<void()> work);
-
- private:
-  void runPending();
-
-  QObject anchor_;
-  std::mutex mutex_;
-  std::deque<std::function<void()>> pending_;
-};
