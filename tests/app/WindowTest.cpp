@@ -101,7 +101,12 @@ TEST_F(WindowTest, ControlsFollowThePhasesOfTheSession) {
   link.bytesPerSecond = 400000;  // slow enough to see a clip arrive
   SimulatedDevice device(sim::GenerateContents(4, QDate::currentDate()), link);
   ASSERT_TRUE(connectTo(device));
-  ASSERT_TRUE(WaitFor([&] { return Outlet<QTableView>(window, "view_log_index")->isEnabled(); }));
+  // The listing's end reaches the window by two routes (the list and the controls), in
+  // either order: wait for both.
+  ASSERT_TRUE(WaitFor([&] {
+    return Outlet<QTableView>(window, "view_log_index")->isEnabled() &&
+           Outlet(window, "button_reconnect")->isEnabled();
+  }));
   EXPECT_EQ(Outlet<QLabel>(window, "label_type")->text(), "QM482");
   EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.28417305");
   EXPECT_FALSE(Outlet(window, "pictureBox_set_corvamund2")->isVisible());
