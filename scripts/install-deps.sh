@@ -8,14 +8,25 @@ packages=(
   qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6sql6-sqlite
   libudev-dev
   libgtest-dev libgmock-dev umockdev libumockdev-dev libbenchmark-dev
-  sox python3 fonts-noto-cjk
+  sox python3 fonts-noto-cjk locales
 )
 
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
+
+# A locale whose decimal point is a comma: the device's numbers must read the same in it.
+ensure_comma_locale() {
+  locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$' && return 0
+  [ "$(id -u)" -eq 0 ] || { echo "Missing locale de_DE.UTF-8 (run this as root)." >&2; return 1; }
+  localedef -i de_DE -f UTF-8 de_DE.UTF-8
+}
+
+if [ ${#missing[@]} -eq 0 ]; then
+  ensure_comma_locale
+  exit 0
+fi
 
 if [ "$(id -u)" -ne 0 ] || ! command -v apt-get >/dev/null; then
   echo "Missing packages: ${missing[*]}" >&2
@@ -27,3 +38,4 @@ echo "Installing: ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 apt-get update -qq
 apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+ensure_comma_locale

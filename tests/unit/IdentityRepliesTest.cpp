@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <clocale>
+
 #include "IdentityReplies.h"
 #include "Localization.h"
 #include "RecordingWindow.h"
@@ -65,6 +67,11 @@ TEST_F(IdentityRepliesTest, FirmwareFromVersion1175PacesClipsWithVx) {
   EXPECT_EQ(flowControl("V1.2"), 1);
   EXPECT_EQ(flowControl("ver"), 0);
   EXPECT_EQ(FirmwareVersion("1.2.3"), 1.2);
+
+  // Where the decimal point is a comma, "1.180" read by the locale's rules is 1.
+  ASSERT_NE(setlocale(LC_ALL, "de_DE.UTF-8"), nullptr) << "scripts/install-deps.sh makes it";
+  EXPECT_EQ(flowControl("1.180"), 1);
+  setlocale(LC_ALL, "C");
 }
 
 TEST_F(IdentityRepliesTest, SerialNumberReplyNeedsExactlyFiveFields) {
