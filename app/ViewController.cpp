@@ -315,9 +315,7 @@ void ViewController::comboBoxSelectionDidChange() {
 }
 
 void ViewController::action_button_reconnect() {
-  session_.state().g_serial_port_status = DISCONNECTED;
-  session_.context().DisableButtonControl();
-  session_.Reconnect();
+  session_.restartHandshake();
 }
 
 void ViewController::action_button_download_voice() {

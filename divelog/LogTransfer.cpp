@@ -62,7 +62,7 @@ void LogTransfer::endOfIndexSequence(bool sendDetail) {
   window.setEnabled(Outlet::comboBox_index_search_range, true);
   window.setEnabled(Outlet::button_reconnect, true);
   window.EnableButtonDownloadVoice(true);
-  state.g_serial_port_status = CONNECTED_IDLE;
+  context_.transitions.enter(CONNECTED_IDLE);
   context_.transitions.finish(
       Outcome{Operation::ConnectAndList, Failure::None, Localized("status_connected"), {}});
   if (sendDetail) closeWithDetail();

@@ -22,13 +22,13 @@ void Handshake::timer2Call() {
       break;
     case TRY_CONNECT_KIND_DONE:
       // A whole tick between a reply and the next command gives the device time.
-      state.g_serial_port_status = TRY_CONNECT_TX_DETAIL;
+      transitions.enter(TRY_CONNECT_TX_DETAIL);
       break;
     case TRY_CONNECT_TX_DETAIL:
       transitions.request(TRY_CONNECT_RX_DETAIL, eSERIAL_RX_RESPONSE, Command::kDetail);
       break;
     case TRY_CONNECT_DETAIL_DONE:
-      state.g_serial_port_status = TRY_CONNECT_TX_GSER;
+      transitions.enter(TRY_CONNECT_TX_GSER);
       break;
     case TRY_CONNECT_TX_GSER:
       transitions.request(TRY_CONNECT_RX_GSER, eSERIAL_RX_RESPONSE, Command::kSerialNumber);
@@ -38,13 +38,13 @@ void Handshake::timer2Call() {
       // of the receive thread tells.
       if (state.deviceExist == 0) {
         window.setVisible(Outlet::label_com_number, true);
-        state.g_serial_port_status = DISCONNECTED;
+        transitions.enter(DISCONNECTED);
         context_.DisableButtonControl();
         context_.operation.fail(Failure::Unplugged, QString());
       }
       break;
     case TRY_TX_VOICE_RETRY:
-      state.g_serial_port_status = CONNECTED_IDLE;
+      transitions.enter(CONNECTED_IDLE);
       if (context_.hooks.DownloadVoiceData) context_.hooks.DownloadVoiceData();
       break;
     case TRY_TX_VOICE_INDEX:
@@ -73,7 +73,7 @@ void Handshake::Reconnect() {
   SessionState &state = context_.state;
   state.g_read_index_sequence = 1;
   // A failed write is not reported here: the reply deadline tells.
-  state.g_serial_port_status = TRY_CONNECT_RX_KIND;
+  context_.transitions.enter(TRY_CONNECT_RX_KIND);
   state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
   context_.channel.discardInput();
   state.lastLineActivityMs = context_.clockMs();

@@ -71,7 +71,7 @@ void IdentityReplies::modelReply(const char *text, size_t length) {
   // The first 11 bytes decide; whatever follows them is not looked at.
   static constexpr char kModelReply[] = "OK QM482CS\r";
   if (length >= 11 && std::memcmp(text, kModelReply, 11) == 0) {
-    context_.state.g_serial_port_status = TRY_CONNECT_KIND_DONE;
+    context_.transitions.enter(TRY_CONNECT_KIND_DONE);
     context_.window.setText(Outlet::label_type, QStringLiteral("QM482"));
     return;
   }
@@ -103,7 +103,7 @@ void IdentityReplies::detailReply(const char *text) {
                                       values[seven ? 4 : 3], values[seven ? 6 : 5]}
                               .join(u' '));
   if (FirmwareVersion(values[1]) >= kFlowControlVersion) state.g_flow_control_enabled = 1;
-  state.g_serial_port_status = TRY_CONNECT_DETAIL_DONE;
+  context_.transitions.enter(TRY_CONNECT_DETAIL_DONE);
 }
 
 void IdentityReplies::serialNumberReply(const char *text) {
@@ -116,10 +116,10 @@ void IdentityReplies::serialNumberReply(const char *text) {
   }
   context_.window.setText(Outlet::label_serial_number, QStringLiteral("SN.") + values[3]);
   if (state.g_read_index_sequence == 1) {
-    state.g_serial_port_status = TRY_TX_VOICE_INDEX;
+    context_.transitions.enter(TRY_TX_VOICE_INDEX);
   } else {
     context_.window.setEnabled(Outlet::comboBox_index_search_range, true);
-    state.g_serial_port_status = CONNECTED_IDLE;
+    context_.transitions.enter(CONNECTED_IDLE);
     context_.transitions.finish(
         Outcome{Operation::ConnectAndList, Failure::None, Localized("status_connected"), {}});
   }
@@ -136,11 +136,11 @@ void IdentityReplies::cdcwaitReply(const char *text) {
                        IntValue(values[2]) == CDCWAIT_LEVELS[size_t(level)];
   if (matches && state.g_voice_retry_count >= 1) {
     // The device took the new pacing: the next session tick fetches the clip again.
-    state.g_serial_port_status = TRY_TX_VOICE_RETRY;
+    context_.transitions.enter(TRY_TX_VOICE_RETRY);
     return;
   }
   const bool abandoned = state.g_voice_retry_count >= 1;
-  state.g_serial_port_status = CONNECTED_IDLE;
+  context_.transitions.enter(CONNECTED_IDLE);
   context_.EnableTransferControls();
   // A clip whose retry the device did not take is dropped without a word to the window;
   // the command line still learns that it failed.

@@ -71,3 +71,9 @@ void Session::connectAndList(OutcomeHandler done) {
 void Session::Reconnect() {
   connectAndList(connectionHandler_);
 }
+
+void Session::restartHandshake() {
+  context_.transitions.enter(DISCONNECTED);
+  context_.DisableButtonControl();
+  Reconnect();
+}

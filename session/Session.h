@@ -35,6 +35,9 @@ class Session {
   void connectAndList(OutcomeHandler done);
   // The reconnect button: connectAndList, reported to the connection handler.
   void Reconnect();
+  // Drops what the session was doing, greys the controls and identifies the device again:
+  // the Reconnect button, and a clip that could not even be started.
+  void restartHandshake();
   // Who hears how the connection of a newly opened port ended (the window, the command
   // line). Set before the first port opens.
   void setConnectionHandler(OutcomeHandler handler) { connectionHandler_ = std::move(handler); }

@@ -4,10 +4,14 @@
 #include "SessionContext.h"
 #include "SystemLog.h"
 
+void Transitions::enter(SessionStatus next) {
+  context_.state.g_serial_port_status = next;
+}
+
 bool Transitions::request(int32_t status, int32_t selector, const QString &command,
                           bool dropSequenceOnFailure) {
   SessionState &state = context_.state;
-  state.g_serial_port_status = status;
+  enter(SessionStatus(status));
   state.g_receive_data_type_is_voice_record = selector;
   return request(command, dropSequenceOnFailure);
 }
@@ -88,7 +92,7 @@ void Transitions::freshStart() {
   context_.operation.fail(Failure::Unplugged, Localized("device_disconnected"));
   stopTransfers();
   state.g_voice_retry_count = 0;
-  state.g_serial_port_status = TRY_CONNECT_TX_KIND;
+  enter(TRY_CONNECT_TX_KIND);
   state.lastLineActivityMs = now();
 }
 
@@ -104,7 +108,7 @@ void Transitions::cancel() {
     return;
   }
   stopTransfers();
-  state.g_serial_port_status = CONNECTED_IDLE;
+  enter(CONNECTED_IDLE);
   context_.EnableTransferControls();
   context_.operation.fail(Failure::Cancelled, Localized("transfer_cancelled"));
 }
@@ -125,9 +129,8 @@ void Transitions::idleAgain(std::optional<Outcome> outcome) {
 }
 
 void Transitions::disconnect(Failure failure, const QString &sentence, bool offerReconnect) {
-  SessionState &state = context_.state;
   stopTransfers();
-  state.g_serial_port_status = DISCONNECTED;
+  enter(DISCONNECTED);
   context_.DisableButtonControl();
   if (offerReconnect && context_.channel.isOpen()) {
     context_.window.setEnabled(Outlet::button_reconnect, true);

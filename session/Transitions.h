@@ -9,16 +9,39 @@
 
 class SessionContext;
 
-// The session's moves that every flow shares, in one place: starting an exchange (the
-// input left over from the last one dropped, the reply deadline armed), the deadline that
-// ends an exchange the device stopped answering, the line that went away, cancel, a
-// fresh start on a newly opened port, and the return to idle after a request that could
-// not be written. The protocol's own steps (which state follows which reply) stay with
-// the handshake, the replies and the transfers; each of those enters its next state here
-// whenever it sends a command.
+// The session's states and every move between them. Only enter() changes the state; the
+// moves that every flow shares live here too: starting an exchange (the input left over
+// from the last one dropped, the reply deadline armed), the deadline that ends an
+// exchange the device stopped answering, the line that went away, cancel, a fresh start
+// on a newly opened port, and the return to idle after a request that could not be
+// written. Which reply leads where is decided by the handshake, the replies and the
+// transfers, along this map ("tick" is the session's once-a-second timer):
+//
+//   port opened           -> TRY_CONNECT_TX_KIND
+//   TRY_CONNECT_TX_KIND   -tick, "#kind"-->     TRY_CONNECT_RX_KIND
+//   TRY_CONNECT_RX_KIND   -model reply-->       TRY_CONNECT_KIND_DONE
+//   TRY_CONNECT_KIND_DONE -tick-->              TRY_CONNECT_TX_DETAIL
+//   TRY_CONNECT_TX_DETAIL -tick, "#detail"-->   TRY_CONNECT_RX_DETAIL
+//   TRY_CONNECT_RX_DETAIL -version reply-->     TRY_CONNECT_DETAIL_DONE
+//   TRY_CONNECT_DETAIL_DONE -tick-->            TRY_CONNECT_TX_GSER
+//   TRY_CONNECT_TX_GSER   -tick, "#gser"-->     TRY_CONNECT_RX_GSER
+//   TRY_CONNECT_RX_GSER   -serial number-->     TRY_TX_VOICE_INDEX (listing) or CONNECTED_IDLE
+//   TRY_TX_VOICE_INDEX    -tick, "vi"-->        RX_VOICE_INDEX
+//   RX_VOICE_INDEX        -index with entries--> TRY_TX_LOG_HISTORY
+//   TRY_TX_LOG_HISTORY    -tick, "lh"-->        RX_LOG_HISTORY
+//   RX_LOG_HISTORY        -history, "lp" pages-> CONNECTED_IDLE
+//   CONNECTED_IDLE        clip and dive downloads run here, selected by the receive type
+//   CONNECTED_IDLE        -clip stalled, "#cdcwait"-> TRY_RX_VOICE_WAIT
+//   TRY_RX_VOICE_WAIT     -pacing taken-->      TRY_TX_VOICE_RETRY, else CONNECTED_IDLE
+//   TRY_TX_VOICE_RETRY    -tick, clip again-->  CONNECTED_IDLE
+//   any state             -refusal, deadline, unplug, cancel in a handshake-> DISCONNECTED
+//   DISCONNECTED          -Reconnect, "#kind"--> TRY_CONNECT_RX_KIND
 class Transitions {
  public:
   explicit Transitions(SessionContext &context) : context_(context) {}
+
+  // The one place the state changes.
+  void enter(SessionStatus next);
 
   // Sets state and selector, then sends command as the start of an exchange. On a failed
   // write the user is told "Corvamund power is off" (through the operation under way, if

@@ -37,7 +37,7 @@ void VoiceTransfer::receiveIndex(char *bytes, size_t length) {
   if (update) UpdateVoiceIndex();
   // The connection sequence goes on to the log history only after a readable index.
   if (entries > 0 && context_.state.g_read_index_sequence == 1) {
-    context_.state.g_serial_port_status = TRY_TX_LOG_HISTORY;
+    context_.transitions.enter(TRY_TX_LOG_HISTORY);
   }
 }
 
@@ -112,9 +112,7 @@ void VoiceTransfer::DownloadVoiceData() {
       MakeVoiceWaveFileName(indexEntry, paths.g_voice_folder_path, index.g_voice_data_block);
   if (!name) {
     fail(Failure::NotOnDevice, Localized("item_not_on_device"));
-    state.g_serial_port_status = DISCONNECTED;
-    context_.DisableButtonControl();
-    session_.Reconnect();
+    session_.restartHandshake();
     SystemLog("g_saveWaveFilename nil!");
     return;
   }
@@ -134,9 +132,7 @@ void VoiceTransfer::DownloadVoiceData() {
                 qUtf8Printable(paths.g_temp_voice_file_path));
       fail(Failure::CannotSave,
            DescribeSaveFailure(failure, QFileInfo(paths.g_temp_voice_file_path).fileName()));
-      state.g_serial_port_status = DISCONNECTED;
-      context_.DisableButtonControl();
-      session_.Reconnect();
+      session_.restartHandshake();
       return;
     }
     g_voice_file_handle = std::move(file);
