@@ -241,6 +241,37 @@ TEST_F(LogTransferTest, HangUpMidListingThenANewConnectionFinishesADownload) {
   }));
 }
 
+// Cancel mid-page: the session is idle at once and saves nothing, and the rest of the
+// page still on its way must not end up in the next download's CSV.
+TEST_F(LogTransferTest, CancelMidPageLeavesNoCsvAndTheNextDownloadIsWhole) {
+  const sim::Dive dive = DiveAt(QDateTime(QDate(2023, 11, 5), QTime(14, 0), QTimeZone::utc()), 45);
+  sim::Options slowLink;
+  slowLink.bytesPerSecond = 4000;  // a page takes a second
+  window.searchRange = "5 years";
+  logs.SetIndexSearchDatatime();
+  plugIn(Holding({dive}, 1), slowLink);
+  connectAndList();
+  const QString folder = paths().g_log_folder_path;
+
+  logs.action_button_download_log(window.outcomes());
+  ASSERT_TRUE(WaitFor([&] { return session->state().g_dive_log_received > 500; }));
+  session->cancel();
+  EXPECT_EQ(session->state().g_serial_port_status, CONNECTED_IDLE);
+  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::Cancelled);
+  ASSERT_TRUE(WaitFor([&] { return session->context().transitions.lineQuiet(); }));
+  EXPECT_TRUE(QDir(folder).entryList(QDir::Files).isEmpty());
+
+  logs.action_button_download_log(window.outcomes());
+  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome()->ok(); }, 10000));
+  QTemporaryDir expected;
+  const QByteArray page = sim::DivePage(dive);
+  ASSERT_TRUE(DiveLogCsvSave(expected.filePath("dive.csv"), &page));
+  EXPECT_EQ(QDir(folder).entryList(QDir::Files), QStringList{"2023-11-05_23-00_45_profile.csv"});
+  EXPECT_EQ(ReadFile(folder + "/2023-11-05_23-00_45_profile.csv"),
+            ReadFile(expected.filePath("dive.csv")));
+}
+
 // Something else has taken the log folder's name since start-up. Anything at the path
 // counts as the folder, so the dive is fetched; its CSV cannot be written, which the log
 // and the outcome say (never "Download complete"), and the thing in the way is left as it
