@@ -1,0 +1,97 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QList>
+#include <QString>
+#include <cstdint>
+#include <optional>
+
+// The device a library entry belongs to.
+struct DeviceKey {
+  QString model;   // "QM482"
+  QString serial;  // "28417305"
+  bool operator==(const DeviceKey &) const = default;
+};
+
+enum class ItemKind { Dive, Clip };
+
+// A dive page as read from the device, kept so the dive can be shown and exported without it.
+struct StoredDive {
+  int32_t number = 0;  // the device's history number
+  QDateTime startUtc;  // on the device's clock (UTC)
+  QByteArray page;     // the 4096-byte page
+};
+
+// A clip the device listed. Its start comes back from the library in UTC.
+struct StoredClip {
+  QString key;      // the caller's key for the clip (its recording time, "yyyyMMddHHmmss")
+  QString entry;    // the voice index entry text as the device sent it
+  QDateTime start;  // recording time on the device's clock
+};
+
+// The memory of what was read and saved: devices, the dive pages read, the clip entries seen
+// and the files saved (path, size and SHA-256). The files are the truth: an item counts as
+// saved only while its file is there with the size and hash recorded when it was saved.
+// Every write is one transaction. A database that cannot be read is set aside and a new one
+// started; nothing here is ever fatal. Used from one thread (the main thread).
+class Library {
+ public:
+  // Opens, or creates, the database at path. A file that cannot be opened, fails its
+  // integrity check or has a schema this code does not know is renamed aside as
+  // "<file>.broken-<yyyyMMdd-HHmmss>" (a number appended if that is taken), a new one is
+  // created, one line is logged and notice() tells the user. When not even a new one can be
+  // created, isOpen() is false, notice() says so and every call below does nothing and
+  // answers empty. A database another program keeps locked is not broken: it is left alone
+  // and this one stays closed the same way.
+  explicit Library(QString path = DefaultPath());
+  ~Library();
+  Library(const Library &) = delete;
+  Library &operator=(const Library &) = delete;
+
+  // library.sqlite in the application's data folder, which is created if missing.
+  static QString DefaultPath();
+
+  bool isOpen() const { return open_; }
+  // For the user, when the database had to be set aside or could not be opened; else empty.
+  QString notice() const { return notice_; }
+
+  // Insert, or replace the entry of the same device and number.
+  bool recordDive(const DeviceKey &device, const StoredDive &dive);
+  // Insert, or replace the entry of the same device and key.
+  bool recordClip(const DeviceKey &device, const StoredClip &clip);
+  // The item's file was saved at path: records its size and SHA-256, read from the file now.
+  // A path holds one item: recording it for another item takes it from the one before.
+  // False, and nothing recorded, when the file cannot be read. For a dive, itemKey is its
+  // number as decimal text.
+  bool recordSaved(const DeviceKey &device, ItemKind kind, const QString &itemKey,
+                   const QString &path);
+  // The item's saved file (the latest recorded when there are several), only while it is
+  // there with the recorded size and hash: a file the diver deleted or changed is not saved.
+  std::optional<QString> savedFile(const DeviceKey &device, ItemKind kind,
+                                   const QString &itemKey) const;
+
+  // Which item the file at path holds, as recorded, while the file still has the recorded
+  // size and hash. None for a file the library did not save or that was changed since.
+  struct ItemRef {
+    DeviceKey device;
+    ItemKind kind;
+    QString itemKey;
+  };
+  std::optional<ItemRef> itemAt(const QString &path) const;
+
+  QList<DeviceKey> devices() const;                        // most recently seen first
+  QList<StoredDive> dives(const DeviceKey &device) const;  // newest start first
+  QList<StoredClip> clips(const DeviceKey &device) const;  // newest start first
+
+ private:
+  enum class Opening { Opened, Broken, Busy };
+  Opening connect(QString &why);
+  void close();
+  std::optional<qint64> deviceId(const DeviceKey &device) const;  // none when never seen
+
+  QString path_;
+  QString connection_;
+  QString notice_;
+  bool open_ = false;
+};

@@ -1,0 +1,141 @@
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+
+#include "Library.h"
+#include "SystemLog.h"
+#include "TestSupport.h"
+
+namespace {
+
+const DeviceKey kDevice{"QM482", "28417305"};
+const DeviceKey kOther{"QM482", "28417399"};
+
+QDateTime Utc(int day, int hour) {
+  return QDateTime(QDate(2024, 3, day), QTime(hour, 0), Qt::UTC);
+}
+
+// A page with every byte value in it, zeros included, marked with the dive's number.
+QByteArray Page(int number) {
+  QByteArray page(4096, '\0');
+  for (int i = 0; i < page.size(); ++i) page[i] = char((i * 7 + number) & 0xFF);
+  return page;
+}
+
+TEST(Library, KeepsWhatWasReadAcrossReopeningNewestFirst) {
+  QTemporaryDir dir;
+  const QString path = dir.filePath("library.sqlite");
+  {
+    Library library(path);
+    ASSERT_TRUE(library.isOpen());
+    EXPECT_TRUE(library.notice().isEmpty());
+    ASSERT_TRUE(library.recordDive(kDevice, {7, Utc(2, 9), Page(0)}));  // replaced below
+    ASSERT_TRUE(library.recordDive(kDevice, {12, Utc(5, 8), Page(12)}));
+    ASSERT_TRUE(library.recordDive(kDevice, {7, Utc(3, 10), Page(7)}));
+    ASSERT_TRUE(
+        library.recordClip(kDevice, {"20240301100000", "240301-100000_002-00F", Utc(1, 10)}));
+    ASSERT_TRUE(
+        library.recordClip(kDevice, {"20240304110000", "240304-110000_010-01A", Utc(4, 11)}));
+    ASSERT_TRUE(library.recordDive(kOther, {1, Utc(1, 1), Page(1)}));
+    ASSERT_TRUE(
+        library.recordClip(kDevice, {"20240301100000", "240301-100000_002-010", Utc(1, 10)}));
+  }
+  Library library(path);
+  ASSERT_TRUE(library.isOpen());
+  EXPECT_EQ(library.devices(), (QList<DeviceKey>{kDevice, kOther}));
+
+  const QList<StoredDive> dives = library.dives(kDevice);
+  ASSERT_EQ(dives.size(), 2);
+  EXPECT_EQ(dives[0].number, 12);
+  EXPECT_EQ(dives[1].number, 7);
+  EXPECT_EQ(dives[1].startUtc, Utc(3, 10));
+  EXPECT_EQ(dives[0].page, Page(12));
+  EXPECT_EQ(dives[1].page, Page(7));
+
+  const QList<StoredClip> clips = library.clips(kDevice);
+  ASSERT_EQ(clips.size(), 2);
+  EXPECT_EQ(clips[0].key, "20240304110000");
+  EXPECT_EQ(clips[1].entry, "240301-100000_002-010");
+  EXPECT_EQ(clips[1].start, Utc(1, 10));
+  EXPECT_EQ(library.dives(kOther).size(), 1);
+  EXPECT_TRUE(library.clips({"QM482", "unknown"}).isEmpty());
+}
+
+TEST(Library, FileCountsAsSavedOnlyWhileUnchangedAndHoldsOneItem) {
+  QTemporaryDir dir;
+  Library library(dir.filePath("library.sqlite"));
+  const QString wav = dir.filePath("clip.wav");
+  WriteFile(wav, "RIFF----WAVEfmt one");
+  // Recorded through a roundabout path, found by the plain one.
+  ASSERT_TRUE(library.recordSaved(kDevice, ItemKind::Clip, "20240301100000",
+                                  dir.path() + "/./sub/../clip.wav"));
+  EXPECT_EQ(library.savedFile(kDevice, ItemKind::Clip, "20240301100000"), wav);
+  EXPECT_FALSE(library.savedFile(kDevice, ItemKind::Dive, "20240301100000"));
+  ASSERT_TRUE(library.itemAt(wav));
+  EXPECT_EQ(library.itemAt(wav)->itemKey, "20240301100000");
+
+  WriteFile(wav, "RIFF----WAVEfmt two");  // same size, other bytes
+  EXPECT_FALSE(library.savedFile(kDevice, ItemKind::Clip, "20240301100000"));
+  EXPECT_FALSE(library.itemAt(wav));
+
+  // The same path recorded for another item is that item's now.
+  ASSERT_TRUE(library.recordSaved(kOther, ItemKind::Dive, "12", wav));
+  EXPECT_EQ(library.savedFile(kOther, ItemKind::Dive, "12"), wav);
+  EXPECT_EQ(library.itemAt(wav)->device, kOther);
+  EXPECT_EQ(library.itemAt(wav)->kind, ItemKind::Dive);
+  ASSERT_TRUE(library.recordSaved(kDevice, ItemKind::Clip, "20240301100000", wav));
+  EXPECT_FALSE(library.savedFile(kOther, ItemKind::Dive, "12"));
+
+  ASSERT_TRUE(QFile::remove(wav));
+  EXPECT_FALSE(library.savedFile(kDevice, ItemKind::Clip, "20240301100000"));
+  EXPECT_FALSE(library.recordSaved(kDevice, ItemKind::Clip, "20240301100000", wav));
+}
+
+TEST(Library, UnreadableDatabaseIsSetAsideAndANewOneStarted) {
+  QTemporaryDir dir;
+  const QString path = dir.filePath("library.sqlite");
+  const QByteArray garbage(8192, '\x5A');
+  WriteFile(path, garbage);
+  {
+    LogCapture log;
+    Library library(path);
+    ASSERT_TRUE(library.isOpen());
+    EXPECT_EQ(log.startingWith("library ").size(), 1u);
+    EXPECT_TRUE(library.recordDive(kDevice, {3, Utc(1, 1), Page(3)}));
+    EXPECT_EQ(library.dives(kDevice).size(), 1);
+  }
+  // A library written by a later version of the program is not read either.
+  {
+    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "later");
+    db.setDatabaseName(path);
+    ASSERT_TRUE(db.open());
+    ASSERT_TRUE(QSqlQuery(db).exec("PRAGMA user_version = 2"));
+    db.close();
+  }
+  QSqlDatabase::removeDatabase("later");
+  Library library(path);
+  ASSERT_TRUE(library.isOpen());
+  EXPECT_TRUE(library.dives(kDevice).isEmpty());
+
+  const QStringList aside = QDir(dir.path()).entryList({"library.sqlite.broken-*"}, QDir::Files);
+  ASSERT_EQ(aside.size(), 2) << qPrintable(aside.join(' '));
+  EXPECT_TRUE(library.notice().contains(aside.last())) << qPrintable(library.notice());
+  EXPECT_EQ(ReadFile(dir.filePath(aside.first())), garbage);
+}
+
+TEST(Library, WithoutAPlaceForTheDatabaseEveryCallAnswersEmpty) {
+  QTemporaryDir dir;
+  WriteFile(dir.filePath("file"), "in the way");
+  Library library(dir.filePath("file/library.sqlite"));
+  EXPECT_FALSE(library.isOpen());
+  EXPECT_FALSE(library.notice().isEmpty());
+  EXPECT_FALSE(library.recordDive(kDevice, {1, Utc(1, 1), Page(1)}));
+  EXPECT_FALSE(library.recordSaved(kDevice, ItemKind::Dive, "1", dir.filePath("file")));
+  EXPECT_FALSE(library.savedFile(kDevice, ItemKind::Dive, "1"));
+  EXPECT_TRUE(library.devices().isEmpty());
+}
+
+}  // namespace
