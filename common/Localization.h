@@ -18,7 +18,7 @@ inline constexpr const char *kEnglishStringTable = ":/i18n/mrvtq5dk_en.qm";
 inline constexpr const char *kJapaneseStringTable = ":/i18n/mrvtq5dk_ja.qm";
 
 // Every key the program looks up.
-inline constexpr std::array<const char *, 41> kStringTableKeys = {
+inline constexpr std::array<const char *, 42> kStringTableKeys = {
     "initial_error",
     "open_serial_port",
     "target_model_error",
@@ -59,5 +59,5 @@ inline constexpr std::array<const char *, 41> kStringTableKeys = {
     "status_reading_dive",
     "status_connected",
     "status_downloading",
-    "status_saved",
+    "status_saved", "library_set_aside",
 };

@@ -46,6 +46,7 @@ void LogTransfer::receiveHistory(char *bytes, size_t length) {
   state.g_log_number = history.start;
   SystemLog("history number_of:%08d start:%08d{No.%08d}", history.numberOf, history.start,
             history.historyNumber);
+  listedPages_.set({});
   if (history.numberOf >= 1) {
     state.g_dive_log_received = 0;
     state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_DATA;
@@ -98,6 +99,8 @@ void LogTransfer::receivePage(char *bytes, size_t length) {
 void LogTransfer::listingPage() {
   SessionState &state = context_.state;
   const int32_t fetched = state.g_log_number;
+  listedPages_.with([&](QMap<int32_t, QByteArray> &pages) { pages[fetched] = g_dive_log_buffer; });
+  pageRead(fetched, g_dive_log_buffer);
   if (DiveLogDayNumber(g_dive_log_buffer) >= state.g_index_search_date) {
     AddDiveLogIndex(DiveLogRowText(g_dive_log_buffer), fetched);
   }
@@ -118,13 +121,46 @@ void LogTransfer::listingPage() {
   if (state.g_read_index_sequence == 1) endOfIndexSequence(true);
 }
 
+void LogTransfer::pageRead(int32_t number, const QByteArray &page) {
+  if (!pageHandler_) return;
+  mainThread_.post([this, number, page] { pageHandler_(number, page); });
+}
+
+Outcome LogTransfer::saveDivePage(const QByteArray &page) const {
+  const QString base = DiveLogFileBaseName(page);
+  const QString name = base + QStringLiteral("_profile.csv");
+  const QString path = AppendPathComponent(context_.state.paths.get().g_log_folder_path, name);
+  const SaveResult saved = DiveLogCsvSave(path, &page);
+  // "Download complete" only for a file that is there, whole.
+  if (saved.saved()) {
+    return Outcome{Operation::DownloadDive, Failure::None,
+                   base + QStringLiteral("\r\n") + Localized("download_complete"), path};
+  }
+  return Outcome{
+      Operation::DownloadDive, Failure::CannotSave, DescribeSaveFailure(saved, name), {}};
+}
+
+Outcome LogTransfer::saveListedDive(int32_t number) {
+  const std::optional<QByteArray> page = listedPages_.with(
+      [number](const QMap<int32_t, QByteArray> &pages) -> std::optional<QByteArray> {
+        if (!pages.contains(number)) return std::nullopt;
+        return pages[number];
+      });
+  if (!page) {
+    return Outcome{
+        Operation::DownloadDive, Failure::NotOnDevice, Localized("item_not_on_device"), {}};
+  }
+  if (QString error; !context_.CreateFolder(&error)) {
+    return Outcome{Operation::DownloadDive, Failure::CannotMakeFolder, error, {}};
+  }
+  return saveDivePage(*page);
+}
+
 void LogTransfer::downloadPage() {
   SessionState &state = context_.state;
   WindowOperations &window = context_.window;
-  const QString base = DiveLogFileBaseName(g_dive_log_buffer);
-  const QString name = base + QStringLiteral("_profile.csv");
-  const QString path = AppendPathComponent(state.paths.get().g_log_folder_path, name);
-  const SaveResult saved = DiveLogCsvSave(path, &g_dive_log_buffer);
+  pageRead(state.g_log_number, g_dive_log_buffer);
+  Outcome outcome = saveDivePage(g_dive_log_buffer);
   state.g_log_download_mode = kListing;
   window.EnableComboBoxVoiceIndex(true);
   window.EnableComboBoxLogIndex(true);
@@ -132,14 +168,7 @@ void LogTransfer::downloadPage() {
   window.EnableButtonDownloadLog(true);
   window.setEnabled(Outlet::comboBox_index_search_range, true);
   window.setEnabled(Outlet::button_reconnect, true);
-  // "Download complete" only for a file that is there, whole.
-  context_.transitions.finish(
-      saved.saved() ? Outcome{Operation::DownloadDive, Failure::None,
-                              base + QStringLiteral("\r\n") + Localized("download_complete"), path}
-                    : Outcome{Operation::DownloadDive,
-                              Failure::CannotSave,
-                              DescribeSaveFailure(saved, name),
-                              {}});
+  context_.transitions.finish(std::move(outcome));
   closeWithDetail();
 }
 

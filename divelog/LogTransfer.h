@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDate>
+#include <QMap>
 #include <QString>
 #include <functional>
 
@@ -24,6 +25,16 @@ class LogTransfer {
   // on the main thread. Refused at once while the session is not idle, when the storage
   // folders cannot be made, or for a dive the device no longer holds.
   void downloadDive(int32_t number, OutcomeHandler done);
+  // Saves a dive the last listing read as its CSV file, from the page already read: the
+  // file is byte for byte the one a download writes, and nothing goes over the wire.
+  // NotOnDevice when the listing did not read that dive. Main thread.
+  Outcome saveListedDive(int32_t number);
+  // Hears every dive page read, listed or downloaded, with its history number, on the
+  // main thread. Set before the port opens.
+  void setPageHandler(std::function<void(int32_t number, const QByteArray &page)> handler) {
+    pageHandler_ = std::move(handler);
+  }
+
   // Recomputes g_index_search_date from the chosen range and today (main thread).
   void SetIndexSearchDatatime();
   // Appends a row to the log list, on the main thread.
@@ -40,6 +51,9 @@ class LogTransfer {
   void receivePage(char *bytes, size_t length);     // receive thread
   void listingPage();
   void downloadPage();
+  // Writes page as its CSV file in the log folder and says how it went.
+  Outcome saveDivePage(const QByteArray &page) const;
+  void pageRead(int32_t number, const QByteArray &page);  // receive thread
   void endOfIndexSequence(bool sendDetail);
   // Back to idle, with the "#detail" that closes a listing or a download.
   void closeWithDetail();
@@ -48,5 +62,7 @@ class LogTransfer {
   Session &session_;
   SessionContext &context_;
   MainThreadQueue mainThread_;
-  QByteArray g_dive_log_buffer;  // receive thread only
+  QByteArray g_dive_log_buffer;                     // receive thread only
+  Guarded<QMap<int32_t, QByteArray>> listedPages_;  // of the last listing, by number
+  std::function<void(int32_t, const QByteArray &)> pageHandler_;
 };

@@ -114,6 +114,7 @@ void IdentityReplies::serialNumberReply(const char *text) {
     refuse();
     return;
   }
+  state.serialNumber.set(values[3]);
   context_.window.setText(Outlet::label_serial_number, QStringLiteral("SN.") + values[3]);
   if (state.g_read_index_sequence == 1) {
     context_.transitions.enter(TRY_TX_VOICE_INDEX);

@@ -42,13 +42,6 @@ void LinkSupervision::timer1Start() {
   _timer1->start([this] { timer1Call(); });
 }
 
-void LinkSupervision::sendCdcwait() {
-  const int32_t level =
-      std::clamp<int32_t>(context_.state.g_cdcwait_level, 0, kHighestCdcwaitLevel);
-  context_.transitions.request(TRY_RX_VOICE_WAIT, eSERIAL_RX_RESPONSE,
-                               Command::Cdcwait(CDCWAIT_LEVELS[size_t(level)]));
-}
-
 void LinkSupervision::giveUp(Failure failure, const char *key) {
   context_.state.g_voice_retry_count = 0;
   if (context_.hooks.CloseVoiceBinary) context_.hooks.CloseVoiceBinary();
@@ -73,7 +66,7 @@ void LinkSupervision::timer1Call() {
       // the clip's outcome with them.
       --state.g_cdcwait_level;
       context_.transitions.finishWhenIdle(std::move(saved));
-      sendCdcwait();
+      context_.transitions.requestCdcwait();
       return;
     }
     state.g_voice_retry_count = 0;
@@ -98,5 +91,5 @@ void LinkSupervision::timer1Call() {
   }
   ++state.g_voice_retry_count;
   if (state.g_cdcwait_level < kHighestCdcwaitLevel) ++state.g_cdcwait_level;
-  sendCdcwait();
+  context_.transitions.requestCdcwait();
 }

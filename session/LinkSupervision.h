@@ -33,7 +33,6 @@ class LinkSupervision {
   void timer1Call();
 
  private:
-  void sendCdcwait();
   // Ends the clip as failed, its file closed and the controls back.
   void giveUp(Failure failure, const char *key);
 

@@ -77,4 +77,6 @@ struct SessionState {
 
   // g_voice_folder_path, g_log_folder_path, g_temp_voice_file_path
   Guarded<StoragePaths> paths;
+  // The identified device's serial number ("28417305"); empty until "#gser" is answered.
+  Guarded<QString> serialNumber;
 };

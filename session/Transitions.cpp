@@ -1,5 +1,8 @@
 #include "Transitions.h"
 
+#include <algorithm>
+
+#include "Commands.h"
 #include "Localization.h"
 #include "SessionContext.h"
 #include "SystemLog.h"
@@ -92,6 +95,7 @@ void Transitions::freshStart() {
   context_.operation.fail(Failure::Unplugged, Localized("device_disconnected"));
   stopTransfers();
   state.g_voice_retry_count = 0;
+  state.serialNumber.set(QString());  // another device may be on the port now
   enter(TRY_CONNECT_TX_KIND);
   state.lastLineActivityMs = now();
 }
@@ -107,10 +111,26 @@ void Transitions::cancel() {
     disconnect(Failure::Cancelled, Localized("transfer_cancelled"));
     return;
   }
+  const bool clipUnderWay = state.g_voice_download_active != 0 || status != CONNECTED_IDLE;
   stopTransfers();
+  state.g_voice_retry_count = 0;
   enter(CONNECTED_IDLE);
-  context_.EnableTransferControls();
   context_.operation.fail(Failure::Cancelled, Localized("transfer_cancelled"));
+  if (!clipUnderWay) {
+    context_.EnableTransferControls();
+    return;
+  }
+  context_.whenLineQuiet([this] {
+    if (context_.state.g_serial_port_status == CONNECTED_IDLE && !context_.operation.active()) {
+      requestCdcwait();
+    }
+  });
+}
+
+void Transitions::requestCdcwait() {
+  const int32_t level =
+      std::clamp<int32_t>(context_.state.g_cdcwait_level, 0, kHighestCdcwaitLevel);
+  request(TRY_RX_VOICE_WAIT, eSERIAL_RX_RESPONSE, Command::Cdcwait(CDCWAIT_LEVELS[size_t(level)]));
 }
 
 void Transitions::finish(Outcome outcome) {

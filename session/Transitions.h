@@ -52,6 +52,10 @@ class Transitions {
   // The same, keeping the state and the selector.
   bool request(const QString &command, bool dropSequenceOnFailure = true);
 
+  // "#cdcwait" with the wait of the current level: the device keeps that pacing, and its
+  // answer brings the session back to idle (or to the clip's retry).
+  void requestCdcwait();
+
   // Whether the state is waiting for a reply that the deadline watches. Clip bytes are
   // watched by the link supervision instead.
   bool awaitingReply() const;
@@ -66,8 +70,10 @@ class Transitions {
   void lineLost();
   // A port was opened: everything starts again as on the first plug-in.
   void freshStart();
-  // Ends the operation under way at once; the session returns to where the next one can
-  // start (idle when connected, disconnected during a handshake).
+  // Ends the operation under way at once, reported as cancelled; the session returns to
+  // where the next one can start: disconnected during a handshake, otherwise idle. A clip
+  // cut off mid-way is ended on the device's side with a "#cdcwait" exchange once the
+  // line is quiet, as after a stall; the controls come back with its answer.
   void cancel();
 
   // Ends the operation under way with outcome, for the front end to show.

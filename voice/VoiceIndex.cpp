@@ -1,5 +1,7 @@
 #include "VoiceIndex.h"
 
+#include <QTimeZone>
+
 #include <cstring>
 
 #include "SystemLog.h"
@@ -56,6 +58,12 @@ int32_t GetVoiceDataDate(const QString &entry) {
   const int32_t date = Wrap32(int64_t{IntValue(pieces[0])} + 20000000);
   SystemLog("GetVoiceDataDate:%s:date=%d", qUtf8Printable(entry), date);
   return date;
+}
+
+QDateTime VoiceRecordingTime(const QString &entry) {
+  const QDateTime time = QDateTime::fromString(QStringLiteral("20") + entry.left(13),
+                                               QStringLiteral("yyyyMMdd-HHmmss"));
+  return QDateTime(time.date(), time.time(), QTimeZone::utc());
 }
 
 namespace {

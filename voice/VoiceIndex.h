@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 #include <array>
@@ -31,6 +32,10 @@ int32_t GetVoiceDataSize(const QString &entry, VoiceBlockRing ring);
 
 // Recording date as yyyymmdd; 0 when the entry does not split into four pieces.
 int32_t GetVoiceDataDate(const QString &entry);
+
+// When the clip was recorded, on the device's clock: "230405-130722_..." is 2023-04-05
+// 13:07:22. Invalid when the entry does not hold a date and time.
+QDateTime VoiceRecordingTime(const QString &entry);
 
 // Playing time in whole minutes as the list and the file name show it: the block count
 // by position, corrected for the ring wrap but not for the hole, at 8.16 s a block,

@@ -186,8 +186,18 @@ void VoiceTransfer::CloseVoiceBinary() {
   context_.state.g_voice_download_active = 0;
 }
 
+QString VoiceTransfer::entryText(int32_t entry) const {
+  return g_voice_index_.get().g_voice_index.value_or(QStringList()).value(entry);
+}
+
 Outcome VoiceTransfer::MakeWaveFile() {
   CloseVoiceBinary();
+  if (nameTakenByAnother) {
+    const QString entry = entryText(g_entry_);
+    g_saveWaveFilename = DistinctWaveFileName(
+        g_saveWaveFilename,
+        [this, &entry](const QString &path) { return nameTakenByAnother(path, entry); });
+  }
   const QString name = QFileInfo(g_saveWaveFilename).fileName();
   const QString shown = name.isEmpty() ? g_saveWaveFilename : name;
   const SaveResult saved =

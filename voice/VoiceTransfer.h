@@ -36,6 +36,12 @@ class VoiceTransfer {
   void CloseVoiceBinary();
 
   VoiceIndexState index() const { return g_voice_index_.get(); }
+  // The index entry text of entry (1-based); empty when the index has none.
+  QString entryText(int32_t entry) const;
+
+  // Whether the file at path holds a recording other than the clip of entry (its index
+  // text); such a file is never replaced. None: every name is free, as without a library.
+  std::function<bool(const QString &path, const QString &entry)> nameTakenByAnother;
 
  private:
   void receiveIndex(char *bytes, size_t length);  // receive thread

@@ -33,6 +33,16 @@ std::optional<QString> MakeVoiceWaveFileName(const QString &entry, const QString
            QString::number(VoiceMinutes(entry, ring)));
 }
 
+QString DistinctWaveFileName(const QString &path,
+                             const std::function<bool(const QString &)> &takenByAnother) {
+  if (!takenByAnother || !takenByAnother(path)) return path;
+  const QString stem = path.chopped(4);  // ".wav"
+  for (int n = 2;; ++n) {
+    const QString candidate = QStringLiteral("%1-%2.wav").arg(stem).arg(n);
+    if (!takenByAnother(candidate)) return candidate;
+  }
+}
+
 QByteArray WaveHeader(uint64_t audioLength) {
   QByteArray header(44, '\0');
   char *h = header.data();

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <optional>
 
 #include "SaveResult.h"
@@ -10,9 +11,15 @@
 
 class QIODevice;
 
+// path itself when takenByAnother says it is free (or holds this same clip); otherwise the
+// first of "..._voice-2.wav", "..._voice-3.wav", ... that is: a clip never replaces a
+// different recording that happens to start in the same minute.
+QString DistinctWaveFileName(const QString &path,
+                             const std::function<bool(const QString &)> &takenByAnother);
+
 // "<folder>/2023-04-05_13-07_2_voice.wav" for a clip's index entry: its start date and
 // time and its length in minutes. None for an entry shorter than 21 characters. Two clips
-// of the same minute and length share a name; the later download replaces the earlier.
+// of the same minute and length share a name (DistinctWaveFileName tells them apart).
 std::optional<QString> MakeVoiceWaveFileName(const QString &entry, const QString &voiceFolder,
                                              VoiceBlockRing ring);
 

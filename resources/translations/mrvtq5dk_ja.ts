@@ -168,5 +168,9 @@
         <source>status_saved</source>
         <translation>%1 を保存しました。</translation>
     </message>
+    <message id="library_set_aside">
+        <source>library_set_aside</source>
+        <translation>保存済みファイルのライブラリを読み込めなかったため、%1 として退避し、新しいライブラリを作成しました。ファイルはそのままです。</translation>
+    </message>
 </context>
 </TS>
