@@ -29,6 +29,10 @@ class LogTransfer {
   // file is byte for byte the one a download writes, and nothing goes over the wire.
   // NotOnDevice when the listing did not read that dive. Main thread.
   Outcome saveListedDive(int32_t number);
+  bool hasListedPage(int32_t number) const {
+    return listedPages_.with(
+        [number](const QMap<int32_t, QByteArray> &pages) { return pages.contains(number); });
+  }
   // Hears every dive page read, listed or downloaded, with its history number, on the
   // main thread. Set before the port opens.
   void setPageHandler(std::function<void(int32_t number, const QByteArray &page)> handler) {

@@ -49,7 +49,8 @@ class Library {
   Library(const Library &) = delete;
   Library &operator=(const Library &) = delete;
 
-  // library.sqlite in the application's data folder, which is created if missing.
+  // The persistence container Mrvtq5dk.sqlite in the window's application data folder
+  // (created if missing), shared by the command line.
   static QString DefaultPath();
 
   bool isOpen() const { return open_; }

@@ -59,9 +59,12 @@ bool SetAside(const QString &path, const QString &aside) {
 }  // namespace
 
 QString Library::DefaultPath() {
-  const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+  // The window's application data folder and its persistence container, which the command
+  // line shares: its own application name would give it a folder of its own.
+  const QString folder =
+      QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Mrvtq5dk";
   QDir().mkpath(folder);
-  return folder + "/library.sqlite";
+  return folder + "/Mrvtq5dk.sqlite";
 }
 
 Library::Library(QString path)

@@ -20,8 +20,7 @@ downloads=$(mktemp -d -t mrvtq5dk-downloads.XXXXXX)
 save_everything() {
   local cli=$1 output=$2
   shift 2
-  "$cli" download-voice --all --output "$output" "$@"
-  "$cli" download-log --all --output "$output" "$@" | tail -n 1
+  "$cli" sync --output "$output" "$@"
 }
 
 if [ -n "${PORT:-}" ]; then
@@ -34,6 +33,8 @@ elif [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -z "${HEADLESS:-}" ]; then
   echo "Pick a clip or a dive and press its download button; close the window to end."
   XDG_CONFIG_HOME=$config "$sim" --usb --plug-in-after 3000 -- "$PWD/build/app/Mrvtq5dk"
 else
+  # The simulated device's saves are remembered in a library of their own.
+  XDG_DATA_HOME=$(mktemp -d -t mrvtq5dk-data.XXXXXX) \
   "$sim" --usb -- bash -c "$(declare -f save_everything); save_everything \"\$@\"" _ \
     "$cli" "$downloads"
 fi

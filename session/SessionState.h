@@ -26,6 +26,11 @@ class Guarded {
     std::lock_guard lock(mutex_);
     return f(value_);
   }
+  template <typename F>
+  auto with(F &&f) const {
+    std::lock_guard lock(mutex_);
+    return f(value_);
+  }
 
  private:
   mutable std::mutex mutex_;

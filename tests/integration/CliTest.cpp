@@ -24,6 +24,7 @@ class CliTest : public ::testing::Test {
   QStringList files(const char *folder) const {
     return QDir(output.filePath(QString("Mrvtq5dk/") + folder)).entryList(QDir::Files, QDir::Name);
   }
+  TemporaryHome home;  // the library too
   QTemporaryDir output;
 };
 

@@ -7,14 +7,19 @@
 #include <QFile>
 #include <QProcess>
 
-TemporaryHome::TemporaryHome() : oldHome_(qgetenv("HOME")), oldConfig_(qgetenv("XDG_CONFIG_HOME")) {
+TemporaryHome::TemporaryHome()
+    : oldHome_(qgetenv("HOME")),
+      oldConfig_(qgetenv("XDG_CONFIG_HOME")),
+      oldData_(qgetenv("XDG_DATA_HOME")) {
   qputenv("HOME", dir_.path().toUtf8());
   qputenv("XDG_CONFIG_HOME", (dir_.path() + QStringLiteral("/.config")).toUtf8());
+  qputenv("XDG_DATA_HOME", (dir_.path() + QStringLiteral("/.local/share")).toUtf8());
 }
 
 TemporaryHome::~TemporaryHome() {
   qputenv("HOME", oldHome_);
   qputenv("XDG_CONFIG_HOME", oldConfig_);
+  qputenv("XDG_DATA_HOME", oldData_);
 }
 
 QByteArray ReadFile(const QString &path) {

@@ -17,7 +17,7 @@ class TemporaryHome {
 
  private:
   QTemporaryDir dir_;
-  QByteArray oldHome_, oldConfig_;
+  QByteArray oldHome_, oldConfig_, oldData_;
 };
 
 QByteArray ReadFile(const QString &path);

@@ -1,12 +1,17 @@
 #include "CliJob.h"
 
+#include <signal.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QSet>
 #include <QThread>
 #include <QTimer>
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
 
@@ -19,6 +24,22 @@ constexpr int kTickMs = 1000;  // the session timer, as in the window
 constexpr int kClipTimeoutMs = 3 * 3600 * 1000;
 // Everything else ends at the reply deadline; this only guards against a fault of ours.
 constexpr int kExchangeTimeoutMs = 6 * int(kReplyDeadlineMs);
+// A sync ends item by item, each under its own supervision and deadlines.
+constexpr int kJobTimeoutMs = 24 * 3600 * 1000;
+
+std::atomic<bool> g_interrupted{false};
+
+void Interrupted(int) {
+  g_interrupted = true;
+}
+
+// Ctrl-C asks the job to stop; a second one ends the program at once.
+void CatchInterrupt() {
+  struct sigaction action {};
+  action.sa_handler = Interrupted;
+  action.sa_flags = SA_RESETHAND;
+  sigaction(SIGINT, &action, nullptr);
+}
 
 }  // namespace
 
@@ -31,13 +52,20 @@ int CliStatusOf(Failure failure) {
     case Failure::CannotSave:
     case Failure::CannotMakeFolder:
       return kCliCannotWrite;
+    case Failure::Cancelled:
+      return kCliInterrupted;
     default:
       return kCliTransferFailed;
   }
 }
 
 CliJob::CliJob(CliRequest request)
-    : request_(std::move(request)), session_(window_), voice_(session_), logs_(session_) {
+    : request_(std::move(request)),
+      session_(window_),
+      voice_(session_),
+      logs_(session_),
+      deviceLibrary_(session_, voice_, logs_, library_),
+      saveAll_(session_, deviceLibrary_) {
   window_.searchRange = request_.range;
   window_.interactive = isatty(STDERR_FILENO);
   if (!request_.output.isEmpty()) {
@@ -56,8 +84,15 @@ bool CliJob::waitUntil(const std::function<bool()> &done, int timeoutMs) {
   if (window_.interactive) progress.start(250);
   QElapsedTimer clock;
   clock.start();
+  bool cancelled = false;
   while (!done()) {
     if (clock.elapsed() > timeoutMs) return false;
+    if (g_interrupted && !cancelled) {
+      // What is complete stays saved; the item under way ends as cancelled.
+      cancelled = true;
+      saveAll_.cancel();
+      session_.cancel();
+    }
     QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
     QThread::msleep(5);
   }
@@ -165,7 +200,7 @@ int CliJob::connect() {
   }
 }
 
-void CliJob::printLists() const {
+void CliJob::printLists() {
   std::printf("Model %s, firmware %s, %s\n", qPrintable(window_.text(Outlet::label_type)),
               qPrintable(window_.text(Outlet::label_version)),
               qPrintable(window_.text(Outlet::label_serial_number)));
@@ -174,8 +209,19 @@ void CliJob::printLists() const {
     for (qsizetype i = 0; i < rows.size(); ++i)
       std::printf("  %3lld  %s\n", static_cast<long long>(i + 1), qPrintable(rows[i]));
   };
-  print("Voice clips", window_.rows(IndexList::Voice));
-  print("Dive logs", window_.rows(IndexList::Log));
+  // A row saved before, its file still there unchanged, is marked with "*".
+  QSet<QString> saved;
+  for (const DeviceLibrary::Item &item : deviceLibrary_.listed()) {
+    if (item.savedPath) saved.insert(item.name);
+  }
+  const auto marked = [&saved](const QStringList &rows) {
+    QStringList lines;
+    for (const QString &row : rows)
+      lines << row + (saved.contains(row) ? QStringLiteral(" *") : QString());
+    return lines;
+  };
+  print("Voice clips", marked(window_.rows(IndexList::Voice)));
+  print("Dive logs", marked(window_.rows(IndexList::Log)));
   std::fflush(stdout);
 }
 
@@ -183,14 +229,21 @@ Outcome CliJob::download(bool voice, int item) {
   const IndexLists &lists = session_.context().lists;
   const OutcomeHandler keep = [this](const Outcome &outcome) { outcome_ = outcome; };
   transferClock_.start();
-  if (voice) {
-    voice_.downloadClip(lists.items_voice_index_number.value(item - 1), keep);
-  } else {
-    logs_.downloadDive(lists.items_log_index_number.value(item - 1), keep);
+  // Through the library, which records the file; a dive comes over the wire again, as
+  // the diver asked for it.
+  const QList<int32_t> &numbers =
+      voice ? lists.items_voice_index_number : lists.items_log_index_number;
+  const int32_t number = numbers.value(item - 1);
+  for (const DeviceLibrary::Item &listed : deviceLibrary_.listed()) {
+    if (listed.kind == (voice ? ItemKind::Clip : ItemKind::Dive) && listed.number == number) {
+      deviceLibrary_.save(listed, keep, DeviceLibrary::kOverTheWire);
+      break;
+    }
   }
   std::optional<Outcome> outcome = waitForOutcome(voice ? kClipTimeoutMs : kExchangeTimeoutMs);
   if (!outcome) {
     session_.cancel();
+    outcome_.reset();
     return Outcome{voice ? Operation::DownloadClip : Operation::DownloadDive,
                    Failure::NotAnswering,
                    Localized("device_not_answering"),
@@ -199,8 +252,50 @@ Outcome CliJob::download(bool voice, int item) {
   return *outcome;
 }
 
+int CliJob::sync() {
+  std::printf("Model %s, firmware %s, %s\n", qPrintable(window_.text(Outlet::label_type)),
+              qPrintable(window_.text(Outlet::label_version)),
+              qPrintable(window_.text(Outlet::label_serial_number)));
+  saveAll_.setItemHandler([this](const DeviceLibrary::Item &item, const Outcome &outcome) {
+    if (outcome.ok()) {
+      std::printf("saved %s\n", qPrintable(QDir::toNativeSeparators(outcome.path)));
+      std::fflush(stdout);
+    } else if (outcome.failure != Failure::Cancelled) {
+      window_.messageBox(outcome.sentence);
+      std::fprintf(stderr, "mrvtq5dk-cli: %s %s was not saved\n",
+                   item.kind == ItemKind::Dive ? "dive" : "clip", qPrintable(item.name));
+    }
+  });
+  std::optional<SaveAllReport> report;
+  saveAll_.start([&report](const SaveAllReport &ended) { report = ended; });
+  if (!waitUntil([&report] { return report.has_value(); }, kJobTimeoutMs)) {
+    std::fprintf(stderr, "mrvtq5dk-cli: the device stopped answering\n");
+    return kCliTransferFailed;
+  }
+  const int saved = int(report->saved.size()), failed = int(report->failed.size());
+  if (saved == 0 && failed == 0 && !report->cancelled) {
+    std::printf("Nothing new: all %d listed item(s) are saved\n", report->alreadySaved);
+    return kCliOk;
+  }
+  std::printf("Saved %d new item(s), %d already saved, %d failed%s\n", saved, report->alreadySaved,
+              failed, report->cancelled ? ", interrupted" : "");
+  if (report->cancelled) return kCliInterrupted;
+  if (failed == 0) return kCliOk;
+  // Only files that could not be written: the folder's fault, not the device's.
+  const bool cannotWrite = std::all_of(report->failed.cbegin(), report->failed.cend(),
+                                       [](const SaveAllReport::Failed &f) {
+                                         return CliStatusOf(f.outcome.failure) == kCliCannotWrite;
+                                       });
+  return cannotWrite ? kCliCannotWrite : kCliTransferFailed;
+}
+
 int CliJob::run() {
+  CatchInterrupt();
+  if (!library_.notice().isEmpty()) {
+    std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(library_.notice()));
+  }
   if (const int status = connect()) return status;
+  if (request_.verb == u"sync") return sync();
   printLists();
   if (request_.verb == u"list") return kCliOk;
 

@@ -7,7 +7,10 @@
 #include <optional>
 
 #include "DeviceDiscovery.h"
+#include "DeviceLibrary.h"
+#include "Library.h"
 #include "LogTransfer.h"
+#include "SaveAllNew.h"
 #include "Session.h"
 #include "TerminalWindow.h"
 #include "VoiceTransfer.h"
@@ -20,13 +23,14 @@ enum CliStatus : int {
   kCliWrongModel = 4,
   kCliTransferFailed = 5,
   kCliCannotWrite = 6,
+  kCliInterrupted = 130,  // Ctrl-C, as a shell reports it
 };
 
 // The exit status that tells how an operation failed.
 int CliStatusOf(Failure failure);
 
 struct CliRequest {
-  QString verb;    // list, download-voice, download-log
+  QString verb;    // list, download-voice, download-log, sync
   QString port;    // empty: find the device on the USB bus
   QString output;  // in place of the Downloads folder; empty for it
   QString range = QStringLiteral("5 years");
@@ -54,7 +58,9 @@ class CliJob {
   // One whole session tick, as a diver pauses between steps: the device's answer to the
   // "#detail" that ends a listing or a download arrives before the next request.
   void pause();
-  void printLists() const;
+  void printLists();
+  // Saves everything new on the device and says what it did.
+  int sync();
   void showProgress();
 
   CliRequest request_;
@@ -62,6 +68,9 @@ class CliJob {
   Session session_;
   VoiceTransfer voice_;
   LogTransfer logs_;
+  Library library_;
+  DeviceLibrary deviceLibrary_;
+  SaveAllNew saveAll_;
   std::unique_ptr<DeviceDiscovery> discovery_;  // goes before the session it opens ports on
   std::optional<Outcome> outcome_;              // the last operation's, until taken
   QElapsedTimer transferClock_;                 // since the current clip was asked for

@@ -16,11 +16,13 @@ Verbs:
   list                        identity, then the voice clips and dives, numbered
   download-voice N... | --all saves clips as WAV files in <Downloads>/Mrvtq5dk/voice
   download-log N... | --all   saves dives as CSV files in <Downloads>/Mrvtq5dk/log
+  sync                        saves every dive and clip not saved before (run it again
+                              after an interruption: it fetches only what is missing)
 
 The numbers are those that "list" prints for the chosen --range. Without --port the
 device is found on the USB bus (vendor 1209, product 4d52).
 Exit status: 0 done, 2 wrong use, 3 no device, 4 not a QM482, 5 a transfer failed,
-6 the folder cannot be written.)";
+6 the folder cannot be written, 130 interrupted (Ctrl-C).)";
 
 }  // namespace
 
@@ -35,7 +37,7 @@ int main(int argc, char **argv) {
   parser.addHelpOption();
   parser.addVersionOption();
   parser.addPositionalArgument(QStringLiteral("verb"),
-                               QStringLiteral("list, download-voice or download-log"));
+                               QStringLiteral("list, download-voice, download-log or sync"));
   parser.addPositionalArgument(QStringLiteral("N"), QStringLiteral("Items to download"),
                                QStringLiteral("[N...]"));
   const QCommandLineOption port(
@@ -76,9 +78,9 @@ int main(int argc, char **argv) {
   request.all = parser.isSet(all);
   const bool download = request.verb == u"download-voice" || request.verb == u"download-log";
   if (request.verb.isEmpty()) return wrongUse(QStringLiteral("no verb given"));
-  if (request.verb != u"list" && !download) {
-    return wrongUse(QStringLiteral("unknown verb \"%1\"; the verbs are list, download-voice "
-                                   "and download-log")
+  if (request.verb != u"list" && request.verb != u"sync" && !download) {
+    return wrongUse(QStringLiteral("unknown verb \"%1\"; the verbs are list, download-voice, "
+                                   "download-log and sync")
                         .arg(request.verb));
   }
   if (!ranges.contains(request.range)) {
@@ -90,7 +92,7 @@ int main(int argc, char **argv) {
     request.items << item.toInt(&ok);
     if (!ok || !download) {
       return wrongUse(download ? QStringLiteral("%1 is not an item number").arg(item)
-                               : QStringLiteral("list takes no item numbers"));
+                               : QStringLiteral("%1 takes no item numbers").arg(request.verb));
     }
   }
   if (download && request.items.isEmpty() && !request.all) {

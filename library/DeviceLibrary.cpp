@@ -1,0 +1,101 @@
+#include "DeviceLibrary.h"
+
+#include "DiveLogPage.h"
+#include "DiveRecord.h"
+#include "VoiceIndex.h"
+
+namespace {
+
+constexpr char kModel[] = "QM482";
+
+}  // namespace
+
+DeviceLibrary::DeviceLibrary(Session &session, VoiceTransfer &voice, LogTransfer &logs,
+                             Library &library)
+    : session_(session), voice_(voice), logs_(logs), library_(library) {
+  logs_.setPageHandler([this](int32_t number, const QByteArray &page) {
+    library_.recordDive(device(), StoredDive{number, DecodeDive(&page).entry, page});
+  });
+  // A name is taken when the library saved another recording there: two clips of the
+  // same minute share a name. A file the library did not save is replaced, as before.
+  voice_.nameTakenByAnother = [this](const QString &path, const QString &entry) {
+    const std::optional<Library::ItemRef> held = library_.itemAt(path);
+    return held && (held->kind != ItemKind::Clip || held->itemKey != ClipKey(entry) ||
+                    !(held->device == device()));
+  };
+}
+
+DeviceLibrary::~DeviceLibrary() {
+  logs_.setPageHandler(nullptr);
+  voice_.nameTakenByAnother = nullptr;
+}
+
+DeviceKey DeviceLibrary::device() const {
+  return DeviceKey{QString::fromLatin1(kModel), session_.state().serialNumber.get()};
+}
+
+qint64 DeviceLibrary::wireBytes(const Item &item) const {
+  if (item.kind == ItemKind::Dive)
+    return logs_.hasListedPage(item.number) ? 0 : DiveLogPage::kBytes;
+  const VoiceIndexState index = voice_.index();
+  return GetVoiceDataSize(index.g_voice_index.value_or(QStringList()).value(item.number),
+                          index.g_voice_data_block);
+}
+
+QString DeviceLibrary::ClipKey(const QString &entry) {
+  const QDateTime time = VoiceRecordingTime(entry);
+  return time.isValid() ? time.toString(QStringLiteral("yyyyMMddHHmmss")) : entry;
+}
+
+QList<DeviceLibrary::Item> DeviceLibrary::listed() {
+  const DeviceKey key = device();
+  const IndexLists &lists = session_.context().lists;
+  QList<Item> items;
+  for (qsizetype row = 0; row < lists.items_log_index.size(); ++row) {
+    const int32_t number = lists.items_log_index_number.value(row);
+    const QString itemKey = QString::number(number);
+    items.append(Item{ItemKind::Dive, number, itemKey, lists.items_log_index[row],
+                      library_.savedFile(key, ItemKind::Dive, itemKey)});
+  }
+  const VoiceIndexState index = voice_.index();
+  const QStringList entries = index.g_voice_index.value_or(QStringList());
+  // Every clip the device holds is remembered, listed or not (element 0 is the header,
+  // and what follows the last comma is not an entry).
+  for (qsizetype i = 1; i + 1 < entries.size(); ++i) {
+    if (entries[i].size() < kVoiceEntryLength) continue;
+    library_.recordClip(
+        key, StoredClip{ClipKey(entries[i]), entries[i], VoiceRecordingTime(entries[i])});
+  }
+  for (qsizetype row = 0; row < lists.items_voice_index.size(); ++row) {
+    const int32_t number = lists.items_voice_index_number.value(row);
+    const QString entry = entries.value(number);
+    const QString itemKey = ClipKey(entry);
+    items.append(Item{ItemKind::Clip, number, itemKey, lists.items_voice_index[row],
+                      library_.savedFile(key, ItemKind::Clip, itemKey)});
+  }
+  return items;
+}
+
+void DeviceLibrary::save(const Item &item, OutcomeHandler done, bool overTheWire) {
+  auto recordThenTell = [this, item, done = std::move(done)](const Outcome &outcome) {
+    record(item, outcome);
+    if (done) done(outcome);
+  };
+  if (item.kind == ItemKind::Clip) {
+    voice_.downloadClip(item.number, std::move(recordThenTell));
+    return;
+  }
+  const Outcome fromListing = overTheWire
+                                  ? Outcome{Operation::DownloadDive, Failure::NotOnDevice, {}, {}}
+                                  : logs_.saveListedDive(item.number);
+  if (fromListing.failure == Failure::NotOnDevice) {
+    logs_.downloadDive(item.number, std::move(recordThenTell));
+    return;
+  }
+  recordThenTell(fromListing);
+}
+
+void DeviceLibrary::record(const Item &item, const Outcome &outcome) {
+  if (!outcome.ok() || outcome.path.isEmpty()) return;
+  library_.recordSaved(device(), item.kind, item.key, outcome.path);
+}

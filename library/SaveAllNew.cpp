@@ -1,0 +1,80 @@
+#include "SaveAllNew.h"
+
+#include <QTimer>
+
+SaveAllNew::SaveAllNew(Session &session, DeviceLibrary &library)
+    : session_(session), library_(library) {}
+
+void SaveAllNew::start(std::function<void(const SaveAllReport &)> done) {
+  done_ = std::move(done);
+  report_ = SaveAllReport{};
+  progress_ = SaveAllProgress{};
+  queue_.clear();
+  queueBytes_.clear();
+  for (const DeviceLibrary::Item &item : library_.listed()) {
+    if (item.savedPath) {
+      ++report_.alreadySaved;
+      continue;
+    }
+    queue_.append(item);
+    queueBytes_.append(library_.wireBytes(item));
+    progress_.bytesTotal += queueBytes_.last();
+  }
+  progress_.total = int(queue_.size());
+  running_ = true;
+  cancelling_ = false;
+  clock_.start();
+  QTimer::singleShot(0, &anchor_, [this] { next(); });
+}
+
+void SaveAllNew::cancel() {
+  if (!running_ || cancelling_) return;
+  cancelling_ = true;
+  report_.cancelled = true;
+  if (!progress_.current.isEmpty()) session_.cancel();
+}
+
+SaveAllProgress SaveAllNew::progress() const {
+  SaveAllProgress now = progress_;
+  if (!now.current.isEmpty() && wireItemBytes_ > 0) {
+    const SessionState &state = session_.state();
+    now.bytesDone += std::min<qint64>(wireItemBytes_, std::max(state.g_voice_received_size.load(),
+                                                               state.g_dive_log_received.load()));
+  }
+  if (now.bytesDone > 0 && clock_.isValid()) {
+    now.msLeft = clock_.elapsed() * (now.bytesTotal - now.bytesDone) / now.bytesDone;
+  }
+  return now;
+}
+
+void SaveAllNew::next() {
+  if (cancelling_ || queue_.isEmpty()) {
+    finish();
+    return;
+  }
+  const DeviceLibrary::Item item = queue_.takeFirst();
+  wireItemBytes_ = queueBytes_.takeFirst();
+  progress_.current = item.name;
+  library_.save(item, [this, item](const Outcome &outcome) { ended(item, outcome); });
+}
+
+void SaveAllNew::ended(const DeviceLibrary::Item &item, const Outcome &outcome) {
+  progress_.bytesDone += wireItemBytes_;
+  wireItemBytes_ = 0;
+  progress_.current.clear();
+  ++progress_.done;
+  if (outcome.ok()) {
+    report_.saved.append(outcome.path);
+  } else if (outcome.failure != Failure::Cancelled) {
+    report_.failed.append(SaveAllReport::Failed{item.name, outcome});
+  }
+  if (itemHandler_) itemHandler_(item, outcome);
+  // The next item starts from the event loop, after this one's handlers have all run.
+  QTimer::singleShot(0, &anchor_, [this] { next(); });
+}
+
+void SaveAllNew::finish() {
+  running_ = false;
+  progress_.current.clear();
+  if (done_) done_(report_);
+}
