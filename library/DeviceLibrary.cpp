@@ -76,6 +76,16 @@ QList<DeviceLibrary::Item> DeviceLibrary::listed() {
   return items;
 }
 
+DeviceLibrary::Item DeviceLibrary::item(ItemKind kind, int32_t number) const {
+  const IndexLists &lists = session_.context().lists;
+  const bool dive = kind == ItemKind::Dive;
+  const qsizetype row =
+      (dive ? lists.items_log_index_number : lists.items_voice_index_number).indexOf(number);
+  const QString name = (dive ? lists.items_log_index : lists.items_voice_index).value(row);
+  return Item{kind, number, dive ? QString::number(number) : ClipKey(voice_.entryText(number)),
+              name, std::nullopt};
+}
+
 void DeviceLibrary::save(const Item &item, OutcomeHandler done, bool overTheWire) {
   auto recordThenTell = [this, item, done = std::move(done)](const Outcome &outcome) {
     record(item, outcome);

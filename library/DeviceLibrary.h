@@ -31,6 +31,8 @@ class DeviceLibrary {
   // The lists of the last listing: dives, then clips, in list order. Also records the clip
   // entries the device listed.
   QList<Item> listed();
+  // The listed item of that kind and number, without asking whether it is saved.
+  Item item(ItemKind kind, int32_t number) const;
   // Saves one item and records the file; done hears how it ended. A dive comes from the
   // listing's page when it has one, unless asked for over the wire.
   static constexpr bool kOverTheWire = true;

@@ -28,24 +28,6 @@ class CliTest : public ::testing::Test {
   QTemporaryDir output;
 };
 
-TEST_F(CliTest, ListsThenDownloadsEveryClipAndTheChosenDives) {
-  SimulatedDevice device(Device());
-  const ProgramRun list = RunCli(args({"list"}, device));
-  EXPECT_EQ(list.status, 0) << qPrintable(list.err);
-  EXPECT_TRUE(list.out.contains("SN.28417305"));
-  EXPECT_TRUE(
-      list.out.contains("Voice clips (3)"));  // the 2021 clip and the short one are not listed
-  EXPECT_TRUE(list.out.contains("Dive logs (6)"));  // the unset-clock dive is older than any range
-
-  const ProgramRun voice = RunCli(args({"download-voice", "--all"}, device));
-  EXPECT_EQ(voice.status, 0) << qPrintable(voice.err);
-  EXPECT_EQ(files("voice").size(), 3);
-  const ProgramRun logs = RunCli(args({"download-log", "1", "3", "--range", "5 years"}, device));
-  EXPECT_EQ(logs.status, 0) << qPrintable(logs.err);
-  EXPECT_EQ(files("log").size(), 2);
-  EXPECT_TRUE(logs.err.contains("Download complete."));
-}
-
 TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
   EXPECT_EQ(RunCli({"list"}).status, 3);  // no port
   EXPECT_EQ(RunCli({"list", "--port", "/dev/no-such-port"}).status, 3);

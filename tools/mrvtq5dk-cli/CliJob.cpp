@@ -234,12 +234,8 @@ Outcome CliJob::download(bool voice, int item) {
   const QList<int32_t> &numbers =
       voice ? lists.items_voice_index_number : lists.items_log_index_number;
   const int32_t number = numbers.value(item - 1);
-  for (const DeviceLibrary::Item &listed : deviceLibrary_.listed()) {
-    if (listed.kind == (voice ? ItemKind::Clip : ItemKind::Dive) && listed.number == number) {
-      deviceLibrary_.save(listed, keep, DeviceLibrary::kOverTheWire);
-      break;
-    }
-  }
+  deviceLibrary_.save(deviceLibrary_.item(voice ? ItemKind::Clip : ItemKind::Dive, number), keep,
+                      DeviceLibrary::kOverTheWire);
   std::optional<Outcome> outcome = waitForOutcome(voice ? kClipTimeoutMs : kExchangeTimeoutMs);
   if (!outcome) {
     session_.cancel();
