@@ -60,6 +60,9 @@ void LogTransfer::receiveHistory(char *bytes, size_t length) {
 void LogTransfer::endOfIndexSequence(bool sendDetail) {
   SessionState &state = context_.state;
   WindowOperations &window = context_.window;
+  // The answer to the closing "#detail" is due before the session is idle: whatever
+  // starts next waits for it rather than reading it as its own reply.
+  if (sendDetail) state.trailingReplyPending = true;
   window.setEnabled(Outlet::comboBox_index_search_range, true);
   window.setEnabled(Outlet::button_reconnect, true);
   window.EnableButtonDownloadVoice(true);
@@ -140,12 +143,16 @@ Outcome LogTransfer::saveDivePage(const QByteArray &page) const {
       Operation::DownloadDive, Failure::CannotSave, DescribeSaveFailure(saved, name), {}};
 }
 
-Outcome LogTransfer::saveListedDive(int32_t number) {
-  const std::optional<QByteArray> page = listedPages_.with(
+std::optional<QByteArray> LogTransfer::listedPage(int32_t number) const {
+  return listedPages_.with(
       [number](const QMap<int32_t, QByteArray> &pages) -> std::optional<QByteArray> {
         if (!pages.contains(number)) return std::nullopt;
         return pages[number];
       });
+}
+
+Outcome LogTransfer::saveListedDive(int32_t number) {
+  const std::optional<QByteArray> page = listedPage(number);
   if (!page) {
     return Outcome{
         Operation::DownloadDive, Failure::NotOnDevice, Localized("item_not_on_device"), {}};
@@ -194,13 +201,13 @@ void LogTransfer::SetIndexSearchDatatime() {
   context_.state.g_index_search_date = SearchDateBound(context_.window.searchRangeText(), today());
 }
 
-void LogTransfer::action_button_download_log(OutcomeHandler done) {
+std::optional<int32_t> LogTransfer::selectedDive() {
   SessionState &state = context_.state;
   WindowOperations &window = context_.window;
   IndexLists &lists = context_.lists;
   if (state.g_serial_port_status != CONNECTED_IDLE) {
     context_.DisableButtonControl();
-    return;
+    return std::nullopt;
   }
   const long count = long(lists.items_log_index.size());
   if (count > 0 && window.selectedRow(IndexList::Log) < 0) {
@@ -208,21 +215,25 @@ void LogTransfer::action_button_download_log(OutcomeHandler done) {
     window.selectRow(IndexList::Log, 0);
   }
   const long row = window.selectedRow(IndexList::Log);
-  if (count == 0 || row < 0) return;
+  if (count == 0 || row < 0) return std::nullopt;
   if (row >= count) {
     SystemLog("action_button_download_log:error:count=%ld,sel=%ld", count, row);
-    return;
+    return std::nullopt;
   }
   if (lists.items_log_index[row].isEmpty()) {
     SystemLog("action_button_download_log:sdtring error:count=%ld,sel=%ld", count, row);
-    return;
+    return std::nullopt;
   }
   if (lists.items_log_index_number.size() != count) {
     SystemLog("action_button_download_log:error:index=%ld,number=%ld", count,
               long(lists.items_log_index_number.size()));
-    return;
+    return std::nullopt;
   }
-  downloadDive(lists.items_log_index_number[row], std::move(done));
+  return lists.items_log_index_number[row];
+}
+
+void LogTransfer::action_button_download_log(OutcomeHandler done) {
+  if (const std::optional<int32_t> number = selectedDive()) downloadDive(*number, std::move(done));
 }
 
 void LogTransfer::downloadDive(int32_t number, OutcomeHandler done) {

@@ -5,6 +5,7 @@
 #include <QMap>
 #include <QString>
 #include <functional>
+#include <optional>
 
 #include "Session.h"
 
@@ -21,6 +22,10 @@ class LogTransfer {
 
   // The log download button (main thread): downloads the selected dive, reported to done.
   void action_button_download_log(OutcomeHandler done);
+  // The dive the button means: the selected row's, or the first row's when none is
+  // selected (which selects it). None when the device is not idle (the controls go grey)
+  // or the lists do not add up (logged).
+  std::optional<int32_t> selectedDive();
   // Downloads the dive with that history number as its CSV file; done hears how it ended,
   // on the main thread. Refused at once while the session is not idle, when the storage
   // folders cannot be made, or for a dive the device no longer holds.
@@ -29,10 +34,9 @@ class LogTransfer {
   // file is byte for byte the one a download writes, and nothing goes over the wire.
   // NotOnDevice when the listing did not read that dive. Main thread.
   Outcome saveListedDive(int32_t number);
-  bool hasListedPage(int32_t number) const {
-    return listedPages_.with(
-        [number](const QMap<int32_t, QByteArray> &pages) { return pages.contains(number); });
-  }
+  bool hasListedPage(int32_t number) const { return listedPage(number).has_value(); }
+  // The page of that dive as the last listing read it.
+  std::optional<QByteArray> listedPage(int32_t number) const;
   // Hears every dive page read, listed or downloaded, with its history number, on the
   // main thread. Set before the port opens.
   void setPageHandler(std::function<void(int32_t number, const QByteArray &page)> handler) {

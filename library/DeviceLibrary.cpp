@@ -47,13 +47,20 @@ QString DeviceLibrary::ClipKey(const QString &entry) {
   return time.isValid() ? time.toString(QStringLiteral("yyyyMMddHHmmss")) : entry;
 }
 
+QString DeviceLibrary::diveKey(int32_t number) const {
+  const std::optional<QByteArray> page = logs_.listedPage(number);
+  if (!page) return QString::number(number);  // never the case for a listed dive
+  return QStringLiteral("%1 %2").arg(number).arg(
+      DecodeDive(&*page).entry.toString(QStringLiteral("yyyyMMddHHmmss")));
+}
+
 QList<DeviceLibrary::Item> DeviceLibrary::listed() {
   const DeviceKey key = device();
   const IndexLists &lists = session_.context().lists;
   QList<Item> items;
   for (qsizetype row = 0; row < lists.items_log_index.size(); ++row) {
     const int32_t number = lists.items_log_index_number.value(row);
-    const QString itemKey = QString::number(number);
+    const QString itemKey = diveKey(number);
     items.append(Item{ItemKind::Dive, number, itemKey, lists.items_log_index[row],
                       library_.savedFile(key, ItemKind::Dive, itemKey)});
   }
@@ -82,8 +89,8 @@ DeviceLibrary::Item DeviceLibrary::item(ItemKind kind, int32_t number) const {
   const qsizetype row =
       (dive ? lists.items_log_index_number : lists.items_voice_index_number).indexOf(number);
   const QString name = (dive ? lists.items_log_index : lists.items_voice_index).value(row);
-  return Item{kind, number, dive ? QString::number(number) : ClipKey(voice_.entryText(number)),
-              name, std::nullopt};
+  return Item{kind, number, dive ? diveKey(number) : ClipKey(voice_.entryText(number)), name,
+              std::nullopt};
 }
 
 void DeviceLibrary::save(const Item &item, OutcomeHandler done, bool overTheWire) {

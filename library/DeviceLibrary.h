@@ -16,9 +16,9 @@ class DeviceLibrary {
   // One row of the device's lists.
   struct Item {
     ItemKind kind = ItemKind::Dive;
-    int32_t number = 0;  // a dive's history number, or a clip's index entry (1-based)
-    QString key;         // the library's key: the dive number, the clip's recording time
-    QString name;        // the row as the list shows it
+    int32_t number = 0;                // a dive's history number, or a clip's index entry (1-based)
+    QString key;                       // the library's key: see diveKey and ClipKey
+    QString name;                      // the row as the list shows it
     std::optional<QString> savedPath;  // the file, while it is there unchanged
   };
 
@@ -44,6 +44,9 @@ class DeviceLibrary {
 
   // A clip's library key: its recording time on the device's clock.
   static QString ClipKey(const QString &entry);
+  // A dive's library key: its history number and its start time, so that a device whose
+  // numbering starts again (its memory cleared) does not pass new dives off as saved.
+  QString diveKey(int32_t number) const;
 
  private:
   void record(const Item &item, const Outcome &outcome);

@@ -6,25 +6,40 @@ SaveAllNew::SaveAllNew(Session &session, DeviceLibrary &library)
     : session_(session), library_(library) {}
 
 void SaveAllNew::start(std::function<void(const SaveAllReport &)> done) {
+  begin(std::move(done));
+  for (const DeviceLibrary::Item &item : library_.listed()) {
+    if (item.savedPath) {
+      ++report_.alreadySaved;
+    } else {
+      enqueue(item);
+    }
+  }
+  QTimer::singleShot(0, &anchor_, [this] { next(); });
+}
+
+void SaveAllNew::start(const QList<DeviceLibrary::Item> &items,
+                       std::function<void(const SaveAllReport &)> done) {
+  begin(std::move(done));
+  for (const DeviceLibrary::Item &item : items) enqueue(item);
+  QTimer::singleShot(0, &anchor_, [this] { next(); });
+}
+
+void SaveAllNew::begin(std::function<void(const SaveAllReport &)> done) {
   done_ = std::move(done);
   report_ = SaveAllReport{};
   progress_ = SaveAllProgress{};
   queue_.clear();
   queueBytes_.clear();
-  for (const DeviceLibrary::Item &item : library_.listed()) {
-    if (item.savedPath) {
-      ++report_.alreadySaved;
-      continue;
-    }
-    queue_.append(item);
-    queueBytes_.append(library_.wireBytes(item));
-    progress_.bytesTotal += queueBytes_.last();
-  }
-  progress_.total = int(queue_.size());
   running_ = true;
   cancelling_ = false;
   clock_.start();
-  QTimer::singleShot(0, &anchor_, [this] { next(); });
+}
+
+void SaveAllNew::enqueue(const DeviceLibrary::Item &item) {
+  queue_.append(item);
+  queueBytes_.append(library_.wireBytes(item));
+  progress_.bytesTotal += queueBytes_.last();
+  ++progress_.total;
 }
 
 void SaveAllNew::cancel() {

@@ -42,13 +42,18 @@ class SaveAllNew {
   void setItemHandler(std::function<void(const DeviceLibrary::Item &, const Outcome &)> handler) {
     itemHandler_ = std::move(handler);
   }
-  // Starts the job over the current lists; done hears how it ended.
+  // Starts the job over the current lists' new items; done hears how it ended.
   void start(std::function<void(const SaveAllReport &)> done);
+  // Saves these items, saved before or not: the rows a diver picked.
+  void start(const QList<DeviceLibrary::Item> &items,
+             std::function<void(const SaveAllReport &)> done);
   void cancel();
   bool running() const { return running_; }
   SaveAllProgress progress() const;
 
  private:
+  void begin(std::function<void(const SaveAllReport &)> done);
+  void enqueue(const DeviceLibrary::Item &item);
   void next();
   void ended(const DeviceLibrary::Item &item, const Outcome &outcome);
   void finish();

@@ -105,10 +105,12 @@ VoiceList BuildVoiceList(const QStringList &index, int32_t searchDate, VoiceBloc
       SystemLog("obj_1.length=%ld", long(entry.size()));
       continue;
     }
+    ++list.held;
     const int32_t size = GetVoiceDataSize(entry, ring);
     const int32_t date = GetVoiceDataDate(entry);
     if (size < kMinimumListedClipBytes) {
       SystemLog("data_size=%d,%s", size, qUtf8Printable(entry));
+      if (date >= searchDate) ++list.tooShort;
     } else if (date < searchDate) {
       SystemLog("data=%d,%s", date, qUtf8Printable(entry));
     } else if (const auto line = voiseIndex2List(entry, ring)) {

@@ -46,10 +46,12 @@ int VoiceMinutes(const QString &entry, VoiceBlockRing ring);
 std::optional<QString> voiseIndex2List(const QString &entry, VoiceBlockRing ring);
 
 // The voice list's rows: each shown clip's line and its position in the index (1-based,
-// as element 0 is the header).
+// as element 0 is the header); and what the list leaves out, for the diver to know.
 struct VoiceList {
   QStringList lines;
   QList<int32_t> numbers;
+  int held = 0;      // the clips the device holds
+  int tooShort = 0;  // in the range, but under a minute: hidden by their size
 };
 
 // The clips worth listing, in the device's order: at least a minute long and recorded on

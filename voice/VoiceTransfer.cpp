@@ -46,6 +46,7 @@ void VoiceTransfer::UpdateVoiceIndex() {
     WindowOperations &window = context_.window;
     context_.clearList(IndexList::Voice);
     window.EnableButtonDownloadVoice(false);
+    heldClips_ = hiddenShortClips_ = 0;
     const VoiceIndexState state = g_voice_index_.get();
     const QStringList index = state.g_voice_index.value_or(QStringList());
     if (index.size() < 2) {
@@ -56,6 +57,8 @@ void VoiceTransfer::UpdateVoiceIndex() {
         BuildVoiceList(index, context_.state.g_index_search_date, state.g_voice_data_block);
     context_.lists.items_voice_index = list.lines;
     context_.lists.items_voice_index_number = list.numbers;
+    heldClips_ = list.held;
+    hiddenShortClips_ = list.tooShort;
     window.reloadList(IndexList::Voice, list.lines);
     if (list.lines.isEmpty()) return;
     window.EnableComboBoxVoiceIndex(true);

@@ -36,6 +36,10 @@ class VoiceTransfer {
   void CloseVoiceBinary();
 
   VoiceIndexState index() const { return g_voice_index_.get(); }
+  // What the voice list leaves out (main thread): the clips the device holds, and those
+  // in the range hidden for being under a minute.
+  int heldClips() const { return heldClips_; }
+  int hiddenShortClips() const { return hiddenShortClips_; }
   // The index entry text of entry (1-based); empty when the index has none.
   QString entryText(int32_t entry) const;
 
@@ -53,8 +57,9 @@ class VoiceTransfer {
   SessionContext &context_;
   VoiceIndexAccumulator voice_rx_buffer_;  // receive thread only
   Guarded<VoiceIndexState> g_voice_index_;
-  QString g_saveWaveFilename;  // main thread
-  int32_t g_entry_ = 0;        // the index entry being downloaded; main thread
+  QString g_saveWaveFilename;                 // main thread
+  int32_t g_entry_ = 0;                       // the index entry being downloaded; main thread
+  int heldClips_ = 0, hiddenShortClips_ = 0;  // main thread
   std::mutex fileMutex_;
   std::unique_ptr<QFile>
       g_voice_file_handle;  // opened on the main thread, written on the receive thread

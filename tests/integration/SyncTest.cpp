@@ -101,6 +101,14 @@ TEST_F(SyncTest, SavesEverythingOnceThenNothingThenOnlyWhatWasDeleted) {
   EXPECT_EQ(third.out.count("saved "), 2) << qPrintable(third.out);
   EXPECT_EQ(clipRequests(device), clipsBefore + 1);
   expectTheDevicesOwn(contents, kListedItems);
+
+  // The device's memory cleared and filled again: the same numbers are other dives.
+  sim::Contents refilled = contents;
+  for (sim::Dive &dive : refilled.dives) dive.entry = dive.entry.addSecs(-3600);
+  SimulatedDevice again(refilled);
+  const ProgramRun fourth = sync(again);
+  EXPECT_EQ(fourth.status, 0) << qPrintable(fourth.err);
+  EXPECT_EQ(fourth.out.count("saved "), 6) << qPrintable(fourth.out);
 }
 
 TEST_F(SyncTest, AfterAHangUpMidClipTheNextSyncFetchesOnlyWhatIsMissing) {

@@ -50,7 +50,8 @@ void DeviceSessionFixture::stall() {
 bool DeviceSessionFixture::settle() {
   return WaitFor([&] {
     // Counted as the host sent them: the simulator may not have read the last one yet.
-    return log.startingWith("Reciving other commands:OK").size() + 1 >=
+    return !session->state().trailingReplyPending &&
+           log.startingWith("Reciving other commands:OK").size() + 1 >=
            log.startingWith("writeString:#detail").size();
   });
 }
