@@ -1,15 +1,22 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QIcon>
 #include <QStringList>
+#include <optional>
 
 // The rows of an index table: one column, the row's text in every cell, never editable.
+// A row the library holds a saved file for shows a mark, and its tooltip names the file.
 class IndexListModel : public QAbstractTableModel {
  public:
   using QAbstractTableModel::QAbstractTableModel;
 
+  // New rows; none is marked until the library is asked.
   void setRows(const QStringList &rows);
   const QStringList &rows() const { return rows_; }
+  // The saved file of each row, in row order; none for a row not saved.
+  void setSaved(const QList<std::optional<QString>> &savedPaths);
+  bool isSaved(int row) const { return savedPaths_.value(row).has_value(); }
 
   int rowCount(const QModelIndex &parent = {}) const override {
     return parent.isValid() ? 0 : int(rows_.size());
@@ -17,7 +24,7 @@ class IndexListModel : public QAbstractTableModel {
   int columnCount(const QModelIndex &parent = {}) const override {
     return parent.isValid() ? 0 : 1;
   }
-  // The row's text while the row is inside the list; nothing otherwise.
+  // The row's text, its mark and its tooltip while the row is inside the list.
   QVariant data(const QModelIndex &index, int role) const override;
   Qt::ItemFlags flags(const QModelIndex &index) const override;
   // The header shows the selection caption instead of a title.
@@ -25,4 +32,6 @@ class IndexListModel : public QAbstractTableModel {
 
  private:
   QStringList rows_;
+  QList<std::optional<QString>> savedPaths_;
+  QIcon savedMark_;
 };

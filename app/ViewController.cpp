@@ -1,6 +1,7 @@
 #include "ViewController.h"
 
 #include <QCloseEvent>
+#include <QDir>
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QPushButton>
@@ -24,8 +25,19 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
       session_(*this),
       voice_(session_),
       logs_(session_),
-      discovery_(&session_, std::move(registry)) {
+      discovery_(&session_, std::move(registry)),
+      deviceLibrary_(session_, voice_, logs_, library_),
+      saveAll_(session_, deviceLibrary_) {
   ui_->setupUi(this);
+  jobPanel_ = std::make_unique<SaveJobPanel>(
+      saveAll_,
+      SaveJobPanel::Controls{ui_->progressBar_job, ui_->label_job, ui_->button_cancel,
+                             ui_->progressBar_cdc, ui_->label_status},
+      this);
+  // Clips and dives have folders of their own, side by side: the box opens the one above.
+  jobPanel_->folder = [this] {
+    return QFileInfo(session_.state().paths.get().g_voice_folder_path).absolutePath();
+  };
   voiceTable_ = {ui_->tableView_voice_index, ui_->view_voice_index, ui_->label_voice_index,
                  new IndexListModel(this), "view_voice_index"};
   logTable_ = {ui_->tableView_log_index, ui_->view_log_index, ui_->label_log_index,
@@ -68,6 +80,10 @@ void ViewController::viewDidLoad() {
   ui_->button_download_voice->setText(Localized("button_download_voice"));
   ui_->label_dive_log->setText(Localized("label_dive_log"));
   ui_->button_download_log->setText(Localized("button_download_log"));
+  ui_->button_save_all_new->setText(Localized("button_save_all_new"));
+  ui_->button_save_all_new->hide();
+  ui_->label_voice_counts->clear();
+  ui_->label_log_counts->clear();
 
   ui_->pictureBox_set_corvamund2->show();
   ui_->label_poweron_message->show();
@@ -106,6 +122,8 @@ void ViewController::viewDidLoad() {
           [this] { action_button_download_voice(); });
   connect(ui_->button_download_log, &QPushButton::clicked, this,
           [this] { action_button_download_log(); });
+  connect(ui_->button_save_all_new, &QPushButton::clicked, this,
+          [this] { action_button_save_all_new(); });
 
   // The selection captions live in the tables' header views.
   for (IndexTable *t : {&voiceTable_, &logTable_}) {
@@ -128,9 +146,15 @@ void ViewController::InitDevice() {
 
 void ViewController::viewDidAppear() {
   if (initDevice_.joinable()) initDevice_.join();
-  if (session_.state().deviceExist == 0) return;
-  messageBox(Localized("corvamund_already_exist"));
-  std::exit(1);
+  if (session_.state().deviceExist != 0) {
+    messageBox(Localized("corvamund_already_exist"));
+    std::exit(1);
+  }
+  // A library that could not be read was set aside: the diver hears it once.
+  if (!library_.notice().isEmpty()) {
+    ui_->label_status->setText(library_.notice());
+    messageBox(library_.notice());
+  }
 }
 
 bool ViewController::windowShouldClose() const {
@@ -145,6 +169,14 @@ void ViewController::closeEvent(QCloseEvent *event) {
   } else {
     event->ignore();
   }
+}
+
+void ViewController::changeEvent(QEvent *event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange && isActiveWindow() &&
+      session_.state().g_serial_port_status == CONNECTED_IDLE && !jobPanel_->running() &&
+      !session_.context().operation.active())
+    refreshLibraryView();
 }
 
 bool ViewController::eventFilter(QObject *watched, QEvent *event) {
@@ -196,11 +228,16 @@ void ViewController::setText(Outlet which, const QString &text) {
 }
 
 void ViewController::setVisible(Outlet which, bool visible) {
-  onMainThread([this, which, visible] { outlet(which)->setVisible(visible); });
+  onMainThread([this, which, visible] {
+    // While a job runs its one bar stands for every item.
+    const bool jobBar = which == Outlet::progressBar_cdc && jobPanel_->running();
+    outlet(which)->setVisible(visible && !jobBar);
+  });
 }
 
 void ViewController::setEnabled(Outlet which, bool enabled) {
-  onMainThread([this, which, enabled] { outlet(which)->setEnabled(enabled); });
+  onMainThread(
+      [this, which, enabled] { outlet(which)->setEnabled(enabled && !jobPanel_->running()); });
 }
 
 void ViewController::setProgress(int percent) {
@@ -220,6 +257,7 @@ void ViewController::enableIndexTable(IndexList list, bool enable) {
     t.container->show();
     t.caption->show();
   }
+  enable = enable && !jobPanel_->running();
   t.view->setEnabled(enable);
   if (!enable) {
     t.caption->setText(QString());
@@ -248,14 +286,18 @@ void ViewController::EnableComboBoxLogIndex(bool enable) {
 void ViewController::EnableButtonDownloadVoice(bool enable) {
   onMainThread([this, enable] {
     if (enable && ui_->button_download_voice->isHidden()) ui_->button_download_voice->show();
-    ui_->button_download_voice->setEnabled(enable);
+    ui_->button_download_voice->setEnabled(enable && !jobPanel_->running());
   });
 }
 
 void ViewController::EnableButtonDownloadLog(bool enable) {
   onMainThread([this, enable] {
-    if (enable && ui_->button_download_log->isHidden()) ui_->button_download_log->show();
-    ui_->button_download_log->setEnabled(enable);
+    if (enable && ui_->button_download_log->isHidden()) {
+      ui_->button_download_log->show();
+      ui_->button_save_all_new->show();
+    }
+    ui_->button_download_log->setEnabled(enable && !jobPanel_->running());
+    updateSaveAllButton();
   });
 }
 
@@ -267,6 +309,8 @@ void ViewController::reloadList(IndexList list, const QStringList &rows) {
     QSignalBlocker quiet(t.view->selectionModel());
     t.model->setRows(rows);
     if (row >= 0 && row < rows.size()) t.view->selectRow(row);
+    if (rows.isEmpty())
+      (list == IndexList::Voice ? ui_->label_voice_counts : ui_->label_log_counts)->clear();
   });
 }
 
@@ -276,7 +320,8 @@ void ViewController::selectRow(IndexList list, int row) {
 
 int ViewController::selectedRow(IndexList list) const {
   const QModelIndexList rows = table(list).view->selectionModel()->selectedRows();
-  return rows.isEmpty() ? -1 : rows.first().row();
+  if (rows.isEmpty()) return -1;
+  return std::min_element(rows.begin(), rows.end())->row();
 }
 
 QString ViewController::searchRangeText() const {
@@ -310,8 +355,12 @@ void ViewController::comboBoxSelectionDidChange() {
   context.clearList(IndexList::Voice);
   context.clearList(IndexList::Log);
   context.DisableButtonControl();
-  context.transitions.request(CONNECTED_IDLE, eSERIAL_RX_VOICE_INDEX,
-                              QString::fromLatin1(Command::kVoiceIndex));
+  // The answer to the last listing's closing "#detail" may still be on its way.
+  context.whenLineQuiet([this] {
+    if (session_.state().g_serial_port_status != CONNECTED_IDLE) return;
+    session_.context().transitions.request(CONNECTED_IDLE, eSERIAL_RX_VOICE_INDEX,
+                                           QString::fromLatin1(Command::kVoiceIndex));
+  });
 }
 
 void ViewController::action_button_reconnect() {
@@ -324,18 +373,103 @@ void ViewController::action_button_download_voice() {
     context.DisableButtonControl();
     return;
   }
+  if (const QList<DeviceLibrary::Item> items = selectedItems(IndexList::Voice); items.size() > 1) {
+    runJob([this, items](std::function<void()> ended) { jobPanel_->save(items, ended); });
+    return;
+  }
   const IndexLists &lists = context.lists;
   const int row = selectedRow(IndexList::Voice);
   if (row < 0 || row >= lists.items_voice_index_number.size()) return;
-  voice_.downloadClip(lists.items_voice_index_number[row],
+  deviceLibrary_.save(deviceLibrary_.item(ItemKind::Clip, lists.items_voice_index_number[row]),
                       [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
 void ViewController::action_button_download_log() {
-  logs_.action_button_download_log([this](const Outcome &outcome) { showOutcome(outcome); });
+  if (const QList<DeviceLibrary::Item> items = selectedItems(IndexList::Log); items.size() > 1) {
+    if (session_.state().g_serial_port_status != CONNECTED_IDLE) return;
+    runJob([this, items](std::function<void()> ended) { jobPanel_->save(items, ended); });
+    return;
+  }
+  // One dive is asked of the device again, as it always was.
+  if (const std::optional<int32_t> number = logs_.selectedDive()) {
+    deviceLibrary_.save(
+        deviceLibrary_.item(ItemKind::Dive, *number),
+        [this](const Outcome &outcome) { showOutcome(outcome); }, DeviceLibrary::kOverTheWire);
+  }
+}
+
+void ViewController::action_button_save_all_new() {
+  if (session_.state().g_serial_port_status != CONNECTED_IDLE) return;
+  runJob([this](std::function<void()> ended) { jobPanel_->saveAllNew(ended); });
+}
+
+void ViewController::runJob(const std::function<void(std::function<void()> ended)> &start) {
+  if (jobPanel_->running()) return;
+  start([this] { jobEnded(); });
+  session_.context().DisableButtonControl();
+  ui_->comboBox_index_search_range->setEnabled(false);
+  ui_->button_reconnect->setEnabled(false);
+  updateSaveAllButton();
+}
+
+void ViewController::jobEnded() {
+  refreshLibraryView();
+  // An unplugged device leaves its controls grey; the session says so itself.
+  if (session_.state().g_serial_port_status == CONNECTED_IDLE)
+    session_.context().EnableTransferControls();
+}
+
+QList<DeviceLibrary::Item> ViewController::selectedItems(IndexList list) {
+  const IndexLists &lists = session_.context().lists;
+  const bool voice = list == IndexList::Voice;
+  const QList<int32_t> &numbers =
+      voice ? lists.items_voice_index_number : lists.items_log_index_number;
+  QList<int> rows;
+  for (const QModelIndex &index : table(list).view->selectionModel()->selectedRows())
+    rows.append(index.row());
+  std::sort(rows.begin(), rows.end());
+  QList<DeviceLibrary::Item> items;
+  for (int row : rows) {
+    if (row >= numbers.size()) continue;
+    items.append(deviceLibrary_.item(voice ? ItemKind::Clip : ItemKind::Dive, numbers[row]));
+  }
+  return items;
+}
+
+void ViewController::refreshLibraryView() {
+  const QList<DeviceLibrary::Item> items = deviceLibrary_.listed();
+  QList<std::optional<QString>> dives, clips;
+  for (const DeviceLibrary::Item &item : items)
+    (item.kind == ItemKind::Dive ? dives : clips).append(item.savedPath);
+  const auto unsaved = [](const QList<std::optional<QString>> &paths) {
+    return int(std::count(paths.begin(), paths.end(), std::nullopt));
+  };
+  logTable_.model->setSaved(dives);
+  voiceTable_.model->setSaved(clips);
+  newItems_ = unsaved(dives) + unsaved(clips);
+  const int heldDives = std::max(0, int(session_.state().g_log_history_count));
+  ui_->label_log_counts->setText(
+      Localized("list_counts").arg(dives.size()).arg(heldDives).arg(unsaved(dives)));
+  const int hidden = voice_.hiddenShortClips();
+  const QString clipCounts =
+      (hidden > 0 ? Localized("list_counts_short_hidden") : Localized("list_counts"))
+          .arg(clips.size())
+          .arg(voice_.heldClips())
+          .arg(unsaved(clips));
+  ui_->label_voice_counts->setText(hidden > 0 ? clipCounts.arg(hidden) : clipCounts);
+  updateSaveAllButton();
+}
+
+void ViewController::updateSaveAllButton() {
+  ui_->button_save_all_new->setEnabled(session_.state().g_serial_port_status == CONNECTED_IDLE &&
+                                       ui_->button_download_log->isEnabled() &&
+                                       !jobPanel_->running() && newItems_ > 0);
 }
 
 void ViewController::showOutcome(const Outcome &outcome) {
+  if (outcome.operation == Operation::DownloadClip) ui_->progressBar_cdc->hide();
+  if (session_.state().g_serial_port_status == CONNECTED_IDLE && !jobPanel_->running())
+    refreshLibraryView();
   ui_->label_status->setText(outcome.sentence);
   if (outcome.sentence.isEmpty()) return;
   switch (outcome.failure) {

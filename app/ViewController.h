@@ -6,8 +6,12 @@
 #include <thread>
 
 #include "DeviceDiscovery.h"
+#include "DeviceLibrary.h"
 #include "IndexListModel.h"
+#include "Library.h"
 #include "LogTransfer.h"
+#include "SaveAllNew.h"
+#include "SaveJobPanel.h"
 #include "Session.h"
 #include "VoiceTransfer.h"
 #include "WindowOperations.h"
@@ -19,7 +23,8 @@ class QLabel;
 class QTableView;
 
 // The one window: the device's identity, the voice and dive lists with their download
-// buttons, the date range, and the boxes that tell the diver what happened. It is the
+// buttons and what of them is saved, "Save all new", the date range, and the boxes that
+// tell the diver what happened. It is the
 // session's window: every change the session makes reaches the controls through here,
 // from any thread, on the main thread.
 class ViewController : public QWidget, public WindowOperations {
@@ -42,12 +47,15 @@ class ViewController : public QWidget, public WindowOperations {
   void action_button_reconnect();
   void action_button_download_voice();
   void action_button_download_log();
+  // Saves every listed item the library does not hold unchanged.
+  void action_button_save_all_new();
   // A new search range: stored, and while idle the lists are read again from the device.
   void comboBoxSelectionDidChange();
   // A modal question titled "Mrvtq5dk" with "OK" and "Cancel": 1000 for OK, 1001 for Cancel.
   long confirmBox(const QString &text);
 
   Session &session() { return session_; }
+  Library &library() { return library_; }
   LogTransfer &logs() { return logs_; }
   // Where the quit guard learns whether a clip is under way.
   std::function<void(bool)> isProcessingChanged;
@@ -71,6 +79,8 @@ class ViewController : public QWidget, public WindowOperations {
 
  protected:
   void closeEvent(QCloseEvent *event) override;
+  // Back in the window, the diver may have moved or deleted files: the marks are asked again.
+  void changeEvent(QEvent *event) override;
   // Keeps each selection caption as wide as its table's header.
   bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -94,6 +104,17 @@ class ViewController : public QWidget, public WindowOperations {
   void showCaption(IndexTable &table);
   // What the diver sees of an operation's end: the status line, and the box it calls for.
   void showOutcome(const Outcome &outcome);
+  // Asks the library which listed rows are saved: the marks, the counts beside the list
+  // titles, and whether anything is new.
+  void refreshLibraryView();
+  // "Save all new" can start when the device is idle, the downloads are offered and
+  // something is new.
+  void updateSaveAllButton();
+  // The selected rows of a list as library items, in list order.
+  QList<DeviceLibrary::Item> selectedItems(IndexList list);
+  // Runs a job of several items: the device's controls stay grey until it ends.
+  void runJob(const std::function<void(std::function<void()> ended)> &start);
+  void jobEnded();
 
   std::unique_ptr<Ui::ViewController> ui_;
   IndexTable voiceTable_, logTable_;
@@ -104,4 +125,9 @@ class ViewController : public QWidget, public WindowOperations {
   DeviceDiscovery discovery_;  // goes before the session it opens ports on
   std::thread initDevice_;
   QTimer timer2_;
+  Library library_;
+  DeviceLibrary deviceLibrary_;
+  SaveAllNew saveAll_;
+  std::unique_ptr<SaveJobPanel> jobPanel_;
+  int newItems_ = 0;  // listed rows the library does not hold; main thread
 };

@@ -18,7 +18,7 @@ inline constexpr const char *kEnglishStringTable = ":/i18n/mrvtq5dk_en.qm";
 inline constexpr const char *kJapaneseStringTable = ":/i18n/mrvtq5dk_ja.qm";
 
 // Every key the program looks up.
-inline constexpr std::array<const char *, 42> kStringTableKeys = {
+inline constexpr std::array<const char *, 54> kStringTableKeys = {
     "initial_error",
     "open_serial_port",
     "target_model_error",
@@ -59,5 +59,5 @@ inline constexpr std::array<const char *, 42> kStringTableKeys = {
     "status_reading_dive",
     "status_connected",
     "status_downloading",
-    "status_saved", "library_set_aside",
+    "status_saved", "library_set_aside", "button_save_all_new", "open_folder", "list_counts", "list_counts_short_hidden", "row_saved_as", "row_not_saved", "job_item", "job_bytes", "job_time_left", "job_saved", "job_failed", "job_cancelled",
 };

@@ -172,5 +172,53 @@
         <source>library_set_aside</source>
         <translation>The library of saved files could not be read; it was set aside as %1 and a new one was started. Your files are untouched.</translation>
     </message>
+    <message id="button_save_all_new">
+        <source>button_save_all_new</source>
+        <translation>Save all new</translation>
+    </message>
+    <message id="open_folder">
+        <source>open_folder</source>
+        <translation>Open folder</translation>
+    </message>
+    <message id="list_counts">
+        <source>list_counts</source>
+        <translation>%1 of %2 shown, %3 new</translation>
+    </message>
+    <message id="list_counts_short_hidden">
+        <source>list_counts_short_hidden</source>
+        <translation>%1 of %2 shown, %3 new, %4 short hidden</translation>
+    </message>
+    <message id="row_saved_as">
+        <source>row_saved_as</source>
+        <translation>Saved as %1</translation>
+    </message>
+    <message id="row_not_saved">
+        <source>row_not_saved</source>
+        <translation>Not saved yet</translation>
+    </message>
+    <message id="job_item">
+        <source>job_item</source>
+        <translation>Saving %1 (%2 of %3)</translation>
+    </message>
+    <message id="job_bytes">
+        <source>job_bytes</source>
+        <translation>%1 of %2 kB</translation>
+    </message>
+    <message id="job_time_left">
+        <source>job_time_left</source>
+        <translation>about %1 s left</translation>
+    </message>
+    <message id="job_saved">
+        <source>job_saved</source>
+        <translation>Saved %1 item(s).</translation>
+    </message>
+    <message id="job_failed">
+        <source>job_failed</source>
+        <translation>Could not save %1 item(s):</translation>
+    </message>
+    <message id="job_cancelled">
+        <source>job_cancelled</source>
+        <translation>Cancelled. What was not saved yet is still new on the device.</translation>
+    </message>
 </context>
 </TS>

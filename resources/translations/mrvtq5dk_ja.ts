@@ -172,5 +172,53 @@
         <source>library_set_aside</source>
         <translation>保存済みファイルのライブラリを読み込めなかったため、%1 として退避し、新しいライブラリを作成しました。ファイルはそのままです。</translation>
     </message>
+    <message id="button_save_all_new">
+        <source>button_save_all_new</source>
+        <translation>新しいものをすべて保存</translation>
+    </message>
+    <message id="open_folder">
+        <source>open_folder</source>
+        <translation>フォルダを開く</translation>
+    </message>
+    <message id="list_counts">
+        <source>list_counts</source>
+        <translation>%2 件中 %1 件を表示、新規 %3 件</translation>
+    </message>
+    <message id="list_counts_short_hidden">
+        <source>list_counts_short_hidden</source>
+        <translation>%2 件中 %1 件を表示、新規 %3 件、短い %4 件は非表示</translation>
+    </message>
+    <message id="row_saved_as">
+        <source>row_saved_as</source>
+        <translation>%1 として保存済み</translation>
+    </message>
+    <message id="row_not_saved">
+        <source>row_not_saved</source>
+        <translation>未保存</translation>
+    </message>
+    <message id="job_item">
+        <source>job_item</source>
+        <translation>%1 を保存中（%3 件中 %2 件目）</translation>
+    </message>
+    <message id="job_bytes">
+        <source>job_bytes</source>
+        <translation>%2 kB 中 %1 kB</translation>
+    </message>
+    <message id="job_time_left">
+        <source>job_time_left</source>
+        <translation>残り約 %1 秒</translation>
+    </message>
+    <message id="job_saved">
+        <source>job_saved</source>
+        <translation>%1 件を保存しました。</translation>
+    </message>
+    <message id="job_failed">
+        <source>job_failed</source>
+        <translation>%1 件を保存できませんでした：</translation>
+    </message>
+    <message id="job_cancelled">
+        <source>job_cancelled</source>
+        <translation>キャンセルしました。まだ保存していないものは、次回も新規として表示されます。</translation>
+    </message>
 </context>
 </TS>

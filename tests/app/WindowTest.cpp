@@ -10,6 +10,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTableView>
+#include <QTimeZone>
 #include <QTimer>
 
 #include "Localization.h"
@@ -146,6 +147,70 @@ TEST_F(WindowTest, ControlsFollowThePhasesOfTheSession) {
   EXPECT_FALSE(Outlet(window, "button_reconnect")->isEnabled());
   EXPECT_FALSE(Outlet(window, "button_download_voice")->isEnabled());
   EXPECT_TRUE(WaitFor([&] { return Outlet<QLabel>(window, "label_type")->text() == "QM482"; }));
+}
+
+TEST_F(WindowTest, SaveAllNewMarksEveryRowAndACancelledClipLeavesNothingBehind) {
+  sim::Contents contents = sim::GenerateContents(4, QDate::currentDate());
+  const QDateTime day = QDateTime(QDate::currentDate().addDays(-3), QTime(1, 0), QTimeZone::utc());
+  contents.clips = {{day, 0x010, 0x018, 1},
+                    {day.addSecs(600), 0x019, 0x01B, 2},  // under a minute: hidden
+                    {day.addSecs(3600), 0x01C, 0x024, 3}};
+  sim::Options link;
+  link.bytesPerSecond = 500000;  // two seconds a clip: time to cancel one
+  SimulatedDevice device(contents, link);
+  ASSERT_TRUE(connectTo(device));
+  auto *saveAll = Outlet<QPushButton>(window, "button_save_all_new");
+  ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }));
+  EXPECT_EQ(Outlet<QLabel>(window, "label_voice_counts")->text(),
+            "2 of 3 shown, 2 new, 1 short hidden");
+  EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 shown, 3 new");
+
+  // Cancelled while the first clip streams: the dives are saved, the clip is not, and
+  // nothing of it is left in the folder.
+  saveAll->click();
+  auto *jobBar = Outlet<QProgressBar>(window, "progressBar_job");
+  EXPECT_TRUE(jobBar->isVisible());
+  EXPECT_FALSE(Outlet(window, "button_download_voice")->isEnabled());
+  ASSERT_TRUE(WaitFor(
+      [&] { return jobBar->value() > 0 && window.session().state().g_voice_received_size > 0; }));
+  EXPECT_FALSE(Outlet(window, "progressBar_cdc")->isVisible());
+  Outlet<QPushButton>(window, "button_cancel")->click();
+  ASSERT_TRUE(
+      WaitFor([&] { return answerer.boxes.join(',').contains(Localized("job_cancelled")); }));
+  EXPECT_TRUE(answerer.boxes.last().startsWith("Mrvtq5dk|" + Localized("job_saved").arg(3)));
+  const QDir voice(home.downloads() + "/Mrvtq5dk/voice");
+  EXPECT_EQ(voice.entryList(QDir::Files | QDir::Hidden), QStringList());
+  EXPECT_FALSE(jobBar->isVisible());
+  ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }));  // the clips are still new
+  EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 shown, 0 new");
+
+  // Again: only the clips go, and then every row is marked with its file.
+  answerer.boxes.clear();
+  saveAll->click();
+  ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }, 20000));
+  EXPECT_EQ(answerer.boxes, QStringList{"Mrvtq5dk|" + Localized("job_saved").arg(2)});
+  EXPECT_EQ(voice.entryList(QDir::Files | QDir::Hidden).size(), 2);
+  for (const char *name : {"view_voice_index", "view_log_index"}) {
+    QAbstractItemModel *rows = Outlet<QTableView>(window, name)->model();
+    for (int row = 0; row < rows->rowCount(); ++row) {
+      EXPECT_TRUE(rows->index(row, 0).data(Qt::ToolTipRole).toString().startsWith("Saved as 20"))
+          << name << row;
+    }
+  }
+  EXPECT_FALSE(saveAll->isEnabled());
+  EXPECT_TRUE(Outlet(window, "button_download_voice")->isEnabled());
+  EXPECT_EQ(device.device().commands().count("vi"), 1);
+
+  // Two rows picked and downloaded in one go: one box for both.
+  answerer.boxes.clear();
+  QDir(home.downloads() + "/Mrvtq5dk/log").removeRecursively();
+  auto *dives = Outlet<QTableView>(window, "view_log_index");
+  dives->selectionModel()->select(dives->model()->index(2, 0),
+                                  QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  Outlet<QPushButton>(window, "button_download_log")->click();
+  ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }));
+  EXPECT_EQ(answerer.boxes, QStringList{"Mrvtq5dk|" + Localized("job_saved").arg(2)});
+  EXPECT_EQ(QDir(home.downloads() + "/Mrvtq5dk/log").entryList(QDir::Files).size(), 2);
 }
 
 TEST_F(WindowTest, RangeChangeWithoutADeviceOnlyStoresTheRange) {
