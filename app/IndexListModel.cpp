@@ -10,6 +10,16 @@ void IndexListModel::setRows(const QStringList &rows) {
   beginResetModel();
   rows_ = rows;
   savedPaths_.clear();
+  details_.clear();
+  detailColumns_ = 0;
+  endResetModel();
+}
+
+void IndexListModel::setDetails(const QList<QStringList> &details) {
+  beginResetModel();
+  details_ = details;
+  detailColumns_ = 0;
+  for (const QStringList &row : details) detailColumns_ = std::max(detailColumns_, int(row.size()));
   endResetModel();
 }
 
@@ -25,15 +35,23 @@ void IndexListModel::setSaved(const QList<std::optional<QString>> &savedPaths) {
 QVariant IndexListModel::data(const QModelIndex &index, int role) const {
   if (index.row() < 0 || index.row() >= rows_.size()) return {};
   const std::optional<QString> saved = savedPaths_.value(index.row());
+  const bool detail = index.column() > 0;
   switch (role) {
     case Qt::DisplayRole:
-      return rows_[index.row()];
+      return detail ? details_.value(index.row()).value(index.column() - 1) : rows_[index.row()];
+    case Qt::TextAlignmentRole:
+      return detail ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
     case Qt::DecorationRole:
-      return saved ? QVariant(savedMark_) : QVariant();
-    case Qt::ToolTipRole:
-      if (index.row() >= savedPaths_.size()) return {};  // the library was not asked yet
-      return saved ? Localized("row_saved_as").arg(QFileInfo(*saved).fileName())
-                   : Localized("row_not_saved");
+      return saved && !detail ? QVariant(savedMark_) : QVariant();
+    case Qt::ToolTipRole: {
+      QStringList lines;
+      if (index.row() < savedPaths_.size()) {  // else the library was not asked yet
+        lines << (saved ? Localized("row_saved_as").arg(QFileInfo(*saved).fileName())
+                        : Localized("row_not_saved"));
+      }
+      if (!clockNote_.isEmpty()) lines << clockNote_;
+      return lines.isEmpty() ? QVariant() : QVariant(lines.join(u'\n'));
+    }
     default:
       return {};
   }

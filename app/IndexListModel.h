@@ -5,8 +5,9 @@
 #include <QStringList>
 #include <optional>
 
-// The rows of an index table: one column, the row's text in every cell, never editable.
-// A row the library holds a saved file for shows a mark, and its tooltip names the file.
+// The rows of an index table, never editable: the row's text, then any detail columns. A
+// row the library holds a saved file for shows a mark, and its tooltip names the file and
+// says which clock the row's time is on.
 class IndexListModel : public QAbstractTableModel {
  public:
   using QAbstractTableModel::QAbstractTableModel;
@@ -17,12 +18,16 @@ class IndexListModel : public QAbstractTableModel {
   // The saved file of each row, in row order; none for a row not saved.
   void setSaved(const QList<std::optional<QString>> &savedPaths);
   bool isSaved(int row) const { return savedPaths_.value(row).has_value(); }
+  // Further columns of each row, in row order (the dives' depth and water temperature).
+  void setDetails(const QList<QStringList> &details);
+  // Which clock the rows' times are on, for the tooltip.
+  void setClockNote(const QString &note) { clockNote_ = note; }
 
   int rowCount(const QModelIndex &parent = {}) const override {
     return parent.isValid() ? 0 : int(rows_.size());
   }
   int columnCount(const QModelIndex &parent = {}) const override {
-    return parent.isValid() ? 0 : 1;
+    return parent.isValid() ? 0 : 1 + detailColumns_;
   }
   // The row's text, its mark and its tooltip while the row is inside the list.
   QVariant data(const QModelIndex &index, int role) const override;
@@ -33,5 +38,8 @@ class IndexListModel : public QAbstractTableModel {
  private:
   QStringList rows_;
   QList<std::optional<QString>> savedPaths_;
+  QList<QStringList> details_;
+  int detailColumns_ = 0;
+  QString clockNote_;
   QIcon savedMark_;
 };

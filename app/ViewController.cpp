@@ -9,8 +9,13 @@
 
 #include "Commands.h"
 #include "DevicePicture.h"
+#include "DiveProfileView.h"
+#include "DiveRecord.h"
+#include "DiveSummary.h"
 #include "Localization.h"
+#include "PlayerBar.h"
 #include "SystemLog.h"
+#include "VoiceIndex.h"
 #include "ui_ViewController.h"
 
 namespace {
@@ -44,19 +49,39 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
                new IndexListModel(this), "view_log_index"};
   for (IndexTable *t : {&voiceTable_, &logTable_}) {
     t->view->setModel(t->model);
-    t->view->horizontalHeader()->setStretchLastSection(true);
+    t->view->setShowGrid(false);
     t->view->horizontalHeader()->setMinimumHeight(28);
     t->view->verticalHeader()->hide();
     t->view->horizontalHeader()->setObjectName(t == &voiceTable_
                                                    ? QStringLiteral("headerView_voice_index")
                                                    : QStringLiteral("headerView_log_index"));
     t->caption->setContentsMargins(8, 0, 8, 0);
+    // The selected row repeated above the list, set apart as a caption rather than a row.
+    t->caption->setStyleSheet(QStringLiteral(
+        "QLabel { background: palette(mid); color: palette(bright-text); font-weight: 600; }"));
+    t->view->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
   }
+  profileView_ = new DiveProfileView(this);
+  summaryView_ = new DiveSummaryView(this);
+  playerBar_ = new PlayerBar(this);
+  ui_->layout_dive->addWidget(profileView_, 3);
+  ui_->layout_dive->addWidget(summaryView_, 1);
+  // The lists and the dive share the height; neither shrinks to nothing in a small window.
+  ui_->layout_root->setStretchFactor(ui_->layout_lists, 1);
+  ui_->layout_root->setStretchFactor(ui_->layout_dive, 1);
+  for (IndexTable *t : {&voiceTable_, &logTable_}) t->view->setMinimumHeight(120);
+  summaryView_->setMinimumWidth(300);
+  ui_->layout_voice->insertWidget(ui_->layout_voice->indexOf(ui_->layout_voice_button), playerBar_);
+  profileView_->clipClicked = [this](int mark) { playClip(diveClipEntries_.value(mark)); };
   ui_->pictureBox_set_corvamund2->setPixmap(DevicePicture(180));
+  logTable_.model->setClockNote(Localized("dive_times_japan"));
+  voiceTable_.model->setClockNote(Localized("clip_times_device"));
   ui_->progressBar_cdc->setRange(0, 100);
   setWindowTitle(QStringLiteral("Mrvtq5dk"));
   timer2_.setInterval(1000);
   connect(&timer2_, &QTimer::timeout, this, [this] { session_.timer2Call(); });
+  phaseTimer_.setInterval(250);
+  connect(&phaseTimer_, &QTimer::timeout, this, [this] { showPhase(); });
   session_.setConnectionHandler([this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
@@ -136,6 +161,7 @@ void ViewController::viewDidLoad() {
 
   if (!session_.context().CreateFolder()) std::exit(1);  // the folder box has been shown
   timer2_.start();
+  phaseTimer_.start();
   InitDevice();
   SystemLog("viewDidLoad end..");
 }
@@ -229,6 +255,16 @@ void ViewController::setText(Outlet which, const QString &text) {
 
 void ViewController::setVisible(Outlet which, bool visible) {
   onMainThread([this, which, visible] {
+    // A list's title comes with its (empty, grey) table, so the title never floats alone.
+    if (visible && (which == Outlet::label_recorded_voice || which == Outlet::label_dive_log)) {
+      IndexTable &t =
+          table(which == Outlet::label_recorded_voice ? IndexList::Voice : IndexList::Log);
+      if (t.container->isHidden()) {
+        t.view->setEnabled(false);
+        t.container->show();
+        t.caption->show();
+      }
+    }
     // While a job runs its one bar stands for every item.
     const bool jobBar = which == Outlet::progressBar_cdc && jobPanel_->running();
     outlet(which)->setVisible(visible && !jobBar);
@@ -308,6 +344,10 @@ void ViewController::reloadList(IndexList list, const QStringList &rows) {
     const int row = selectedRow(list);
     QSignalBlocker quiet(t.view->selectionModel());
     t.model->setRows(rows);
+    if (list == IndexList::Log) t.model->setDetails(diveDetails(rows.size()));
+    // The row's text takes the room the depth and temperature leave.
+    if (t.model->columnCount() > 0)
+      t.view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     if (row >= 0 && row < rows.size()) t.view->selectRow(row);
     if (rows.isEmpty())
       (list == IndexList::Voice ? ui_->label_voice_counts : ui_->label_log_counts)->clear();
@@ -337,6 +377,65 @@ void ViewController::tableViewSelectionDidChange(IndexList list) {
   const int row = selectedRow(list);
   t.caption->setText(row < 0 ? QString() : t.model->rows().value(row));
   SystemLog("SelectionDidChange:%s=%ld", t.name, long(row));
+  if (list == IndexList::Log) {
+    showSelectedDive();
+  } else {
+    showSelectedClip();
+  }
+}
+
+void ViewController::showSelectedDive() {
+  const IndexLists &lists = session_.context().lists;
+  const int row = selectedRow(IndexList::Log);
+  const std::optional<QByteArray> page =
+      row < 0 ? std::nullopt : logs_.listedPage(lists.items_log_index_number.value(row, -1));
+  std::optional<DiveRecord> dive;
+  if (page) dive = DecodeDive(&*page);
+  // Every clip the device holds, listed or not: a short one may still be on the dive.
+  const QStringList entries = voice_.index().g_voice_index.value_or(QStringList());
+  QList<QDateTime> times;
+  diveClipEntries_.clear();
+  for (qsizetype i = 1; i + 1 < entries.size(); ++i) {
+    if (entries[i].size() < kVoiceEntryLength) continue;
+    times.append(VoiceRecordingTime(entries[i]));
+    diveClipEntries_.append(int32_t(i));
+  }
+  profileView_->setDive(dive);
+  profileView_->setClips(times);
+  summaryView_->setDive(dive);
+}
+
+void ViewController::showSelectedClip() {
+  const IndexLists &lists = session_.context().lists;
+  const int row = selectedRow(IndexList::Voice);
+  if (row < 0 || row >= lists.items_voice_index_number.size()) {
+    playerBar_->setClip(std::nullopt, QString());
+    return;
+  }
+  playerBar_->setClip(savedClip(lists.items_voice_index_number[row]), lists.items_voice_index[row]);
+}
+
+std::optional<QString> ViewController::savedClip(int32_t entry) {
+  return library_.savedFile(deviceLibrary_.device(), ItemKind::Clip,
+                            DeviceLibrary::ClipKey(voice_.entryText(entry)));
+}
+
+void ViewController::playClip(int32_t entry) {
+  const DeviceLibrary::Item clip = deviceLibrary_.item(ItemKind::Clip, entry);
+  // True when the clip's file is there to play.
+  const auto play = [this, entry, name = clip.name] {
+    const std::optional<QString> path = savedClip(entry);
+    if (!path) return false;
+    playerBar_->setClip(path, name);
+    playerBar_->player().play(*path);
+    return true;
+  };
+  if (play()) return;
+  if (session_.state().g_serial_port_status != CONNECTED_IDLE || jobPanel_->running()) return;
+  deviceLibrary_.save(clip, [this, play](const Outcome &outcome) {
+    showOutcome(outcome);
+    if (outcome.ok()) play();
+  });
 }
 
 void ViewController::comboBoxSelectionDidChange() {
@@ -436,6 +535,23 @@ QList<DeviceLibrary::Item> ViewController::selectedItems(IndexList list) {
   return items;
 }
 
+QList<QStringList> ViewController::diveDetails(qsizetype rows) {
+  const QList<int32_t> &numbers = session_.context().lists.items_log_index_number;
+  QList<QStringList> details;
+  for (qsizetype row = 0; row < rows && row < numbers.size(); ++row) {
+    const std::optional<QByteArray> page = logs_.listedPage(numbers[row]);
+    if (!page) {
+      details.append(QStringList());
+      continue;
+    }
+    const DiveRecord dive = DecodeDive(&*page);
+    details.append(
+        {QStringLiteral("%1 m").arg(dive.maxDepthWord / 100.0, 0, 'f', 1),
+         QStringLiteral("%1 °C").arg(DeviceTemperature(dive.temperatureWord), 0, 'f', 1)});
+  }
+  return details;
+}
+
 void ViewController::refreshLibraryView() {
   const QList<DeviceLibrary::Item> items = deviceLibrary_.listed();
   QList<std::optional<QString>> dives, clips;
@@ -458,6 +574,26 @@ void ViewController::refreshLibraryView() {
           .arg(unsaved(clips));
   ui_->label_voice_counts->setText(hidden > 0 ? clipCounts.arg(hidden) : clipCounts);
   updateSaveAllButton();
+}
+
+void ViewController::showPhase() {
+  const SessionState &state = session_.state();
+  const int32_t status = state.g_serial_port_status;
+  QString text;
+  if (!session_.context().channel.isOpen() || status == DISCONNECTED) {
+    return;
+  } else if (status < CONNECTED_IDLE) {
+    text = Localized("status_connecting");
+  } else if (state.g_read_index_sequence == 1) {
+    const int32_t count = state.g_log_history_count;
+    const int32_t reading = state.g_log_history_start - state.g_log_number + 1;
+    text = state.g_receive_data_type_is_voice_record == eSERIAL_RX_LOG_DATA && count > 0
+               ? Localized("status_reading_dive").arg(std::clamp(reading, 1, count)).arg(count)
+               : Localized("status_reading_voice");
+  } else {
+    return;  // the operations say how they ended
+  }
+  if (ui_->label_status->text() != text) ui_->label_status->setText(text);
 }
 
 void ViewController::updateSaveAllButton() {

@@ -19,6 +19,9 @@
 namespace Ui {
 class ViewController;
 }
+class DiveProfileView;
+class DiveSummaryView;
+class PlayerBar;
 class QLabel;
 class QTableView;
 
@@ -115,6 +118,17 @@ class ViewController : public QWidget, public WindowOperations {
   // Runs a job of several items: the device's controls stay grey until it ends.
   void runJob(const std::function<void(std::function<void()> ended)> &start);
   void jobEnded();
+  // While connecting and listing, the status line says what is happening.
+  void showPhase();
+  // The selected dive's profile, summary and the clips spoken during it.
+  void showSelectedDive();
+  // The player takes the selected clip when the library holds its file.
+  void showSelectedClip();
+  // A clip's mark on the dive was clicked: it plays, fetched first if not saved yet.
+  void playClip(int32_t entry);
+  std::optional<QString> savedClip(int32_t entry);
+  // The dive list's further columns: each listed dive's deepest point and water temperature.
+  QList<QStringList> diveDetails(qsizetype rows);
 
   std::unique_ptr<Ui::ViewController> ui_;
   IndexTable voiceTable_, logTable_;
@@ -125,9 +139,14 @@ class ViewController : public QWidget, public WindowOperations {
   DeviceDiscovery discovery_;  // goes before the session it opens ports on
   std::thread initDevice_;
   QTimer timer2_;
+  QTimer phaseTimer_;
   Library library_;
   DeviceLibrary deviceLibrary_;
   SaveAllNew saveAll_;
   std::unique_ptr<SaveJobPanel> jobPanel_;
   int newItems_ = 0;  // listed rows the library does not hold; main thread
+  DiveProfileView *profileView_ = nullptr;
+  DiveSummaryView *summaryView_ = nullptr;
+  PlayerBar *playerBar_ = nullptr;
+  QList<int32_t> diveClipEntries_;  // the clips the profile marks, by index entry
 };

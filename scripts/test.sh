@@ -12,6 +12,16 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/install-deps.sh
 
+# A sound output for the playback tests: a sound server of this run's own with a null sink.
+if command -v pulseaudio > /dev/null; then
+  XDG_RUNTIME_DIR=$(mktemp -d)
+  export XDG_RUNTIME_DIR
+  trap 'pulseaudio --kill 2> /dev/null || true; rm -rf "$XDG_RUNTIME_DIR"' EXIT
+  pulseaudio -D --exit-idle-time=-1 -n --load=module-native-protocol-unix \
+    --load="module-null-sink sink_name=null" 2> /dev/null ||
+    echo "No sound server started: the playback tests that need an output skip." >&2
+fi
+
 configure_and_build() {
   local folder=$1
   shift

@@ -220,5 +220,181 @@
         <source>job_cancelled</source>
         <translation>Cancelled. What was not saved yet is still new on the device.</translation>
     </message>
+    <message id="dive_times_japan">
+        <source>dive_times_japan</source>
+        <translation>Dive times are in Japan time, as the device's own tools show them.</translation>
+    </message>
+    <message id="clip_times_device">
+        <source>clip_times_device</source>
+        <translation>Clip times are on the device's clock.</translation>
+    </message>
+    <message id="flag_slow">
+        <source>flag_slow</source>
+        <translation>Ascent too fast</translation>
+    </message>
+    <message id="flag_deco">
+        <source>flag_deco</source>
+        <translation>Decompression stop required</translation>
+    </message>
+    <message id="flag_deco_depth">
+        <source>flag_deco_depth</source>
+        <translation>Above the decompression stop depth</translation>
+    </message>
+    <message id="flag_po2">
+        <source>flag_po2</source>
+        <translation>Oxygen partial pressure too high</translation>
+    </message>
+    <message id="flag_o2">
+        <source>flag_o2</source>
+        <translation>Oxygen exposure too high</translation>
+    </message>
+    <message id="flag_max_depth">
+        <source>flag_max_depth</source>
+        <translation>Maximum depth exceeded</translation>
+    </message>
+    <message id="flag_depth_alarm">
+        <source>flag_depth_alarm</source>
+        <translation>Depth alarm</translation>
+    </message>
+    <message id="flag_out_of_range">
+        <source>flag_out_of_range</source>
+        <translation>Out of range</translation>
+    </message>
+    <message id="flag_sensor_error">
+        <source>flag_sensor_error</source>
+        <translation>Sensor error</translation>
+    </message>
+    <message id="flag_battery_low">
+        <source>flag_battery_low</source>
+        <translation>Battery low</translation>
+    </message>
+    <message id="flag_temperature_error">
+        <source>flag_temperature_error</source>
+        <translation>Temperature sensor error</translation>
+    </message>
+    <message id="flag_device_error">
+        <source>flag_device_error</source>
+        <translation>Device error</translation>
+    </message>
+    <message id="flag_other">
+        <source>flag_other</source>
+        <translation>Other (code %1)</translation>
+    </message>
+    <message id="flags_none">
+        <source>flags_none</source>
+        <translation>None</translation>
+    </message>
+    <message id="summary_date">
+        <source>summary_date</source>
+        <translation>Date</translation>
+    </message>
+    <message id="summary_entry_exit">
+        <source>summary_entry_exit</source>
+        <translation>Entry – exit</translation>
+    </message>
+    <message id="summary_dive_time">
+        <source>summary_dive_time</source>
+        <translation>Dive time</translation>
+    </message>
+    <message id="summary_max_depth">
+        <source>summary_max_depth</source>
+        <translation>Maximum depth</translation>
+    </message>
+    <message id="summary_average_depth">
+        <source>summary_average_depth</source>
+        <translation>Average depth</translation>
+    </message>
+    <message id="summary_min_temperature">
+        <source>summary_min_temperature</source>
+        <translation>Lowest water temperature</translation>
+    </message>
+    <message id="summary_warnings">
+        <source>summary_warnings</source>
+        <translation>Warnings</translation>
+    </message>
+    <message id="summary_information">
+        <source>summary_information</source>
+        <translation>Device status</translation>
+    </message>
+    <message id="summary_cns">
+        <source>summary_cns</source>
+        <translation>CNS</translation>
+    </message>
+    <message id="summary_otu">
+        <source>summary_otu</source>
+        <translation>OTU</translation>
+    </message>
+    <message id="unit_minutes">
+        <source>unit_minutes</source>
+        <translation>%1 min</translation>
+    </message>
+    <message id="unit_metres">
+        <source>unit_metres</source>
+        <translation>%1 m</translation>
+    </message>
+    <message id="unit_celsius">
+        <source>unit_celsius</source>
+        <translation>%1 °C</translation>
+    </message>
+    <message id="profile_no_dive">
+        <source>profile_no_dive</source>
+        <translation>Choose a dive in the list to see its profile.</translation>
+    </message>
+    <message id="profile_no_samples">
+        <source>profile_no_samples</source>
+        <translation>This dive has no depth samples to draw.</translation>
+    </message>
+    <message id="profile_axis_time">
+        <source>profile_axis_time</source>
+        <translation>Time (min)</translation>
+    </message>
+    <message id="profile_axis_depth">
+        <source>profile_axis_depth</source>
+        <translation>Depth (m)</translation>
+    </message>
+    <message id="profile_axis_temperature">
+        <source>profile_axis_temperature</source>
+        <translation>Water (°C)</translation>
+    </message>
+    <message id="profile_readout">
+        <source>profile_readout</source>
+        <translation>Time %1   Depth %2   Water %3</translation>
+    </message>
+    <message id="profile_clip">
+        <source>profile_clip</source>
+        <translation>Voice clip %1 into the dive</translation>
+    </message>
+    <message id="player_play">
+        <source>player_play</source>
+        <translation>Play</translation>
+    </message>
+    <message id="player_stop">
+        <source>player_stop</source>
+        <translation>Stop</translation>
+    </message>
+    <message id="player_no_output">
+        <source>player_no_output</source>
+        <translation>There is no sound output to play clips on</translation>
+    </message>
+    <message id="player_output_lost">
+        <source>player_output_lost</source>
+        <translation>The sound output stopped</translation>
+    </message>
+    <message id="player_cannot_read">
+        <source>player_cannot_read</source>
+        <translation>The clip cannot be read: %1</translation>
+    </message>
+    <message id="player_not_wave">
+        <source>player_not_wave</source>
+        <translation>The file is not a WAV sound clip</translation>
+    </message>
+    <message id="player_not_pcm16">
+        <source>player_not_pcm16</source>
+        <translation>The clip is not 16-bit PCM sound</translation>
+    </message>
+    <message id="list_separator">
+        <source>list_separator</source>
+        <translation>, </translation>
+    </message>
 </context>
 </TS>

@@ -220,5 +220,181 @@
         <source>job_cancelled</source>
         <translation>キャンセルしました。まだ保存していないものは、次回も新規として表示されます。</translation>
     </message>
+    <message id="dive_times_japan">
+        <source>dive_times_japan</source>
+        <translation>ダイブの時刻は日本時間です（本体付属のツールと同じ表示）。</translation>
+    </message>
+    <message id="clip_times_device">
+        <source>clip_times_device</source>
+        <translation>音声の時刻は本体の時計の時刻です。</translation>
+    </message>
+    <message id="flag_slow">
+        <source>flag_slow</source>
+        <translation>浮上速度超過</translation>
+    </message>
+    <message id="flag_deco">
+        <source>flag_deco</source>
+        <translation>減圧停止が必要</translation>
+    </message>
+    <message id="flag_deco_depth">
+        <source>flag_deco_depth</source>
+        <translation>減圧停止深度より浅い</translation>
+    </message>
+    <message id="flag_po2">
+        <source>flag_po2</source>
+        <translation>酸素分圧が高すぎる</translation>
+    </message>
+    <message id="flag_o2">
+        <source>flag_o2</source>
+        <translation>酸素被ばく量が多すぎる</translation>
+    </message>
+    <message id="flag_max_depth">
+        <source>flag_max_depth</source>
+        <translation>最大深度超過</translation>
+    </message>
+    <message id="flag_depth_alarm">
+        <source>flag_depth_alarm</source>
+        <translation>深度アラーム</translation>
+    </message>
+    <message id="flag_out_of_range">
+        <source>flag_out_of_range</source>
+        <translation>測定範囲外</translation>
+    </message>
+    <message id="flag_sensor_error">
+        <source>flag_sensor_error</source>
+        <translation>センサーエラー</translation>
+    </message>
+    <message id="flag_battery_low">
+        <source>flag_battery_low</source>
+        <translation>電池残量低下</translation>
+    </message>
+    <message id="flag_temperature_error">
+        <source>flag_temperature_error</source>
+        <translation>温度センサーエラー</translation>
+    </message>
+    <message id="flag_device_error">
+        <source>flag_device_error</source>
+        <translation>本体エラー</translation>
+    </message>
+    <message id="flag_other">
+        <source>flag_other</source>
+        <translation>その他 (コード %1)</translation>
+    </message>
+    <message id="flags_none">
+        <source>flags_none</source>
+        <translation>なし</translation>
+    </message>
+    <message id="summary_date">
+        <source>summary_date</source>
+        <translation>日付</translation>
+    </message>
+    <message id="summary_entry_exit">
+        <source>summary_entry_exit</source>
+        <translation>エントリー – エキジット</translation>
+    </message>
+    <message id="summary_dive_time">
+        <source>summary_dive_time</source>
+        <translation>潜水時間</translation>
+    </message>
+    <message id="summary_max_depth">
+        <source>summary_max_depth</source>
+        <translation>最大水深</translation>
+    </message>
+    <message id="summary_average_depth">
+        <source>summary_average_depth</source>
+        <translation>平均水深</translation>
+    </message>
+    <message id="summary_min_temperature">
+        <source>summary_min_temperature</source>
+        <translation>最低水温</translation>
+    </message>
+    <message id="summary_warnings">
+        <source>summary_warnings</source>
+        <translation>警告</translation>
+    </message>
+    <message id="summary_information">
+        <source>summary_information</source>
+        <translation>本体の状態</translation>
+    </message>
+    <message id="summary_cns">
+        <source>summary_cns</source>
+        <translation>CNS</translation>
+    </message>
+    <message id="summary_otu">
+        <source>summary_otu</source>
+        <translation>OTU</translation>
+    </message>
+    <message id="unit_minutes">
+        <source>unit_minutes</source>
+        <translation>%1 分</translation>
+    </message>
+    <message id="unit_metres">
+        <source>unit_metres</source>
+        <translation>%1 m</translation>
+    </message>
+    <message id="unit_celsius">
+        <source>unit_celsius</source>
+        <translation>%1 °C</translation>
+    </message>
+    <message id="profile_no_dive">
+        <source>profile_no_dive</source>
+        <translation>リストでダイブを選ぶと、そのプロファイルが表示されます。</translation>
+    </message>
+    <message id="profile_no_samples">
+        <source>profile_no_samples</source>
+        <translation>このダイブには描画できる深度の記録がありません。</translation>
+    </message>
+    <message id="profile_axis_time">
+        <source>profile_axis_time</source>
+        <translation>経過時間 (分)</translation>
+    </message>
+    <message id="profile_axis_depth">
+        <source>profile_axis_depth</source>
+        <translation>水深 (m)</translation>
+    </message>
+    <message id="profile_axis_temperature">
+        <source>profile_axis_temperature</source>
+        <translation>水温 (°C)</translation>
+    </message>
+    <message id="profile_readout">
+        <source>profile_readout</source>
+        <translation>経過 %1   水深 %2   水温 %3</translation>
+    </message>
+    <message id="profile_clip">
+        <source>profile_clip</source>
+        <translation>潜水開始から %1 の音声クリップ</translation>
+    </message>
+    <message id="player_play">
+        <source>player_play</source>
+        <translation>再生</translation>
+    </message>
+    <message id="player_stop">
+        <source>player_stop</source>
+        <translation>停止</translation>
+    </message>
+    <message id="player_no_output">
+        <source>player_no_output</source>
+        <translation>クリップを再生する音声出力がありません</translation>
+    </message>
+    <message id="player_output_lost">
+        <source>player_output_lost</source>
+        <translation>音声出力が止まりました</translation>
+    </message>
+    <message id="player_cannot_read">
+        <source>player_cannot_read</source>
+        <translation>クリップを読み込めません: %1</translation>
+    </message>
+    <message id="player_not_wave">
+        <source>player_not_wave</source>
+        <translation>このファイルはWAV形式の音声クリップではありません</translation>
+    </message>
+    <message id="player_not_pcm16">
+        <source>player_not_pcm16</source>
+        <translation>このクリップは16ビットPCM音声ではありません</translation>
+    </message>
+    <message id="list_separator">
+        <source>list_separator</source>
+        <translation>、</translation>
+    </message>
 </context>
 </TS>

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QColor>
+#include <QDateTime>
+#include <QList>
+#include <QWidget>
+#include <functional>
+#include <optional>
+
+#include "DiveProfile.h"
+
+// A dive's profile as a diver reads it: depth downwards from the surface with the water
+// filled in, the depth line coloured by ascent rate, water temperature on the right-hand
+// scale, warning markers that name their flags on hover, voice clips on the timeline that
+// can be clicked, and a crosshair that reads time, depth and temperature under the mouse.
+class DiveProfileView : public QWidget {
+ public:
+  explicit DiveProfileView(QWidget *parent = nullptr);
+
+  void setDive(std::optional<DiveRecord> dive);
+  // Recording times of the device's clips, on the device's clock; the ones made during
+  // the dive are marked, and their place in this list is what clipClicked reports.
+  void setClips(QList<QDateTime> clipTimes);
+  std::function<void(int clipIndex)> clipClicked;
+  // Where the dive is drawn at the view's present size.
+  const ProfileGeometry &profileGeometry() const { return geometry_; }
+
+  QSize sizeHint() const override;
+  QSize minimumSizeHint() const override;
+
+  // The colours the view paints with, for the window's legend and for tests.
+  static QColor BandColor(AscentBand band);
+  static QColor TemperatureColor();
+  static QColor MarkerColor();
+  static QColor ClipColor();
+
+ protected:
+  void paintEvent(QPaintEvent *event) override;
+  void resizeEvent(QResizeEvent *event) override;
+  void mouseMoveEvent(QMouseEvent *event) override;
+  void mousePressEvent(QMouseEvent *event) override;
+  void leaveEvent(QEvent *event) override;
+  bool event(QEvent *event) override;
+
+ private:
+  void relayOut();
+  bool hasProfile() const;
+  QRectF clipStrip() const;
+  std::optional<ClipMark> clipAt(QPointF point) const;
+  const WarningMarker *markerAt(QPointF point) const;
+  void paintAxes(QPainter &painter) const;
+  void paintProfile(QPainter &painter) const;
+  void paintClips(QPainter &painter) const;
+  void paintCrosshair(QPainter &painter) const;
+
+  std::optional<DiveRecord> dive_;
+  QList<QDateTime> clipTimes_;
+  ProfileGeometry geometry_;
+  QList<ClipMark> clips_;
+  std::optional<QPointF> mouse_;
+};
