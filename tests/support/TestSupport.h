@@ -39,6 +39,9 @@ ProgramRun RunProcess(const QString &program, const QStringList &arguments,
 // Runs this test program again as a child running only the named test, with HOME set
 // and MRVTQ5DK_CHILD in its environment (the test's cue to play the child's part).
 ProgramRun RunChild(const QString &test, const QString &home);
+// The status of a child whose process should have ended before its test's end: not 1,
+// which a failed test in the child also gives.
+constexpr int kChildWentOn = 70;
 inline bool IsChildRun() {
   return qEnvironmentVariableIsSet("MRVTQ5DK_CHILD");
 }
