@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Every benchmark, one after the other, figures on stdout. Installs and builds what they
 # need first. About 10 minutes; with --slow also the 960 B/s rows (a 9600-baud line,
-# over 36 minutes more).
+# over 36 minutes more) and plug-in to everything saved (about 31 minutes more).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/install-deps.sh
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo > /dev/null
-cmake --build build --parallel "$(nproc)" --target transfer_bench codec_bench plugin_bench > /dev/null
+cmake --build build --parallel "$(nproc)" --target transfer_bench codec_bench plugin_bench \
+  sync_bench > /dev/null
 
 bench=./build/bench
 echo "== clips and listings through the session ($(nproc) cores, $(uname -r))"
@@ -19,3 +20,7 @@ echo "== parsers and writers"
 "$bench/codec_bench"
 echo "== plug-in and idle cost of the window"
 "$bench/plugin_bench" --runs 5 --idle 60
+if [ "${1:-}" = --slow ]; then
+  echo "== plug-in to everything saved: save all new against item by item"
+  "$bench/sync_bench"
+fi

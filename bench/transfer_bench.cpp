@@ -6,8 +6,6 @@
 //   transfer_bench [--dives N] [--blocks N] [--listing-only] [RATE...]
 // default: 60 dives, a clip of 8 blocks (1044480 bytes), rates 11520 1000000 0
 // At 960 B/s (a 9600-baud line) the clip alone takes over 18 minutes: --listing-only skips it.
-#include <sys/resource.h>
-
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QJsonArray>
@@ -21,6 +19,7 @@
 
 #include "Localization.h"
 #include "LogTransfer.h"
+#include "ProcessCost.h"
 #include "RecordingWindow.h"
 #include "SystemLog.h"
 #include "VoiceTransfer.h"
@@ -58,19 +57,6 @@ QString WriteScenario(const QTemporaryDir &folder, const char *firmware, const S
   file.open(QIODevice::WriteOnly);
   file.write(QJsonDocument(scenario).toJson());
   return path;
-}
-
-double CpuSeconds() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
-         (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
-long PeakRssKilobytes() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_maxrss;
 }
 
 struct Figures {
