@@ -17,7 +17,6 @@ class IndexListModel : public QAbstractTableModel {
   const QStringList &rows() const { return rows_; }
   // The saved file of each row, in row order; none for a row not saved.
   void setSaved(const QList<std::optional<QString>> &savedPaths);
-  bool isSaved(int row) const { return savedPaths_.value(row).has_value(); }
   // Further columns of each row, in row order (the dives' depth and water temperature).
   void setDetails(const QList<QStringList> &details);
   // Which clock the rows' times are on, for the tooltip.
