@@ -14,6 +14,8 @@
 // scale, warning markers that name their flags on hover, voice clips on the timeline that
 // can be clicked, and a crosshair that reads time, depth and temperature under the mouse.
 class DiveProfileView : public QWidget {
+  Q_OBJECT
+
  public:
   explicit DiveProfileView(QWidget *parent = nullptr);
 
@@ -34,6 +36,10 @@ class DiveProfileView : public QWidget {
   static QColor MarkerColor();
   static QColor ClipColor();
 
+  // Whether a dive with samples is drawn, and how many clips are marked on its timeline.
+  bool hasProfile() const;
+  int clipMarks() const { return int(clips_.size()); }
+
  protected:
   void paintEvent(QPaintEvent *event) override;
   void resizeEvent(QResizeEvent *event) override;
@@ -44,7 +50,6 @@ class DiveProfileView : public QWidget {
 
  private:
   void relayOut();
-  bool hasProfile() const;
   QRectF clipStrip() const;
   std::optional<ClipMark> clipAt(QPointF point) const;
   const WarningMarker *markerAt(QPointF point) const;

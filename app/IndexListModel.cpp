@@ -2,13 +2,15 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QPalette>
 #include <QStyle>
 
 #include "Localization.h"
 
-void IndexListModel::setRows(const QStringList &rows) {
+void IndexListModel::setRows(const QStringList &rows, bool offDevice) {
   beginResetModel();
   rows_ = rows;
+  offDevice_ = offDevice;
   savedPaths_.clear();
   details_.clear();
   detailColumns_ = 0;
@@ -41,10 +43,15 @@ QVariant IndexListModel::data(const QModelIndex &index, int role) const {
       return detail ? details_.value(index.row()).value(index.column() - 1) : rows_[index.row()];
     case Qt::TextAlignmentRole:
       return detail ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
+    case Qt::ForegroundRole:
+      return offDevice_
+                 ? QVariant(QApplication::palette().brush(QPalette::Disabled, QPalette::Text))
+                 : QVariant();
     case Qt::DecorationRole:
       return saved && !detail ? QVariant(savedMark_) : QVariant();
     case Qt::ToolTipRole: {
       QStringList lines;
+      if (offDevice_) lines << Localized("row_not_on_device");
       if (index.row() < savedPaths_.size()) {  // else the library was not asked yet
         lines << (saved ? Localized("row_saved_as").arg(QFileInfo(*saved).fileName())
                         : Localized("row_not_saved"));

@@ -12,8 +12,9 @@ class IndexListModel : public QAbstractTableModel {
  public:
   using QAbstractTableModel::QAbstractTableModel;
 
-  // New rows; none is marked until the library is asked.
-  void setRows(const QStringList &rows);
+  // New rows; none is marked until the library is asked. Rows off the device (the
+  // library's, with no device plugged in) are greyed and say so.
+  void setRows(const QStringList &rows, bool offDevice = false);
   const QStringList &rows() const { return rows_; }
   // The saved file of each row, in row order; none for a row not saved.
   void setSaved(const QList<std::optional<QString>> &savedPaths);
@@ -39,6 +40,7 @@ class IndexListModel : public QAbstractTableModel {
   QList<std::optional<QString>> savedPaths_;
   QList<QStringList> details_;
   int detailColumns_ = 0;
+  bool offDevice_ = false;
   QString clockNote_;
   QIcon savedMark_;
 };

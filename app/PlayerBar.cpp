@@ -22,6 +22,7 @@ PlayerBar::PlayerBar(QWidget *parent)
   button_->setObjectName("playButton");
   slider_->setObjectName("playPosition");
   time_->setObjectName("playTime");
+  title_->setObjectName("playTitle");
   auto *row = new QHBoxLayout(this);
   row->setContentsMargins(0, 0, 0, 0);
   row->addWidget(button_);

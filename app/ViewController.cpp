@@ -1,6 +1,7 @@
 #include "ViewController.h"
 
 #include <QCloseEvent>
+#include <QComboBox>
 #include <QDir>
 #include <QHeaderView>
 #include <QMessageBox>
@@ -21,6 +22,13 @@
 namespace {
 
 constexpr int kSearchRanges = 6;
+
+// A dive's deepest point and water temperature, as the dive list's further columns.
+QStringList DiveDetails(const QByteArray &page) {
+  const DiveRecord dive = DecodeDive(&page);
+  return {QStringLiteral("%1 m").arg(dive.maxDepthWord / 100.0, 0, 'f', 1),
+          QStringLiteral("%1 °C").arg(DeviceTemperature(dive.temperatureWord), 0, 'f', 1)};
+}
 
 }  // namespace
 
@@ -72,6 +80,19 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
   for (IndexTable *t : {&voiceTable_, &logTable_}) t->view->setMinimumHeight(120);
   summaryView_->setMinimumWidth(300);
   ui_->layout_voice->insertWidget(ui_->layout_voice->indexOf(ui_->layout_voice_button), playerBar_);
+  deviceChooserLabel_ = new QLabel(this);
+  deviceChooser_ = new QComboBox(this);
+  deviceChooser_->setObjectName(QStringLiteral("comboBox_library_device"));
+  ui_->layout_search->insertWidget(ui_->layout_search->indexOf(ui_->button_save_all_new),
+                                   deviceChooserLabel_);
+  ui_->layout_search->insertWidget(ui_->layout_search->indexOf(ui_->button_save_all_new),
+                                   deviceChooser_);
+  deviceChooserLabel_->hide();
+  deviceChooser_->hide();
+  connect(deviceChooser_, &QComboBox::activated, this, [this](int index) {
+    const QList<DeviceKey> devices = library_.devices();
+    if (index >= 0 && index < devices.size()) showShelf(devices[index]);
+  });
   profileView_->clipClicked = [this](int mark) { playClip(diveClipEntries_.value(mark)); };
   ui_->pictureBox_set_corvamund2->setPixmap(DevicePicture(180));
   logTable_.model->setClockNote(Localized("dive_times_japan"));
@@ -107,6 +128,7 @@ void ViewController::viewDidLoad() {
   ui_->button_download_log->setText(Localized("button_download_log"));
   ui_->button_save_all_new->setText(Localized("button_save_all_new"));
   ui_->button_save_all_new->hide();
+  deviceChooserLabel_->setText(Localized("library_device"));
   ui_->label_voice_counts->clear();
   ui_->label_log_counts->clear();
 
@@ -180,6 +202,10 @@ void ViewController::viewDidAppear() {
   if (!library_.notice().isEmpty()) {
     ui_->label_status->setText(library_.notice());
     messageBox(library_.notice());
+  }
+  if (session_.state().g_serial_port_status == DISCONNECTED) {
+    shelfLooked_ = true;
+    showShelf();
   }
 }
 
@@ -288,6 +314,7 @@ void ViewController::showCaption(IndexTable &t) {
 }
 
 void ViewController::enableIndexTable(IndexList list, bool enable) {
+  if (shelf_) return;  // the session speaks of the device's lists, not the library's
   IndexTable &t = table(list);
   if (enable && t.container->isHidden()) {
     t.container->show();
@@ -340,6 +367,7 @@ void ViewController::EnableButtonDownloadLog(bool enable) {
 void ViewController::reloadList(IndexList list, const QStringList &rows) {
   onMainThread([this, list, rows] {
     // A reload keeps the selection, as long as the row is still there.
+    if (shelf_) putShelfAway();
     IndexTable &t = table(list);
     const int row = selectedRow(list);
     QSignalBlocker quiet(t.view->selectionModel());
@@ -387,15 +415,23 @@ void ViewController::tableViewSelectionDidChange(IndexList list) {
 void ViewController::showSelectedDive() {
   const IndexLists &lists = session_.context().lists;
   const int row = selectedRow(IndexList::Log);
-  const std::optional<QByteArray> page =
-      row < 0 ? std::nullopt : logs_.listedPage(lists.items_log_index_number.value(row, -1));
+  std::optional<QByteArray> page;
+  if (shelf_ && row >= 0 && row < shelf_->pages.size()) {
+    page = shelf_->pages[row];
+  } else if (!shelf_ && row >= 0) {
+    page = logs_.listedPage(lists.items_log_index_number.value(row, -1));
+  }
   std::optional<DiveRecord> dive;
   if (page) dive = DecodeDive(&*page);
   // Every clip the device holds, listed or not: a short one may still be on the dive.
   const QStringList entries = voice_.index().g_voice_index.value_or(QStringList());
   QList<QDateTime> times;
   diveClipEntries_.clear();
-  for (qsizetype i = 1; i + 1 < entries.size(); ++i) {
+  if (shelf_) {
+    times = shelf_->clipTimes;
+    for (int i = 0; i < times.size(); ++i) diveClipEntries_.append(i);
+  }
+  for (qsizetype i = 1; !shelf_ && i + 1 < entries.size(); ++i) {
     if (entries[i].size() < kVoiceEntryLength) continue;
     times.append(VoiceRecordingTime(entries[i]));
     diveClipEntries_.append(int32_t(i));
@@ -408,7 +444,11 @@ void ViewController::showSelectedDive() {
 void ViewController::showSelectedClip() {
   const IndexLists &lists = session_.context().lists;
   const int row = selectedRow(IndexList::Voice);
-  if (row < 0 || row >= lists.items_voice_index_number.size()) {
+  if (shelf_ && row >= 0 && row < shelf_->clipFiles.size()) {
+    playerBar_->setClip(shelf_->clipFiles[row], shelf_->clipRows[row]);
+    return;
+  }
+  if (shelf_ || row < 0 || row >= lists.items_voice_index_number.size()) {
     playerBar_->setClip(std::nullopt, QString());
     return;
   }
@@ -421,6 +461,12 @@ std::optional<QString> ViewController::savedClip(int32_t entry) {
 }
 
 void ViewController::playClip(int32_t entry) {
+  if (shelf_) {
+    if (entry < 0 || entry >= shelf_->clipFiles.size()) return;
+    playerBar_->setClip(shelf_->clipFiles[entry], shelf_->clipRows[entry]);
+    playerBar_->player().play(shelf_->clipFiles[entry]);
+    return;
+  }
   const DeviceLibrary::Item clip = deviceLibrary_.item(ItemKind::Clip, entry);
   // True when the clip's file is there to play.
   const auto play = [this, entry, name = clip.name] {
@@ -544,10 +590,7 @@ QList<QStringList> ViewController::diveDetails(qsizetype rows) {
       details.append(QStringList());
       continue;
     }
-    const DiveRecord dive = DecodeDive(&*page);
-    details.append(
-        {QStringLiteral("%1 m").arg(dive.maxDepthWord / 100.0, 0, 'f', 1),
-         QStringLiteral("%1 °C").arg(DeviceTemperature(dive.temperatureWord), 0, 'f', 1)});
+    details.append(DiveDetails(*page));
   }
   return details;
 }
@@ -581,8 +624,16 @@ void ViewController::showPhase() {
   const int32_t status = state.g_serial_port_status;
   QString text;
   if (!session_.context().channel.isOpen() || status == DISCONNECTED) {
+    // Once the device has gone, its lists give way to what the library kept of it.
+    if (!shelfLooked_ && !jobPanel_->running()) {
+      shelfLooked_ = true;
+      showShelf();
+    }
     return;
-  } else if (status < CONNECTED_IDLE) {
+  }
+  shelfLooked_ = false;
+  if (shelf_) putShelfAway();
+  if (status < CONNECTED_IDLE) {
     text = Localized("status_connecting");
   } else if (state.g_read_index_sequence == 1) {
     const int32_t count = state.g_log_history_count;
@@ -594,6 +645,61 @@ void ViewController::showPhase() {
     return;  // the operations say how they ended
   }
   if (ui_->label_status->text() != text) ui_->label_status->setText(text);
+}
+
+void ViewController::showShelf(const std::optional<DeviceKey> &device) {
+  const QList<DeviceKey> devices = library_.devices();
+  if (devices.isEmpty()) return;
+  shelf_ = ReadShelf(library_, device.value_or(devices.first()));
+  deviceChooser_->clear();
+  for (const DeviceKey &key : devices) deviceChooser_->addItem(ShelfDeviceName(key));
+  deviceChooser_->setCurrentIndex(int(devices.indexOf(shelf_->device)));
+  deviceChooserLabel_->setVisible(devices.size() > 1);
+  deviceChooser_->setVisible(devices.size() > 1);
+  const auto fill = [this](IndexList list, const QStringList &rows,
+                           const QList<std::optional<QString>> &files) {
+    IndexTable &t = table(list);
+    QSignalBlocker quiet(t.view->selectionModel());
+    t.model->setRows(rows, true);
+    t.model->setSaved(files);
+    t.container->show();
+    t.caption->show();
+    t.caption->setText(QString());
+    t.view->setEnabled(!rows.isEmpty());
+  };
+  QList<std::optional<QString>> clipFiles;
+  for (const QString &file : shelf_->clipFiles) clipFiles.append(file);
+  fill(IndexList::Voice, shelf_->clipRows, clipFiles);
+  fill(IndexList::Log, shelf_->diveRows, shelf_->diveFiles);
+  QList<QStringList> details;
+  for (const QByteArray &page : shelf_->pages) details.append(DiveDetails(page));
+  logTable_.model->setDetails(details);
+  logTable_.view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+  ui_->label_recorded_voice->show();
+  ui_->label_dive_log->show();
+  ui_->label_voice_counts->setText(Localized("shelf_counts").arg(shelf_->clipRows.size()));
+  ui_->label_log_counts->setText(Localized("shelf_counts").arg(shelf_->diveRows.size()));
+  ui_->label_status->setText(
+      Localized("status_browsing_library").arg(ShelfDeviceName(shelf_->device)));
+  showSelectedDive();
+  showSelectedClip();
+}
+
+void ViewController::putShelfAway() {
+  shelf_.reset();
+  deviceChooserLabel_->hide();
+  deviceChooser_->hide();
+  for (IndexTable *t : {&voiceTable_, &logTable_}) {
+    QSignalBlocker quiet(t->view->selectionModel());
+    t->model->setRows({});
+    t->caption->setText(QString());
+    t->view->setEnabled(false);
+  }
+  ui_->label_voice_counts->clear();
+  ui_->label_log_counts->clear();
+  ui_->label_status->clear();
+  showSelectedDive();
+  playerBar_->setClip(std::nullopt, QString());
 }
 
 void ViewController::updateSaveAllButton() {

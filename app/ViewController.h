@@ -9,6 +9,7 @@
 #include "DeviceLibrary.h"
 #include "IndexListModel.h"
 #include "Library.h"
+#include "LibraryShelf.h"
 #include "LogTransfer.h"
 #include "SaveAllNew.h"
 #include "SaveJobPanel.h"
@@ -22,6 +23,7 @@ class ViewController;
 class DiveProfileView;
 class DiveSummaryView;
 class PlayerBar;
+class QComboBox;
 class QLabel;
 class QTableView;
 
@@ -129,6 +131,11 @@ class ViewController : public QWidget, public WindowOperations {
   std::optional<QString> savedClip(int32_t entry);
   // The dive list's further columns: each listed dive's deepest point and water temperature.
   QList<QStringList> diveDetails(qsizetype rows);
+  // With no device plugged in, the lists show what the library holds of a device: the
+  // one chosen, else the one seen last. A device chooser shows when there are several.
+  void showShelf(const std::optional<DeviceKey> &device = std::nullopt);
+  // A device is connecting: its own lists take the tables back.
+  void putShelfAway();
 
   std::unique_ptr<Ui::ViewController> ui_;
   IndexTable voiceTable_, logTable_;
@@ -148,5 +155,9 @@ class ViewController : public QWidget, public WindowOperations {
   DiveProfileView *profileView_ = nullptr;
   DiveSummaryView *summaryView_ = nullptr;
   PlayerBar *playerBar_ = nullptr;
-  QList<int32_t> diveClipEntries_;  // the clips the profile marks, by index entry
+  QList<int32_t> diveClipEntries_;     // the clips the profile marks, by index entry (or shelf row)
+  std::optional<LibraryShelf> shelf_;  // while the lists show the library; main thread
+  bool shelfLooked_ = false;           // the library was asked since the device went
+  QLabel *deviceChooserLabel_ = nullptr;
+  QComboBox *deviceChooser_ = nullptr;
 };

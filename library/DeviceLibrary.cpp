@@ -50,8 +50,12 @@ QString DeviceLibrary::ClipKey(const QString &entry) {
 QString DeviceLibrary::diveKey(int32_t number) const {
   const std::optional<QByteArray> page = logs_.listedPage(number);
   if (!page) return QString::number(number);  // never the case for a listed dive
+  return DiveKey(number, *page);
+}
+
+QString DeviceLibrary::DiveKey(int32_t number, const QByteArray &page) {
   return QStringLiteral("%1 %2").arg(number).arg(
-      DecodeDive(&*page).entry.toString(QStringLiteral("yyyyMMddHHmmss")));
+      DecodeDive(&page).entry.toString(QStringLiteral("yyyyMMddHHmmss")));
 }
 
 QList<DeviceLibrary::Item> DeviceLibrary::listed() {

@@ -47,6 +47,8 @@ class DeviceLibrary {
   // A dive's library key: its history number and its start time, so that a device whose
   // numbering starts again (its memory cleared) does not pass new dives off as saved.
   QString diveKey(int32_t number) const;
+  // The same for a dive whose page is at hand.
+  static QString DiveKey(int32_t number, const QByteArray &page);
 
  private:
   void record(const Item &item, const Outcome &outcome);

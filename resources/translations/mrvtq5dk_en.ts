@@ -396,5 +396,21 @@
         <source>list_separator</source>
         <translation>, </translation>
     </message>
+    <message id="library_device">
+        <source>library_device</source>
+        <translation>Saved from</translation>
+    </message>
+    <message id="row_not_on_device">
+        <source>row_not_on_device</source>
+        <translation>Not on the device: kept in the library</translation>
+    </message>
+    <message id="shelf_counts">
+        <source>shelf_counts</source>
+        <translation>%1 in the library</translation>
+    </message>
+    <message id="status_browsing_library">
+        <source>status_browsing_library</source>
+        <translation>No device plugged in: showing what was saved from %1.</translation>
+    </message>
 </context>
 </TS>

@@ -396,5 +396,21 @@
         <source>list_separator</source>
         <translation>、</translation>
     </message>
+    <message id="library_device">
+        <source>library_device</source>
+        <translation>保存元</translation>
+    </message>
+    <message id="row_not_on_device">
+        <source>row_not_on_device</source>
+        <translation>デバイスにはありません（ライブラリに保存済み）</translation>
+    </message>
+    <message id="shelf_counts">
+        <source>shelf_counts</source>
+        <translation>ライブラリに %1 件</translation>
+    </message>
+    <message id="status_browsing_library">
+        <source>status_browsing_library</source>
+        <translation>デバイスが接続されていません。%1 から保存した内容を表示しています。</translation>
+    </message>
 </context>
 </TS>

@@ -1,0 +1,46 @@
+#include "LibraryShelf.h"
+
+#include <QFileInfo>
+
+#include "DeviceLibrary.h"
+#include "LogIndex.h"
+
+namespace {
+
+// The clips are 16-bit mono PCM at 8000 Hz behind a 44-byte header.
+constexpr qint64 kWaveHeaderBytes = 44;
+constexpr double kWaveBytesPerSecond = 8000 * 2;
+
+// Whole minutes as the device's list counts them: a part minute of more than six seconds
+// counts as one.
+int ClipMinutes(const QString &wavePath) {
+  const qint64 bytes = std::max<qint64>(0, QFileInfo(wavePath).size() - kWaveHeaderBytes);
+  return static_cast<int>(static_cast<double>(bytes) / kWaveBytesPerSecond / 60.0 + 0.9);
+}
+
+}  // namespace
+
+LibraryShelf ReadShelf(const Library &library, const DeviceKey &device) {
+  LibraryShelf shelf;
+  shelf.device = device;
+  for (const StoredDive &dive : library.dives(device)) {
+    shelf.diveRows.append(DiveLogRowText(dive.page));
+    shelf.pages.append(dive.page);
+    shelf.diveFiles.append(
+        library.savedFile(device, ItemKind::Dive, DeviceLibrary::DiveKey(dive.number, dive.page)));
+  }
+  for (const StoredClip &clip : library.clips(device)) {
+    const std::optional<QString> file = library.savedFile(device, ItemKind::Clip, clip.key);
+    if (!file) continue;  // nothing to play
+    shelf.clipRows.append(QStringLiteral("%1 %2min")
+                              .arg(clip.start.toString(QStringLiteral("yyyy/MM/dd HH:mm")))
+                              .arg(ClipMinutes(*file)));
+    shelf.clipFiles.append(*file);
+    shelf.clipTimes.append(clip.start);
+  }
+  return shelf;
+}
+
+QString ShelfDeviceName(const DeviceKey &device) {
+  return QStringLiteral("%1 SN.%2").arg(device.model, device.serial);
+}

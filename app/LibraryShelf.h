@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QList>
+#include <QStringList>
+#include <optional>
+
+#include "Library.h"
+
+// What the library holds of one device, row by row as the window's lists show it when no
+// device is plugged in: every dive whose page was read, and every clip whose WAV is still
+// there to play. Rows are newest first, as the library gives them.
+struct LibraryShelf {
+  DeviceKey device;
+  QStringList diveRows;  // as the device's list shows them: date, entry time, minutes
+  QList<QByteArray> pages;
+  QList<std::optional<QString>> diveFiles;  // the saved CSV, while it is there unchanged
+  QStringList clipRows;                     // recording time and minutes, from the WAV's length
+  QStringList clipFiles;
+  QList<QDateTime> clipTimes;  // on the device's clock
+};
+
+LibraryShelf ReadShelf(const Library &library, const DeviceKey &device);
+
+// How the device chooser names a device: "QM482 SN.28417305".
+QString ShelfDeviceName(const DeviceKey &device);
