@@ -148,13 +148,10 @@ ProfileGeometry LayOutProfile(const DiveRecord &dive, const QRectF &plot) {
 QList<ClipMark> PlaceClips(const DiveRecord &dive, const ProfileGeometry &geometry,
                            const QList<QDateTime> &clipTimes) {
   QList<ClipMark> marks;
-  if (!dive.entry.isValid()) return marks;
-  const QDateTime exit =
-      dive.exit.isValid() ? dive.exit : dive.entry.addSecs(dive.diveTimeSeconds());
   for (int i = 0; i < clipTimes.size(); ++i) {
-    const QDateTime &time = clipTimes[i];
-    if (!time.isValid() || time < dive.entry || time > exit) continue;
-    marks << ClipMark{i, geometry.xAtSeconds(static_cast<double>(dive.entry.secsTo(time)))};
+    if (const auto seconds = SecondsIntoDive(dive, clipTimes[i])) {
+      marks << ClipMark{i, geometry.xAtSeconds(static_cast<double>(*seconds))};
+    }
   }
   return marks;
 }
@@ -170,8 +167,4 @@ std::optional<ProfileReadout> ReadProfileAt(const DiveRecord &dive, const Profil
   const int k = static_cast<int>(nearest - line.begin());
   const DiveSample &s = dive.samples[k];
   return ProfileReadout{k, s.seconds, s.depthMetres(), s.temperatureCelsius(), *nearest};
-}
-
-QString ElapsedText(int seconds) {
-  return QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar(u'0'));
 }

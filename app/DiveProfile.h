@@ -71,10 +71,7 @@ struct ClipMark {
   double x = 0;
 };
 
-// The clips recorded between the dive's entry and exit (both included), placed on the
-// time scale. Clip times and the dive's times are both on the device's clock (UTC) and
-// are compared as instants; clips outside the dive, or any clip of a dive without a valid
-// entry, give no mark.
+// The clips recorded during the dive (SecondsIntoDive), placed on the time scale.
 QList<ClipMark> PlaceClips(const DiveRecord &dive, const ProfileGeometry &geometry,
                            const QList<QDateTime> &clipTimes);
 
@@ -88,6 +85,3 @@ struct ProfileReadout {
 };
 std::optional<ProfileReadout> ReadProfileAt(const DiveRecord &dive, const ProfileGeometry &geometry,
                                             double x);
-
-// Elapsed dive time as "m:ss" (minutes may exceed 59).
-QString ElapsedText(int seconds);

@@ -2,71 +2,16 @@
 
 #include <QFormLayout>
 #include <QLabel>
-#include <algorithm>
-#include <array>
 
 #include "Localization.h"
 
 namespace {
-
-struct FlagWord {
-  int32_t mask;
-  const char *key;
-};
-
-constexpr std::array<FlagWord, 7> kDiveWarningWords = {{{0x01, "flag_slow"},
-                                                        {0x02, "flag_deco"},
-                                                        {0x04, "flag_deco_depth"},
-                                                        {0x08, "flag_po2"},
-                                                        {0x10, "flag_o2"},
-                                                        {0x20, "flag_max_depth"},
-                                                        {0x80, "flag_out_of_range"}}};
-constexpr std::array<FlagWord, 7> kSampleWarningWords = {{{0x01, "flag_slow"},
-                                                          {0x02, "flag_deco"},
-                                                          {0x04, "flag_deco_depth"},
-                                                          {0x08, "flag_po2"},
-                                                          {0x10, "flag_o2"},
-                                                          {0x20, "flag_depth_alarm"},
-                                                          {0x80, "flag_out_of_range"}}};
-constexpr std::array<FlagWord, 4> kInformationWords = {{{0x04, "flag_sensor_error"},
-                                                        {0x08, "flag_battery_low"},
-                                                        {0x10, "flag_temperature_error"},
-                                                        {0x20, "flag_device_error"}}};
-
-template <size_t N>
-QStringList Words(const std::array<FlagWord, N> &table, int32_t flags) {
-  QStringList words;
-  int32_t named = 0;
-  for (const FlagWord &flag : table) {
-    named |= flag.mask;
-    if (flags & flag.mask) words << Localized(flag.key);
-  }
-  const int32_t other = flags & ~named;
-  for (int32_t bit = 1; bit <= other; bit <<= 1) {
-    if (other & bit) {
-      words << Localized("flag_other").arg(QStringLiteral("0x%1").arg(bit, 2, 16, QChar(u'0')));
-    }
-  }
-  return words;
-}
 
 QString WordsOrNone(const QStringList &words) {
   return words.isEmpty() ? Localized("flags_none") : words.join(Localized("list_separator"));
 }
 
 }  // namespace
-
-QStringList DiveWarningWords(int32_t flags) {
-  return Words(kDiveWarningWords, flags);
-}
-
-QStringList SampleWarningWords(int32_t flags) {
-  return Words(kSampleWarningWords, flags);
-}
-
-QStringList InformationWords(int32_t flags) {
-  return Words(kInformationWords, flags);
-}
 
 QList<DiveSummaryLine> SummarizeDive(const DiveRecord &dive) {
   // The dive list's styles; a date the device could not have meant shows as zeros there too.
@@ -76,11 +21,7 @@ QList<DiveSummaryLine> SummarizeDive(const DiveRecord &dive) {
   const auto clock = [](const QDateTime &time) {
     return time.isValid() ? time.toString(QStringLiteral("HH:mm")) : QStringLiteral("00:00");
   };
-  float lowest = dive.temperatureCelsius();
-  if (!dive.samples.isEmpty()) {
-    lowest =
-        std::ranges::min(dive.samples, {}, &DiveSample::temperatureCelsius).temperatureCelsius();
-  }
+  const float lowest = dive.lowestTemperatureCelsius();
   const auto metres = [](double value) { return Localized("unit_metres").arg(value, 0, 'f', 1); };
   return {
       {Localized("summary_date"), date},

@@ -5,16 +5,10 @@
 #include <QWidget>
 #include <optional>
 
+#include "DiveFlags.h"
 #include "DiveRecord.h"
 
 class QFormLayout;
-
-// The flags of a dive in the reader's language. The summary and the samples name their
-// bits differently: 0x20 is a maximum-depth warning in the summary, a depth alarm in a
-// sample. A bit without a name reads "Other (code 0x40)".
-QStringList DiveWarningWords(int32_t flags);
-QStringList SampleWarningWords(int32_t flags);
-QStringList InformationWords(int32_t flags);
 
 // One line of the summary: what it is and its value, both as shown.
 struct DiveSummaryLine {

@@ -4,35 +4,10 @@
 #include <array>
 #include <cerrno>
 
+#include "DiveFlags.h"
 #include "SystemLog.h"
 
 namespace {
-
-struct FlagText {
-  int mask;
-  const char *text;
-};
-
-// The summary and the samples name their bits differently (0x20 is a maximum-depth
-// warning in the summary but a depth alarm in a sample); the tables stay apart.
-constexpr std::array<FlagText, 7> kSummaryWarningTexts = {{{0x01, "SLOW,"},
-                                                           {0x02, "DECO,"},
-                                                           {0x04, "DECO_DEPTH,"},
-                                                           {0x08, "PO2,"},
-                                                           {0x10, "O2,"},
-                                                           {0x20, "MAX_DEPTH,"},
-                                                           {0x80, "OUT_OF_RANGE,"}}};
-constexpr std::array<FlagText, 4> kInformationTexts = {{{0x04, "SENSOR_ERROR,"},
-                                                        {0x08, "BATTERY_LOW,"},
-                                                        {0x10, "TEMPERATURE_ERROR,"},
-                                                        {0x20, "DEVICE_ERROR,"}}};
-constexpr std::array<FlagText, 7> kSampleWarningTexts = {{{0x01, "SLOW,"},
-                                                          {0x02, "DECO,"},
-                                                          {0x04, "DEPTH,"},
-                                                          {0x08, "PO2,"},
-                                                          {0x10, "O2,"},
-                                                          {0x20, "DALM,"},
-                                                          {0x80, "OUT,"}}};
 
 // Writes each piece as it comes, so that a device that fills up stops the text at the
 // piece that did not fit. After a refused write nothing more is written.
@@ -55,10 +30,11 @@ class PieceWriter {
   void operator()(const char *format, auto first, auto... rest) {
     (*this)(QString::asprintf(format, first, rest...).toUtf8());
   }
+  // The device's words of the bits set, each followed by a comma.
   template <size_t N>
-  void flags(const std::array<FlagText, N> &table, int bits) {
-    for (const FlagText &flag : table) {
-      if (bits & flag.mask) (*this)(QByteArray(flag.text));
+  void flags(const std::array<DiveFlag, N> &table, int bits) {
+    for (const DiveFlag &flag : table) {
+      if (bits & flag.mask) (*this)(QByteArray(flag.deviceWord) + ',');
     }
   }
 
@@ -75,10 +51,10 @@ void WriteSummary(PieceWriter &write, const DiveRecord &dive) {
   write("day_count,%d\n", dive.dayCount);
   write("cns,%d\n", dive.cns);
   write("warning,");
-  write.flags(kSummaryWarningTexts, dive.warningFlags);
+  write.flags(kDiveWarningFlags, dive.warningFlags);
   write("\n");
   write("infomation,");
-  write.flags(kInformationTexts, dive.informationFlags);
+  write.flags(kInformationFlags, dive.informationFlags);
   write("\n");
   write("safe facter,%d\n", dive.safetyFactor);
   write("pressure on entry,%.2f,hPa\n", double(dive.entryPressureHectopascals()));
@@ -99,7 +75,7 @@ void WriteSample(PieceWriter &write, const DiveSample &sample) {
   write("%d,%.2f,%.1f,%d,%d,%d,%d,", sample.seconds, sample.depthMetres(),
         double(sample.temperatureCelsius()), sample.gasPressure, sample.nitrogenLevel(),
         sample.oxygenLevel(), sample.oxygenPercent);
-  write.flags(kSampleWarningTexts, sample.warningFlags);
+  write.flags(kSampleWarningFlags, sample.warningFlags);
   write("\n");
 }
 

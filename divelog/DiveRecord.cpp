@@ -1,5 +1,7 @@
 #include "DiveRecord.h"
 
+#include <algorithm>
+
 #include "FieldDecoders.h"
 
 namespace {
@@ -55,6 +57,23 @@ QDateTime DiveRecord::entryJapanTime() const {
 
 QDateTime DiveRecord::exitJapanTime() const {
   return InJapanTime(exit);
+}
+
+float DiveRecord::lowestTemperatureCelsius() const {
+  if (samples.isEmpty()) return temperatureCelsius();
+  return std::ranges::min(samples, {}, &DiveSample::temperatureCelsius).temperatureCelsius();
+}
+
+std::optional<int64_t> SecondsIntoDive(const DiveRecord &dive, const QDateTime &moment) {
+  if (!dive.entry.isValid() || !moment.isValid()) return std::nullopt;
+  const QDateTime exit =
+      dive.exit.isValid() ? dive.exit : dive.entry.addSecs(dive.diveTimeSeconds());
+  if (moment < dive.entry || moment > exit) return std::nullopt;
+  return dive.entry.secsTo(moment);
+}
+
+QString ElapsedText(int64_t seconds) {
+  return QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar(u'0'));
 }
 
 DiveRecord DecodeDive(const QByteArray *page) {

@@ -3,8 +3,10 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QList>
+#include <QString>
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "DiveLogPage.h"
@@ -68,6 +70,8 @@ struct DiveRecord {
   double maxDepthMetres() const { return maxDepthWord / 100.0; }
   double averageDepthMetres() const { return averageDepthWord / 100.0; }
   float temperatureCelsius() const { return DeviceTemperature(temperatureWord); }
+  // The coldest water of the samples, or the summary's temperature when there are none.
+  float lowestTemperatureCelsius() const;
   // Worked in single precision, as the device's own tools do: 198 gives 1013.76.
   float entryPressureHectopascals() const { return static_cast<float>(entryPressureByte) * 5.12f; }
 };
@@ -75,3 +79,13 @@ struct DiveRecord {
 // The dive held by a 4096-byte page. A missing page (nullptr) reads as zeros, each field
 // logging it.
 DiveRecord DecodeDive(const QByteArray *page);
+
+// How far into the dive a moment on the device's clock falls: its seconds from the entry
+// when it lies between the entry and the exit (both included), compared as instants. None
+// for a moment outside the dive, an invalid moment, or a dive without a valid entry; a dive
+// without a valid exit ends its dive time after the entry. Voice clips are placed on a
+// dive by this rule wherever they are shown or exported.
+std::optional<int64_t> SecondsIntoDive(const DiveRecord &dive, const QDateTime &moment);
+
+// Elapsed dive time as "m:ss" (minutes may exceed 59).
+QString ElapsedText(int64_t seconds);

@@ -10,6 +10,7 @@ packages=(
   libudev-dev
   libgtest-dev libgmock-dev umockdev libumockdev-dev libbenchmark-dev
   sox python3 fonts-noto-cjk locales
+  libxml2-utils
 )
 
 missing=()

@@ -412,5 +412,33 @@
         <source>status_browsing_library</source>
         <translation>No device plugged in: showing what was saved from %1.</translation>
     </message>
+    <message id="uddf_note_warnings">
+        <source>uddf_note_warnings</source>
+        <translation>Warnings: %1</translation>
+    </message>
+    <message id="uddf_note_information">
+        <source>uddf_note_information</source>
+        <translation>Device status: %1</translation>
+    </message>
+    <message id="uddf_note_sample_warning">
+        <source>uddf_note_sample_warning</source>
+        <translation>%1 at %2 into the dive</translation>
+    </message>
+    <message id="export_written">
+        <source>export_written</source>
+        <translation>%1 dive(s) and %2 voice clip(s) written to %3.</translation>
+    </message>
+    <message id="export_no_dives">
+        <source>export_no_dives</source>
+        <translation>The library holds no dives to export; %1 was written with none.</translation>
+    </message>
+    <message id="export_dives_without_date">
+        <source>export_dives_without_date</source>
+        <translation>%1 dive(s) without a valid date were left out.</translation>
+    </message>
+    <message id="export_unknown_device">
+        <source>export_unknown_device</source>
+        <translation>The library holds no device with serial number %1.</translation>
+    </message>
 </context>
 </TS>

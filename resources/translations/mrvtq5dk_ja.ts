@@ -412,5 +412,33 @@
         <source>status_browsing_library</source>
         <translation>デバイスが接続されていません。%1 から保存した内容を表示しています。</translation>
     </message>
+    <message id="uddf_note_warnings">
+        <source>uddf_note_warnings</source>
+        <translation>警告: %1</translation>
+    </message>
+    <message id="uddf_note_information">
+        <source>uddf_note_information</source>
+        <translation>本体の状態: %1</translation>
+    </message>
+    <message id="uddf_note_sample_warning">
+        <source>uddf_note_sample_warning</source>
+        <translation>潜水開始から %2 に%1</translation>
+    </message>
+    <message id="export_written">
+        <source>export_written</source>
+        <translation>%3 にダイブ %1 本と音声クリップ %2 件を書き出しました。</translation>
+    </message>
+    <message id="export_no_dives">
+        <source>export_no_dives</source>
+        <translation>書き出すダイブがライブラリにありません。%1 はダイブなしで書き出しました。</translation>
+    </message>
+    <message id="export_dives_without_date">
+        <source>export_dives_without_date</source>
+        <translation>日付が正しくないダイブ %1 本は書き出しませんでした。</translation>
+    </message>
+    <message id="export_unknown_device">
+        <source>export_unknown_device</source>
+        <translation>シリアル番号 %1 の機器はライブラリにありません。</translation>
+    </message>
 </context>
 </TS>

@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <cstdio>
 
+#include "CliExport.h"
 #include "CliJob.h"
 #include "Localization.h"
 #include "SystemLog.h"
@@ -18,11 +19,18 @@ Verbs:
   download-log N... | --all   saves dives as CSV files in <Downloads>/Mrvtq5dk/log
   sync                        saves every dive and clip not saved before (run it again
                               after an interruption: it fetches only what is missing)
+  export FILE.uddf            writes the dives the library holds (no device needed) as a
+                              UDDF 3.2.3 logbook, for a logbook program's File > Import;
+                              each saved voice clip recorded during a dive (found in
+                              <Downloads>/Mrvtq5dk/voice) is linked from that dive.
+                              --since yyyy-mm-dd: only dives of that day (Japan time) and
+                              later; --device SERIAL: only that device's dives (default:
+                              the dives of every device the library has seen)
 
 The numbers are those that "list" prints for the chosen --range. Without --port the
 device is found on the USB bus (vendor 1209, product 4d52).
 Exit status: 0 done, 2 wrong use, 3 no device, 4 not a QM482, 5 a transfer failed,
-6 the folder cannot be written, 130 interrupted (Ctrl-C).)";
+6 the folder (or FILE.uddf) cannot be written, 130 interrupted (Ctrl-C).)";
 
 }  // namespace
 
@@ -36,10 +44,11 @@ int main(int argc, char **argv) {
   parser.setApplicationDescription(QString::fromUtf8(kDescription));
   parser.addHelpOption();
   parser.addVersionOption();
-  parser.addPositionalArgument(QStringLiteral("verb"),
-                               QStringLiteral("list, download-voice, download-log or sync"));
-  parser.addPositionalArgument(QStringLiteral("N"), QStringLiteral("Items to download"),
-                               QStringLiteral("[N...]"));
+  parser.addPositionalArgument(
+      QStringLiteral("verb"), QStringLiteral("list, download-voice, download-log, sync or export"));
+  parser.addPositionalArgument(QStringLiteral("N"),
+                               QStringLiteral("Items to download, or the file to export to"),
+                               QStringLiteral("[N...|FILE.uddf]"));
   const QCommandLineOption port(
       QStringLiteral("port"),
       QStringLiteral("Use the serial port at PATH instead of finding the device."),
@@ -59,7 +68,15 @@ int main(int argc, char **argv) {
                                QStringLiteral("Download every item of the list."));
   const QCommandLineOption verbose(QStringLiteral("verbose"),
                                    QStringLiteral("Also print the system log's lines on stderr."));
-  parser.addOptions({port, output, range, all, verbose});
+  const QCommandLineOption since(
+      QStringLiteral("since"), QStringLiteral("export: only dives on or after DATE (yyyy-mm-dd)."),
+      QStringLiteral("DATE"));
+  const QCommandLineOption device(
+      QStringLiteral("device"),
+      QStringLiteral("export: only the dives of the device with this serial number (default: "
+                     "every device in the library)."),
+      QStringLiteral("SERIAL"));
+  parser.addOptions({port, output, range, all, verbose, since, device});
   const auto wrongUse = [](const QString &what) {
     std::fprintf(stderr, "mrvtq5dk-cli: %s (see mrvtq5dk-cli --help)\n", qPrintable(what));
     return kCliUsage;
@@ -78,9 +95,28 @@ int main(int argc, char **argv) {
   request.all = parser.isSet(all);
   const bool download = request.verb == u"download-voice" || request.verb == u"download-log";
   if (request.verb.isEmpty()) return wrongUse(QStringLiteral("no verb given"));
+  if (request.verb == u"export") {
+    if (arguments.size() != 2) return wrongUse(QStringLiteral("export needs one FILE.uddf"));
+    if (parser.isSet(port) || parser.isSet(all) || parser.isSet(range)) {
+      return wrongUse(
+          QStringLiteral("export reads the library: it takes no --port, --all or --range"));
+    }
+    CliExportRequest exportRequest{arguments[1], request.output, {}, parser.value(device)};
+    if (parser.isSet(since)) {
+      exportRequest.since = QDate::fromString(parser.value(since), QStringLiteral("yyyy-MM-dd"));
+      if (!exportRequest.since.isValid()) {
+        return wrongUse(QStringLiteral("--since takes a date as yyyy-mm-dd, not \"%1\"")
+                            .arg(parser.value(since)));
+      }
+    }
+    return RunExport(exportRequest);
+  }
+  if (parser.isSet(since) || parser.isSet(device)) {
+    return wrongUse(QStringLiteral("--since and --device are for export"));
+  }
   if (request.verb != u"list" && request.verb != u"sync" && !download) {
     return wrongUse(QStringLiteral("unknown verb \"%1\"; the verbs are list, download-voice, "
-                                   "download-log and sync")
+                                   "download-log, sync and export")
                         .arg(request.verb));
   }
   if (!ranges.contains(request.range)) {

@@ -1,0 +1,94 @@
+#include "LogbookExport.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include "Localization.h"
+#include "StoragePaths.h"
+#include "SystemLog.h"
+#include "UddfWriter.h"
+
+namespace {
+
+// The clip's WAV in the voice folder, while the library knows it there for this clip,
+// unchanged: where it was saved last, or a copy saved there before under the same name.
+std::optional<QString> ClipFile(const Library &library, const DeviceKey &device,
+                                const StoredClip &clip, const QString &voiceFolder) {
+  const std::optional<QString> saved = library.savedFile(device, ItemKind::Clip, clip.key);
+  if (!saved) return std::nullopt;
+  const QString there = AppendPathComponent(voiceFolder, QFileInfo(*saved).fileName());
+  if (QDir::cleanPath(*saved) == there) return there;
+  const std::optional<Library::ItemRef> item = library.itemAt(there);
+  if (item && item->device == device && item->kind == ItemKind::Clip && item->itemKey == clip.key)
+    return there;
+  return std::nullopt;
+}
+
+}  // namespace
+
+LogbookExportResult ExportLogbook(const Library &library, const LogbookExportRequest &request) {
+  LogbookExportResult result;
+  result.path = QDir::cleanPath(QFileInfo(request.file).absoluteFilePath());
+  if (!library.isOpen()) {
+    result.failure = ExportFailure::NoLibrary;
+    result.sentence = library.notice();
+    return result;
+  }
+  QList<DeviceKey> devices = library.devices();
+  if (!request.serial.isEmpty()) {
+    devices.removeIf([&request](const DeviceKey &d) { return d.serial != request.serial; });
+    if (devices.isEmpty()) {
+      result.failure = ExportFailure::UnknownDevice;
+      result.sentence = Localized("export_unknown_device").arg(request.serial);
+      return result;
+    }
+  }
+
+  const QString downloads = request.downloads.isEmpty() ? DownloadsFolder() : request.downloads;
+  const QString voiceFolder =
+      StoragePathsIn(QFileInfo(downloads).absoluteFilePath()).g_voice_folder_path;
+  const QDir logbookFolder = QFileInfo(result.path).absoluteDir();
+  UddfLogbook logbook;
+  logbook.generatorVersion = QStringLiteral(MRVTQ5DK_VERSION);
+  for (const DeviceKey &key : devices) {
+    UddfLogbook::Device device{key.model, key.serial, {}, {}};
+    for (const StoredDive &stored : library.dives(key)) {
+      DiveRecord record = DecodeDive(&stored.page);
+      // A dive without a date is not on or after any day; the writer counts it otherwise.
+      if (request.since.isValid() &&
+          !(record.entry.isValid() && record.entryJapanTime().date() >= request.since))
+        continue;
+      device.dives.append({stored.number, std::move(record)});
+    }
+    for (const StoredClip &clip : library.clips(key)) {
+      if (const auto file = ClipFile(library, key, clip, voiceFolder)) {
+        device.clips.append({clip.key, clip.start, logbookFolder.relativeFilePath(*file)});
+      }
+    }
+    logbook.devices.append(std::move(device));
+  }
+
+  UddfWritten written;
+  result.save = SaveWhole(result.path, [&](QIODevice &file) {
+    written = WriteUddf(file, logbook);
+    return written.ok;
+  });
+  const QString shown = QDir::toNativeSeparators(result.path);
+  if (!result.save.saved()) {
+    SystemLog("ExportLogbook %s failed: %s", qUtf8Printable(result.path),
+              qUtf8Printable(result.save.reason));
+    result.failure = ExportFailure::CannotWrite;
+    result.sentence = DescribeSaveFailure(result.save, shown);
+    return result;
+  }
+  result.dives = written.dives;
+  result.clips = written.clips;
+  result.divesWithoutDate = written.divesWithoutDate;
+  result.sentence =
+      written.dives == 0
+          ? Localized("export_no_dives").arg(shown)
+          : Localized("export_written").arg(written.dives).arg(written.clips).arg(shown);
+  if (written.divesWithoutDate > 0)
+    result.sentence += u' ' + Localized("export_dives_without_date").arg(written.divesWithoutDate);
+  return result;
+}
