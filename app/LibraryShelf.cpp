@@ -26,6 +26,7 @@ LibraryShelf ReadShelf(const Library &library, const DeviceKey &device) {
   for (const StoredDive &dive : library.dives(device)) {
     shelf.diveRows.append(DiveLogRowText(dive.page));
     shelf.pages.append(dive.page);
+    shelf.diveNumbers.append(dive.number);
     shelf.diveFiles.append(
         library.savedFile(device, ItemKind::Dive, DeviceLibrary::DiveKey(dive.number, dive.page)));
   }

@@ -15,6 +15,7 @@ struct LibraryShelf {
   DeviceKey device;
   QStringList diveRows;  // as the device's list shows them: date, entry time, minutes
   QList<QByteArray> pages;
+  QList<int32_t> diveNumbers;               // the device's history numbers
   QList<std::optional<QString>> diveFiles;  // the saved CSV, while it is there unchanged
   QStringList clipRows;                     // recording time and minutes, from the WAV's length
   QStringList clipFiles;

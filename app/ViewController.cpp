@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QPushButton>
@@ -14,6 +15,7 @@
 #include "DiveRecord.h"
 #include "DiveSummary.h"
 #include "Localization.h"
+#include "LogbookExport.h"
 #include "PlayerBar.h"
 #include "SystemLog.h"
 #include "VoiceIndex.h"
@@ -93,6 +95,11 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
     const QList<DeviceKey> devices = library_.devices();
     if (index >= 0 && index < devices.size()) showShelf(devices[index]);
   });
+  chooseExportFile = [this](const QString &suggested) {
+    return QFileDialog::getSaveFileName(
+        this, Localized("button_export_logbook").remove(QStringLiteral("...")), suggested,
+        Localized("export_file_filter"));
+  };
   profileView_->clipClicked = [this](int mark) { playClip(diveClipEntries_.value(mark)); };
   ui_->pictureBox_set_corvamund2->setPixmap(DevicePicture(180));
   logTable_.model->setClockNote(Localized("dive_times_japan"));
@@ -127,6 +134,7 @@ void ViewController::viewDidLoad() {
   ui_->label_dive_log->setText(Localized("label_dive_log"));
   ui_->button_download_log->setText(Localized("button_download_log"));
   ui_->button_save_all_new->setText(Localized("button_save_all_new"));
+  ui_->button_export_logbook->setText(Localized("button_export_logbook"));
   ui_->button_save_all_new->hide();
   deviceChooserLabel_->setText(Localized("library_device"));
   ui_->label_voice_counts->clear();
@@ -171,6 +179,8 @@ void ViewController::viewDidLoad() {
           [this] { action_button_download_log(); });
   connect(ui_->button_save_all_new, &QPushButton::clicked, this,
           [this] { action_button_save_all_new(); });
+  connect(ui_->button_export_logbook, &QPushButton::clicked, this,
+          [this] { action_button_export_logbook(); });
 
   // The selection captions live in the tables' header views.
   for (IndexTable *t : {&voiceTable_, &logTable_}) {
@@ -546,6 +556,44 @@ void ViewController::action_button_download_log() {
 void ViewController::action_button_save_all_new() {
   if (session_.state().g_serial_port_status != CONNECTED_IDLE) return;
   runJob([this](std::function<void()> ended) { jobPanel_->saveAllNew(ended); });
+}
+
+void ViewController::action_button_export_logbook() {
+  // The device on show: the one plugged in, the library's one on the lists, else the last seen.
+  const QList<DeviceKey> devices = library_.devices();
+  const bool connected = !shelf_ && session_.state().g_serial_port_status == CONNECTED_IDLE;
+  const DeviceKey device = shelf_      ? shelf_->device
+                           : connected ? deviceLibrary_.device()
+                                       : devices.value(0, DeviceKey{});
+  const QList<int32_t> &listed =
+      shelf_ ? shelf_->diveNumbers : session_.context().lists.items_log_index_number;
+  QList<int32_t> selected;
+  for (const QModelIndex &index : logTable_.view->selectionModel()->selectedRows())
+    if (index.row() < listed.size()) selected.append(listed[index.row()]);
+
+  LogbookExportRequest request;
+  request.serial = device.serial;
+  if (!selected.isEmpty()) {
+    QMessageBox box(QMessageBox::Question, QStringLiteral("Mrvtq5dk"),
+                    Localized("export_which").arg(selected.size()).arg(ShelfDeviceName(device)),
+                    QMessageBox::NoButton, this);
+    box.setObjectName(QStringLiteral("exportWhichBox"));
+    QPushButton *some = box.addButton(Localized("export_selected"), QMessageBox::AcceptRole);
+    QPushButton *all = box.addButton(Localized("export_all"), QMessageBox::AcceptRole);
+    box.addButton(Localized("Cancel"), QMessageBox::RejectRole);
+    box.exec();
+    if (box.clickedButton() != some && box.clickedButton() != all) return;
+    if (box.clickedButton() == some) request.numbers = selected;
+  }
+  const QString folder = QFileInfo(session_.state().paths.get().g_voice_folder_path).absolutePath();
+  request.downloads = QFileInfo(folder).absolutePath();
+  request.file = chooseExportFile(
+      QDir(folder).filePath(QStringLiteral("Mrvtq5dk-%1-%2.uddf")
+                                .arg(device.serial, QDate::currentDate().toString(Qt::ISODate))));
+  if (request.file.isEmpty()) return;
+  const LogbookExportResult result = ExportLogbook(library_, request);
+  ui_->label_status->setText(result.sentence);
+  messageBox(result.sentence);
 }
 
 void ViewController::runJob(const std::function<void(std::function<void()> ended)> &start) {

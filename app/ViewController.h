@@ -54,6 +54,11 @@ class ViewController : public QWidget, public WindowOperations {
   void action_button_download_log();
   // Saves every listed item the library does not hold unchanged.
   void action_button_save_all_new();
+  // Writes the selected dives, or every dive of the device, as a UDDF logbook file the
+  // diver picks, and says in a box how many were written.
+  void action_button_export_logbook();
+  // Asks where the logbook goes, suggesting a path; empty when the diver cancels.
+  std::function<QString(const QString &suggested)> chooseExportFile;
   // A new search range: stored, and while idle the lists are read again from the device.
   void comboBoxSelectionDidChange();
   // A modal question titled "Mrvtq5dk" with "OK" and "Cancel": 1000 for OK, 1001 for Cancel.

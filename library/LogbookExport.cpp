@@ -53,6 +53,7 @@ LogbookExportResult ExportLogbook(const Library &library, const LogbookExportReq
   for (const DeviceKey &key : devices) {
     UddfLogbook::Device device{key.model, key.serial, {}, {}};
     for (const StoredDive &stored : library.dives(key)) {
+      if (!request.numbers.isEmpty() && !request.numbers.contains(stored.number)) continue;
       DiveRecord record = DecodeDive(&stored.page);
       // A dive without a date is not on or after any day; the writer counts it otherwise.
       if (request.since.isValid() &&

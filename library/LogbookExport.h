@@ -13,6 +13,7 @@ struct LogbookExportRequest {
       downloads;   // the Downloads folder whose Mrvtq5dk/voice holds the clips; empty: the user's
   QDate since;     // only dives on or after this day (Japan time, as the CSV dates them); null: all
   QString serial;  // only the device of this serial number; empty: every device in the library
+  QList<int32_t> numbers;  // only the dives of these history numbers; empty: every dive
 };
 
 enum class ExportFailure {

@@ -440,5 +440,25 @@
         <source>export_unknown_device</source>
         <translation>The library holds no device with serial number %1.</translation>
     </message>
+    <message id="button_export_logbook">
+        <source>button_export_logbook</source>
+        <translation>Export to logbook...</translation>
+    </message>
+    <message id="export_which">
+        <source>export_which</source>
+        <translation>Export the %1 selected dive(s), or every dive of %2?</translation>
+    </message>
+    <message id="export_selected">
+        <source>export_selected</source>
+        <translation>Selected</translation>
+    </message>
+    <message id="export_all">
+        <source>export_all</source>
+        <translation>All dives</translation>
+    </message>
+    <message id="export_file_filter">
+        <source>export_file_filter</source>
+        <translation>UDDF logbook (*.uddf)</translation>
+    </message>
 </context>
 </TS>

@@ -440,5 +440,25 @@
         <source>export_unknown_device</source>
         <translation>シリアル番号 %1 の機器はライブラリにありません。</translation>
     </message>
+    <message id="button_export_logbook">
+        <source>button_export_logbook</source>
+        <translation>ログブックに書き出す...</translation>
+    </message>
+    <message id="export_which">
+        <source>export_which</source>
+        <translation>選択した %1 件のダイブを書き出しますか？ それとも %2 のすべてのダイブを書き出しますか？</translation>
+    </message>
+    <message id="export_selected">
+        <source>export_selected</source>
+        <translation>選択したダイブ</translation>
+    </message>
+    <message id="export_all">
+        <source>export_all</source>
+        <translation>すべてのダイブ</translation>
+    </message>
+    <message id="export_file_filter">
+        <source>export_file_filter</source>
+        <translation>UDDF ログブック (*.uddf)</translation>
+    </message>
 </context>
 </TS>

@@ -248,6 +248,21 @@ TEST_F(WindowTest, WithTheDeviceGoneTheLibraryIsBrowsed) {
   clips->selectRow(0);
   EXPECT_EQ(Outlet<QLabel>(window, "playTitle")->text(), clips->model()->index(0, 0).data());
 
+  // The picked dive goes to the logbook with its clip, under the suggested name.
+  const QString logbook = home.downloads() + "/Mrvtq5dk/Mrvtq5dk-28417305-" +
+                          QDate::currentDate().toString(Qt::ISODate) + ".uddf";
+  window.chooseExportFile = [&](const QString &suggested) {
+    EXPECT_EQ(suggested, logbook);
+    return suggested;
+  };
+  answerer.boxes.clear();
+  answerer.button = Localized("export_selected");
+  Outlet<QPushButton>(window, "button_export_logbook")->click();
+  ASSERT_EQ(answerer.boxes.size(), 2);
+  EXPECT_EQ(answerer.boxes[1],
+            "MrvTq5dk|" + Localized("export_written").arg(1).arg(1).arg(logbook));
+  EXPECT_TRUE(QFileInfo(logbook).size() > 1000);
+
   auto *chooser = Outlet<QComboBox>(window, "comboBox_library_device");
   ASSERT_TRUE(chooser->isVisible());
   ASSERT_EQ(chooser->count(), 2);
