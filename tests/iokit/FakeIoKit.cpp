@@ -1,311 +1,211 @@
-// The IOKit and CoreFoundation test double: a registry tree in memory, reference-counted
-// objects that count what is outstanding, and a main run loop that the test turns.
+// The IOKit and CoreFoundation test double: a registry tree in memory and a main run loop
+// that the test turns. Registry references are counted here; memory (CoreFoundation
+// objects, plug-ins, ports) is plain new and delete, so the sanitizer build finds what the
+// code under test leaks or frees twice.
 #include "FakeIoKit.h"
 
-#include <IOKit/IOMessage.h>
+#include <IOKit/IOCFPlugIn.h>
 #include <IOKit/usb/IOUSBLib.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <deque>
+#include <functional>
 #include <list>
-#include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
-namespace fake_iokit::detail {
+enum : CFTypeID { kStringType = 7, kDictionaryType = 18, kNumberType = 22 };
 
-enum : CFTypeID { kOtherType = 1, kStringType = 7, kDictionaryType = 18, kNumberType = 22 };
-std::atomic<int> g_cfObjects{0};
-
-// Every CoreFoundation object of the double. Constants are neither counted nor freed.
+// A string, a number or a dictionary. Constants are never freed.
 struct CfObject {
-  CfObject(CFTypeID type, bool constant) : type(type), constant(constant) {
-    g_cfObjects += !constant;
-  }
-  virtual ~CfObject() { g_cfObjects -= !constant; }
-  const CFTypeID type;
-  const bool constant;
-  std::atomic<int> references{1};
-};
-
-}  // namespace fake_iokit::detail
-
-using fake_iokit::detail::CfObject;
-using namespace fake_iokit::detail;
-
-struct __CFString : CfObject {
-  __CFString(std::string text, bool constant) : CfObject(kStringType, constant), text(text) {}
-  const std::string text;
-};
-struct __CFNumber : CfObject {
-  explicit __CFNumber(int64_t value) : CfObject(kNumberType, false), value(value) {}
-  const int64_t value;
-};
-struct __CFDictionary : CfObject {
-  __CFDictionary() : CfObject(kDictionaryType, false) {}
-  ~__CFDictionary() override {
-    for (auto &[key, value] : pairs) CFRelease(key), CFRelease(value);
-  }
+  virtual ~CfObject() = default;
+  CFTypeID type = 0;
+  std::string text;
+  int64_t number = 0;
   std::vector<std::pair<CFTypeRef, CFTypeRef>> pairs;
+  bool constant = false;
+  int references = 1;
 };
-struct __CFRunLoop : CfObject {
-  __CFRunLoop() : CfObject(kOtherType, true) {}
-};
-struct __CFRunLoopSource : CfObject {
-  explicit __CFRunLoopSource(IONotificationPort *port) : CfObject(kOtherType, true), port(port) {}
-  IONotificationPort *const port;
-};
-struct __CFUUID : CfObject {
-  explicit __CFUUID(CFUUIDBytes bytes) : CfObject(kOtherType, true), bytes(bytes) {}
-  const CFUUIDBytes bytes;
-};
-
-struct IONotificationPort {
-  __CFRunLoopSource source{this};
+struct __CFString : CfObject {};
+struct __CFNumber : CfObject {};
+struct __CFDictionary : CfObject {};
+struct __CFRunLoop {};
+struct __CFRunLoopSource {
   bool onMainLoop = false;
-  bool destroyed = false;
+};
+struct IONotificationPort {
+  __CFRunLoopSource source;
+};
+struct __CFUUID {
+  CFUUIDBytes bytes;
 };
 
-namespace fake_iokit {
 namespace {
 
-std::string Text(CFTypeRef ref) {
-  return static_cast<const CfObject *>(ref)->type == kStringType
-             ? static_cast<CFStringRef>(ref)->text
-             : std::string();
+// One lock for the tree, the run loop and the objects: walks run on threads of their own.
+std::recursive_mutex g_mutex;
+
+template <typename T>
+T *Make(CFTypeID type, std::string text = {}, int64_t number = 0) {
+  T *made = new T;
+  made->type = type, made->text = std::move(text), made->number = number;
+  return made;
 }
 
-bool SameUuid(CFUUIDBytes a, CFUUIDRef b) {
-  return std::memcmp(&a, &b->bytes, sizeof a) == 0;
+CfObject &Cf(CFTypeRef ref) {
+  return *const_cast<CfObject *>(static_cast<const CfObject *>(ref));
 }
 
 // One object of the registry: an entry of the tree, an iterator or an interest
-// notification, with the number of references handed out on it.
+// notification (never delivered here: removals are tested on the virtual USB bus), with
+// the number of references handed out on it.
 struct Object {
-  enum Kind { kEntry, kIterator, kNotification };
-  explicit Object(Kind kind = kEntry, int references = 0) : kind(kind), references(references) {}
-  Kind kind;
+  explicit Object(int references = 0, std::deque<io_object_t> pending = {})
+      : references(references), pending(std::move(pending)) {}
   int references;
-  // an entry
-  std::string className, name;
-  Properties properties;
-  Behaviour behaviour;
+  std::string className, name;  // an entry
+  fake_iokit::Properties properties;
   io_object_t parent = 0;
   std::vector<io_object_t> children;
-  bool inTree = true;
-  // an iterator; an arrival iterator calls back on the next arrival once it is drained
-  std::deque<io_object_t> pending;
-  bool arrivals = false, armed = false;
-  // a notification, or the registration behind an arrival iterator
-  IONotificationPort *port = nullptr;
-  io_service_t service = 0;
-  IOServiceInterestCallback interest = nullptr;
-  IOServiceMatchingCallback matched = nullptr;
+  std::deque<io_object_t> pending;     // an iterator
+  CFDictionaryRef matching = nullptr;  // an arrival iterator, which calls back once drained
+  bool armed = false;
+  IONotificationPortRef port = nullptr;
+  IOServiceMatchingCallback callback = nullptr;
   void *refcon = nullptr;
-  CFDictionaryRef matching = nullptr;
 };
 
-struct Registry {
-  std::mutex mutex;
-  std::map<io_object_t, Object> objects;
-  io_object_t nextHandle = 0x1003, root = 0;
-  std::list<IONotificationPort> ports;  // kept until Reset: queued work checks them
-  std::deque<std::pair<IONotificationPort *, std::function<void()>>> mainLoop;
-  std::function<void()> iteratorHook;
-  std::vector<std::string> misuse;
-  int livePorts = 0;
-} g;
-
-std::atomic<int> g_plugIns{0}, g_deviceInterfaces{0};
-Held g_baseline;
+std::map<io_object_t, Object> g_objects;
+io_object_t g_nextHandle = 0x1003, g_root = 0;
+int g_badReleases = 0;
+std::deque<std::pair<IONotificationPortRef, std::function<void()>>> g_mainLoop;
 
 io_object_t New(Object object) {
-  g.objects[g.nextHandle] = std::move(object);
-  return g.nextHandle++;
-}
-
-// The object behind a handle the code under test passed in; misuse when there is none.
-Object *Find(io_object_t handle, Object::Kind kind, const char *call) {
-  auto found = g.objects.find(handle);
-  if (found != g.objects.end() && found->second.kind == kind) return &found->second;
-  g.misuse.push_back(std::string(call) + " on " + std::to_string(handle));
-  return nullptr;
+  g_objects[g_nextHandle] = std::move(object);
+  return g_nextHandle++;
 }
 
 bool Matches(CFDictionaryRef matching, const Object &entry) {
   for (const auto &[key, value] : matching->pairs) {
-    if (Text(key) == "IOProviderClass") {
-      if (Text(value) != entry.className) return false;
-      continue;
-    }
-    auto property = entry.properties.find(Text(key));
-    const auto *number =
-        property == entry.properties.end() ? nullptr : std::get_if<int64_t>(&property->second);
-    if (!number || *number != static_cast<CFNumberRef>(value)->value) return false;
+    const auto found = entry.properties.find(Cf(key).text);
+    if (Cf(key).text == "IOProviderClass"
+            ? Cf(value).text != entry.className
+            : found == entry.properties.end() ||
+                  found->second != decltype(found->second)(Cf(value).number))
+      return false;
   }
   return true;
 }
 
 void Subtree(io_object_t handle, std::vector<io_object_t> *out) {
   out->push_back(handle);
-  for (io_object_t child : g.objects[handle].children) Subtree(child, out);
+  for (io_object_t child : g_objects[handle].children) Subtree(child, out);
 }
 
-Behaviour BehaviourOf(io_service_t service) {
-  std::lock_guard lock(g.mutex);
-  return g.objects[service].behaviour;
+bool SameUuid(CFUUIDBytes a, CFUUIDRef b) {
+  return std::memcmp(&a, &b->bytes, sizeof a) == 0;
 }
 
-// A plug-in or device interface. The interface table pointer comes first, so the pointer
-// that callers hold (a pointer to that member) is also a pointer to the whole object.
+// A plug-in or device interface. The table pointer comes first, so the pointer callers
+// hold (a pointer to that member) is also a pointer to the whole object.
 template <typename Table>
-struct ComObject {
+struct Com {
   Table *table;
-  std::atomic<ULONG> references{1};
   io_service_t service;
+  ULONG references = 1;
+  static ULONG AddRef(void *self) { return ++static_cast<Com *>(self)->references; }
+  static ULONG Release(void *self) {
+    std::lock_guard lock(g_mutex);
+    auto *object = static_cast<Com *>(self);
+    if (--object->references == 0) delete object;
+    return 0;
+  }
 };
-using PlugInObject = ComObject<IOCFPlugInInterface>;
-using DeviceObject = ComObject<IOUSBDeviceInterface>;
-
-template <typename Object>
-ULONG AddRef(void *self) {
-  return ++static_cast<Object *>(self)->references;
-}
-
-template <typename Object>
-ULONG Release(void *self, std::atomic<int> &live) {
-  auto *object = static_cast<Object *>(self);
-  const ULONG left = --object->references;
-  if (left == 0) delete object, --live;
-  return left;
-}
+using PlugIn = Com<IOCFPlugInInterface>;
+using Device = Com<IOUSBDeviceInterface>;
 
 IOUSBDeviceInterface g_deviceTable = {
-    nullptr,
-    [](void *, REFIID, LPVOID *ppv) -> HRESULT { return *ppv = nullptr, E_NOINTERFACE; },
-    AddRef<DeviceObject>,
-    [](void *self) { return Release<DeviceObject>(self, g_deviceInterfaces); },
+    nullptr, [](void *, REFIID, LPVOID *) -> HRESULT { return E_NOINTERFACE; }, Device::AddRef,
+    Device::Release,
     [](void *self, UInt32 *locationID) -> IOReturn {
-      const Behaviour behaviour = BehaviourOf(static_cast<DeviceObject *>(self)->service);
-      if (behaviour.locationResult == kIOReturnSuccess) *locationID = behaviour.locationID;
-      return behaviour.locationResult;
-    },
-};
+      std::lock_guard lock(g_mutex);
+      const Object &entry = g_objects[static_cast<Device *>(self)->service];
+      *locationID = UInt32(std::get<int64_t>(entry.properties.at("locationID")));
+      return kIOReturnSuccess;
+    }};
 
 IOCFPlugInInterface g_plugInTable = {
     nullptr,
     [](void *self, REFIID iid, LPVOID *ppv) -> HRESULT {
-      *ppv = nullptr;
-      const io_service_t service = static_cast<PlugInObject *>(self)->service;
-      if (!SameUuid(iid, kIOUSBDeviceInterfaceID)) return E_NOINTERFACE;
-      if (const HRESULT result = BehaviourOf(service).queryResult; result != S_OK) return result;
-      ++g_deviceInterfaces;
-      *ppv = &(new DeviceObject{&g_deviceTable, {1}, service})->table;
+      if (!SameUuid(iid, kIOUSBDeviceInterfaceID)) return *ppv = nullptr, E_NOINTERFACE;
+      *ppv = &(new Device{&g_deviceTable, static_cast<PlugIn *>(self)->service})->table;
       return S_OK;
     },
-    AddRef<PlugInObject>,
-    [](void *self) { return Release<PlugInObject>(self, g_plugIns); },
+    PlugIn::AddRef,
+    PlugIn::Release,
     1,
     0,
     nullptr,
     nullptr,
-    nullptr,
-};
+    nullptr};
 
 }  // namespace
 
+namespace fake_iokit {
+
 io_object_t AddEntry(io_object_t parent, const std::string &className, const std::string &name,
-                     Properties properties, Behaviour behaviour) {
-  std::lock_guard lock(g.mutex);
-  Object entry{Object::kEntry};
+                     Properties properties) {
+  std::lock_guard lock(g_mutex);
+  Object entry;
   entry.className = className, entry.name = name, entry.properties = std::move(properties);
-  entry.behaviour = behaviour, entry.parent = parent ? parent : g.root;
+  entry.parent = parent ? parent : g_root;
   const io_object_t handle = New(std::move(entry));
-  g.objects[g.objects[handle].parent].children.push_back(handle);
-  for (auto &[iterator, object] : g.objects) {
-    if (!object.arrivals || object.port->destroyed || !Matches(object.matching, g.objects[handle]))
-      continue;
-    object.pending.push_back(handle);
-    if (!std::exchange(object.armed, false)) continue;
-    g.mainLoop.emplace_back(object.port, [callback = object.matched, refcon = object.refcon,
-                                          iterator = iterator] { callback(refcon, iterator); });
+  g_objects[g_objects[handle].parent].children.push_back(handle);
+  for (auto &[iterator, arrivals] : g_objects) {
+    if (!arrivals.matching || !Matches(arrivals.matching, g_objects[handle])) continue;
+    arrivals.pending.push_back(handle);
+    if (std::exchange(arrivals.armed, false)) {
+      g_mainLoop.emplace_back(
+          arrivals.port, [&arrivals, iterator] { arrivals.callback(arrivals.refcon, iterator); });
+    }
   }
   return handle;
 }
 
-void Terminate(io_object_t entry) {
-  std::lock_guard lock(g.mutex);
-  std::vector<io_object_t> gone;
-  Subtree(entry, &gone);
-  std::erase(g.objects[g.objects[entry].parent].children, entry);
-  for (io_object_t handle : gone) g.objects[handle].inTree = false;
-  for (auto &[handle, object] : g.objects) {
-    if (object.kind != Object::kNotification || object.references == 0 ||
-        std::find(gone.begin(), gone.end(), object.service) == gone.end())
-      continue;
-    g.mainLoop.emplace_back(object.port, [notification = handle] {
-      std::unique_lock lock(g.mutex);
-      const Object delivered = g.objects[notification];
-      lock.unlock();
-      // Nothing is delivered once the notification is released.
-      if (delivered.references > 0)
-        delivered.interest(delivered.refcon, delivered.service, kIOMessageServiceIsTerminated,
-                           nullptr);
-    });
-  }
-}
-
-int RunMainLoop() {
-  for (int delivered = 0;; ++delivered) {
-    std::unique_lock lock(g.mutex);
-    auto ready = std::find_if(g.mainLoop.begin(), g.mainLoop.end(), [](auto &item) {
-      return item.first->onMainLoop && !item.first->destroyed;
-    });
-    if (ready == g.mainLoop.end()) return delivered;
+void RunMainLoop() {
+  std::unique_lock lock(g_mutex);
+  for (;;) {
+    auto ready = std::find_if(g_mainLoop.begin(), g_mainLoop.end(),
+                              [](const auto &item) { return item.first->source.onMainLoop; });
+    if (ready == g_mainLoop.end()) return;
     const std::function<void()> work = std::move(ready->second);
-    g.mainLoop.erase(ready);
+    g_mainLoop.erase(ready);
     lock.unlock();
     work();
+    lock.lock();
   }
 }
 
-void OnIteratorNext(std::function<void()> hook) {
-  std::lock_guard lock(g.mutex);
-  g.iteratorHook = std::move(hook);
-}
-
-Held Outstanding() {
-  std::lock_guard lock(g.mutex);
-  Held held{0, g_plugIns - g_baseline.plugIns, g_deviceInterfaces - g_baseline.deviceInterfaces,
-            g_cfObjects - g_baseline.cfObjects, g.livePorts};
-  for (const auto &[handle, object] : g.objects) held.objectReferences += object.references;
-  return held;
-}
-
-std::vector<std::string> Misuse() {
-  std::lock_guard lock(g.mutex);
-  return g.misuse;
+std::string Leaks() {
+  std::lock_guard lock(g_mutex);
+  int references = 0;
+  for (const auto &[handle, object] : g_objects) references += object.references;
+  return (references ? std::to_string(references) + " references held; " : "") +
+         (g_badReleases ? std::to_string(g_badReleases) + " releases of what was not held" : "");
 }
 
 void Reset() {
-  std::lock_guard lock(g.mutex);
-  for (auto &[handle, object] : g.objects) {
-    if (object.arrivals && !object.port->destroyed) CFRelease(object.matching);
-  }
-  g.objects.clear(), g.ports.clear(), g.mainLoop.clear(), g.misuse.clear();
-  g.iteratorHook = nullptr;
-  g.livePorts = 0;
-  Object root{Object::kEntry};
+  std::lock_guard lock(g_mutex);
+  g_objects.clear(), g_mainLoop.clear();
+  g_badReleases = 0;
+  Object root;
   root.className = "IORegistryEntry", root.name = "Root";
-  g.root = New(std::move(root));
-  g_baseline = {0, g_plugIns, g_deviceInterfaces, g_cfObjects, 0};
+  g_root = New(std::move(root));
 }
 
 }  // namespace fake_iokit
-
-using namespace fake_iokit;
 
 // CoreFoundation
 
@@ -313,30 +213,27 @@ const CFAllocatorRef kCFAllocatorDefault = nullptr;
 const CFRunLoopMode kCFRunLoopDefaultMode = CFSTR("kCFRunLoopDefaultMode");
 
 CFStringRef __CFStringMakeConstantString(const char *cStr) {
-  static std::mutex mutex;
-  static std::map<std::string, std::unique_ptr<__CFString>> interned;
-  std::lock_guard lock(mutex);
-  auto &string = interned[cStr];
-  if (!string) string = std::make_unique<__CFString>(cStr, true);
-  return string.get();
-}
-
-CFTypeRef CFRetain(CFTypeRef cf) {
-  ++const_cast<CfObject *>(static_cast<const CfObject *>(cf))->references;
-  return cf;
+  std::lock_guard lock(g_mutex);
+  static std::map<std::string, __CFString> interned;
+  __CFString &string = interned[cStr];
+  string.type = kStringType, string.text = cStr, string.constant = true;
+  return &string;
 }
 
 void CFRelease(CFTypeRef cf) {
-  auto *object = const_cast<CfObject *>(static_cast<const CfObject *>(cf));
-  if (!object->constant && --object->references == 0) delete object;
+  std::lock_guard lock(g_mutex);
+  CfObject &object = Cf(cf);
+  if (object.constant || --object.references > 0) return;
+  for (auto &[key, value] : object.pairs) CFRelease(key), CFRelease(value);
+  delete &object;
 }
 
 CFTypeID CFGetTypeID(CFTypeRef cf) {
-  return static_cast<const CfObject *>(cf)->type;
+  return Cf(cf).type;
 }
 
 CFStringRef CFCopyDescription(CFTypeRef) {
-  return new __CFString("<object>", false);
+  return Make<__CFString>(kStringType, "<object>");
 }
 
 CFTypeID CFStringGetTypeID(void) {
@@ -344,18 +241,17 @@ CFTypeID CFStringGetTypeID(void) {
 }
 
 CFIndex CFStringGetLength(CFStringRef theString) {
-  return static_cast<CFIndex>(theString->text.size());
+  return CFIndex(theString->text.size());
 }
 
-CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding) {
-  return encoding == kCFStringEncodingUTF8 ? length * 3 : length;
+CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding) {
+  return length * 3;
 }
 
 Boolean CFStringGetCString(CFStringRef theString, char *buffer, CFIndex bufferSize,
                            CFStringEncoding) {
-  const std::string &text = theString->text;
-  if (static_cast<CFIndex>(text.size()) >= bufferSize) return false;
-  std::memcpy(buffer, text.c_str(), text.size() + 1);
+  if (CFIndex(theString->text.size()) >= bufferSize) return false;
+  std::memcpy(buffer, theString->text.c_str(), theString->text.size() + 1);
   return true;
 }
 
@@ -364,20 +260,19 @@ CFTypeID CFNumberGetTypeID(void) {
 }
 
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType theType, const void *valuePtr) {
-  return new __CFNumber(theType == kCFNumberSInt32Type ? *static_cast<const int32_t *>(valuePtr)
-                                                       : *static_cast<const int64_t *>(valuePtr));
+  return Make<__CFNumber>(kNumberType, {},
+                          theType == kCFNumberSInt32Type ? *static_cast<const int32_t *>(valuePtr)
+                                                         : *static_cast<const int64_t *>(valuePtr));
 }
 
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType theType, void *valuePtr) {
-  if (theType == kCFNumberSInt32Type)
-    *static_cast<int32_t *>(valuePtr) = static_cast<int32_t>(number->value);
-  else
-    *static_cast<int64_t *>(valuePtr) = number->value;
+  if (theType == kCFNumberSInt32Type) *static_cast<int32_t *>(valuePtr) = int32_t(number->number);
+  if (theType == kCFNumberSInt64Type) *static_cast<int64_t *>(valuePtr) = number->number;
   return true;
 }
 
 CFIndex CFDictionaryGetCount(CFDictionaryRef theDict) {
-  return static_cast<CFIndex>(theDict->pairs.size());
+  return CFIndex(theDict->pairs.size());
 }
 
 void CFDictionaryGetKeysAndValues(CFDictionaryRef theDict, const void **keys, const void **values) {
@@ -386,7 +281,7 @@ void CFDictionaryGetKeysAndValues(CFDictionaryRef theDict, const void **keys, co
 }
 
 void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void *key, const void *value) {
-  CFRetain(key), CFRetain(value);
+  ++Cf(key).references, ++Cf(value).references;
   theDict->pairs.emplace_back(key, value);
 }
 
@@ -396,9 +291,8 @@ CFRunLoopRef CFRunLoopGetMain(void) {
 }
 
 void CFRunLoopAddSource(CFRunLoopRef rl, CFRunLoopSourceRef source, CFRunLoopMode mode) {
-  std::lock_guard lock(g.mutex);
-  if (rl == CFRunLoopGetMain() && Text(mode) == "kCFRunLoopDefaultMode")
-    source->port->onMainLoop = true;
+  std::lock_guard lock(g_mutex);
+  source->onMainLoop = rl == CFRunLoopGetMain() && mode == kCFRunLoopDefaultMode;
 }
 
 CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef, UInt8 byte0, UInt8 byte1, UInt8 byte2,
@@ -406,15 +300,13 @@ CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef, UInt8 byte0, UInt8 byte
                                          UInt8 byte7, UInt8 byte8, UInt8 byte9, UInt8 byte10,
                                          UInt8 byte11, UInt8 byte12, UInt8 byte13, UInt8 byte14,
                                          UInt8 byte15) {
-  static std::mutex mutex;
+  std::lock_guard lock(g_mutex);
   static std::list<__CFUUID> constants;
   const CFUUIDBytes bytes{byte0, byte1, byte2,  byte3,  byte4,  byte5,  byte6,  byte7,
                           byte8, byte9, byte10, byte11, byte12, byte13, byte14, byte15};
-  std::lock_guard lock(mutex);
-  for (const __CFUUID &uuid : constants) {
-    if (SameUuid(bytes, &uuid)) return &uuid;
-  }
-  return &constants.emplace_back(bytes);
+  const auto found = std::find_if(constants.begin(), constants.end(),
+                                  [&](const __CFUUID &uuid) { return SameUuid(bytes, &uuid); });
+  return found != constants.end() ? &*found : &constants.emplace_back(bytes);
 }
 
 CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid) {
@@ -426,152 +318,107 @@ CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid) {
 const mach_port_t kIOMainPortDefault = MACH_PORT_NULL;
 
 CFMutableDictionaryRef IOServiceMatching(const char *name) {
-  auto *matching = new __CFDictionary;
-  CFStringRef className = new __CFString(name, false);
-  CFDictionarySetValue(matching, CFSTR("IOProviderClass"), className);
-  CFRelease(className);
+  auto *matching = Make<__CFDictionary>(kDictionaryType);
+  matching->pairs.emplace_back(CFSTR("IOProviderClass"), Make<__CFString>(kStringType, name));
   return matching;
 }
 
 IONotificationPortRef IONotificationPortCreate(mach_port_t) {
-  std::lock_guard lock(g.mutex);
-  ++g.livePorts;
-  return &g.ports.emplace_back();
+  return new IONotificationPort;
 }
 
 void IONotificationPortDestroy(IONotificationPortRef notify) {
-  std::lock_guard lock(g.mutex);
-  notify->destroyed = true;
-  --g.livePorts;
+  std::lock_guard lock(g_mutex);
   // Its arrival registrations end with it; their iterators stay the caller's to release.
-  for (auto &[handle, object] : g.objects) {
-    if (object.arrivals && object.port == notify) CFRelease(object.matching);
+  for (auto &[handle, object] : g_objects) {
+    if (object.port == notify && object.matching) CFRelease(std::exchange(object.matching, {}));
   }
+  std::erase_if(g_mainLoop, [notify](const auto &item) { return item.first == notify; });
+  delete notify;
 }
 
 CFRunLoopSourceRef IONotificationPortGetRunLoopSource(IONotificationPortRef notify) {
   return &notify->source;
 }
 
-kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notifyPort,
-                                               const io_name_t notificationType,
+kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notifyPort, const io_name_t,
                                                CFDictionaryRef matching,
                                                IOServiceMatchingCallback callback, void *refCon,
                                                io_iterator_t *notification) {
-  // The registration consumes the matching dictionary, whatever the outcome.
-  if (std::strcmp(notificationType, kIOFirstMatchNotification) != 0) {
-    CFRelease(matching);
-    return kIOReturnUnsupported;
-  }
-  std::lock_guard lock(g.mutex);
-  Object iterator{Object::kIterator, 1};
-  iterator.arrivals = true, iterator.port = notifyPort, iterator.matched = callback;
-  iterator.refcon = refCon, iterator.matching = matching;
+  std::lock_guard lock(g_mutex);
+  Object iterator(1);
+  iterator.matching = matching, iterator.port = notifyPort;
+  iterator.callback = callback, iterator.refcon = refCon;
   std::vector<io_object_t> present;
-  Subtree(g.root, &present);
+  Subtree(g_root, &present);
   for (io_object_t handle : present) {
-    if (Matches(matching, g.objects[handle])) iterator.pending.push_back(handle);
+    if (Matches(matching, g_objects[handle])) iterator.pending.push_back(handle);
   }
   *notification = New(std::move(iterator));
   return KERN_SUCCESS;
 }
 
-kern_return_t IOServiceAddInterestNotification(IONotificationPortRef notifyPort,
-                                               io_service_t service, const io_name_t interestType,
-                                               IOServiceInterestCallback callback, void *refCon,
+kern_return_t IOServiceAddInterestNotification(IONotificationPortRef, io_service_t, const io_name_t,
+                                               IOServiceInterestCallback, void *,
                                                io_object_t *notification) {
-  if (std::strcmp(interestType, kIOGeneralInterest) != 0) return kIOReturnUnsupported;
-  std::lock_guard lock(g.mutex);
-  const Object *entry = Find(service, Object::kEntry, "IOServiceAddInterestNotification");
-  if (!entry) return kIOReturnBadArgument;
-  if (!entry->inTree) return kIOReturnNoDevice;
-  Object registered{Object::kNotification, 1};
-  registered.port = notifyPort, registered.service = service, registered.interest = callback;
-  registered.refcon = refCon;
-  *notification = New(std::move(registered));
+  std::lock_guard lock(g_mutex);
+  *notification = New(Object(1));
   return KERN_SUCCESS;
 }
 
 io_object_t IOIteratorNext(io_iterator_t iterator) {
-  std::unique_lock lock(g.mutex);
-  const Object *arrivals = Find(iterator, Object::kIterator, "IOIteratorNext");
-  if (arrivals && arrivals->arrivals && g.iteratorHook) {
-    const std::function<void()> hook = g.iteratorHook;
-    lock.unlock();
-    hook();
-    lock.lock();
-  }
-  Object *it = Find(iterator, Object::kIterator, "IOIteratorNext");
-  if (!it) return 0;
-  if (it->pending.empty()) {
-    it->armed = it->arrivals;
-    return 0;
-  }
-  const io_object_t next = it->pending.front();
-  it->pending.pop_front();
-  ++g.objects[next].references;
+  std::lock_guard lock(g_mutex);
+  Object &it = g_objects.at(iterator);
+  it.armed = it.matching && it.pending.empty();
+  if (it.pending.empty()) return 0;
+  const io_object_t next = it.pending.front();
+  it.pending.pop_front();
+  ++g_objects[next].references;
   return next;
 }
 
 kern_return_t IOObjectRelease(io_object_t object) {
-  std::lock_guard lock(g.mutex);
-  auto found = g.objects.find(object);
-  if (found == g.objects.end() || found->second.references == 0) {
-    g.misuse.push_back("IOObjectRelease of " + std::to_string(object) + ", which is not held");
-    return kIOReturnBadArgument;
-  }
+  std::lock_guard lock(g_mutex);
+  const auto found = g_objects.find(object);
+  if (found == g_objects.end() || found->second.references == 0) return ++g_badReleases;
   --found->second.references;
   return KERN_SUCCESS;
 }
 
 kern_return_t IORegistryEntryGetName(io_registry_entry_t entry, io_name_t name) {
-  std::lock_guard lock(g.mutex);
-  const Object *found = Find(entry, Object::kEntry, "IORegistryEntryGetName");
-  if (!found) return kIOReturnBadArgument;
-  std::strncpy(name, found->name.c_str(), sizeof(io_name_t) - 1);
-  name[sizeof(io_name_t) - 1] = '\0';
+  std::lock_guard lock(g_mutex);
+  std::strncpy(name, g_objects.at(entry).name.c_str(), sizeof(io_name_t) - 1);
   return KERN_SUCCESS;
 }
 
 kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
                                                 CFMutableDictionaryRef *properties, CFAllocatorRef,
                                                 IOOptionBits) {
-  std::lock_guard lock(g.mutex);
-  const Object *found = Find(entry, Object::kEntry, "IORegistryEntryCreateCFProperties");
-  if (!found) return kIOReturnBadArgument;
-  if (found->behaviour.propertiesFail) return kIOReturnNoMemory;
-  auto *dictionary = new __CFDictionary;
-  for (const auto &[key, value] : found->properties) {
-    CFStringRef name = new __CFString(key, false);
-    CFTypeRef held = std::holds_alternative<int64_t>(value)
-                         ? static_cast<CFTypeRef>(new __CFNumber(std::get<int64_t>(value)))
-                         : new __CFString(std::get<std::string>(value), false);
-    CFDictionarySetValue(dictionary, name, held);
-    CFRelease(name), CFRelease(held);
+  std::lock_guard lock(g_mutex);
+  *properties = Make<__CFDictionary>(kDictionaryType);
+  for (const auto &[key, value] : g_objects.at(entry).properties) {
+    const auto *number = std::get_if<int64_t>(&value);
+    (*properties)
+        ->pairs.emplace_back(Make<__CFString>(kStringType, key),
+                             number ? CFTypeRef(Make<__CFNumber>(kNumberType, {}, *number))
+                                    : Make<__CFString>(kStringType, std::get<std::string>(value)));
   }
-  *properties = dictionary;
   return KERN_SUCCESS;
 }
 
 kern_return_t IORegistryEntryGetParentEntry(io_registry_entry_t entry, const io_name_t,
                                             io_registry_entry_t *parent) {
-  std::lock_guard lock(g.mutex);
-  const Object *found = Find(entry, Object::kEntry, "IORegistryEntryGetParentEntry");
-  if (!found) return kIOReturnBadArgument;
-  if (!found->parent || !found->inTree) return kIOReturnNoDevice;
-  ++g.objects[found->parent].references;
-  *parent = found->parent;
+  std::lock_guard lock(g_mutex);
+  if (!(*parent = g_objects.at(entry).parent)) return kIOReturnNoDevice;
+  ++g_objects[*parent].references;
   return KERN_SUCCESS;
 }
 
 kern_return_t IORegistryEntryGetChildIterator(io_registry_entry_t entry, const io_name_t,
                                               io_iterator_t *iterator) {
-  std::lock_guard lock(g.mutex);
-  const Object *found = Find(entry, Object::kEntry, "IORegistryEntryGetChildIterator");
-  if (!found) return kIOReturnBadArgument;
-  Object children{Object::kIterator, 1};
-  children.pending.assign(found->children.begin(), found->children.end());
-  *iterator = New(std::move(children));
+  std::lock_guard lock(g_mutex);
+  const std::vector<io_object_t> &children = g_objects.at(entry).children;
+  *iterator = New(Object(1, {children.begin(), children.end()}));
   return KERN_SUCCESS;
 }
 
@@ -579,15 +426,10 @@ kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef 
                                                 CFUUIDRef interfaceType,
                                                 IOCFPlugInInterface ***theInterface,
                                                 SInt32 *theScore) {
-  std::lock_guard lock(g.mutex);
-  const Object *found = Find(service, Object::kEntry, "IOCreatePlugInInterfaceForService");
-  if (!found) return kIOReturnBadArgument;
   if (!SameUuid(CFUUIDGetUUIDBytes(pluginType), kIOUSBDeviceUserClientTypeID) ||
       !SameUuid(CFUUIDGetUUIDBytes(interfaceType), kIOCFPlugInInterfaceID))
     return kIOReturnUnsupported;
-  if (found->behaviour.plugInResult != KERN_SUCCESS) return found->behaviour.plugInResult;
-  ++g_plugIns;
-  *theInterface = &(new PlugInObject{&g_plugInTable, {1}, service})->table;
+  *theInterface = &(new PlugIn{&g_plugInTable, service})->table;
   *theScore = 0;
   return KERN_SUCCESS;
 }

@@ -36,7 +36,7 @@ typedef struct {
 } CFUUIDBytes;
 
 enum { kCFNumberSInt32Type = 3, kCFNumberSInt64Type = 4 };
-enum { kCFStringEncodingASCII = 0x0600, kCFStringEncodingUTF8 = 0x08000100 };
+enum { kCFStringEncodingUTF8 = 0x08000100 };
 
 extern const CFAllocatorRef kCFAllocatorDefault;
 extern const CFRunLoopMode kCFRunLoopDefaultMode;
@@ -44,7 +44,6 @@ extern const CFRunLoopMode kCFRunLoopDefaultMode;
 CFStringRef __CFStringMakeConstantString(const char *cStr);
 #define CFSTR(cStr) __CFStringMakeConstantString("" cStr "")
 
-CFTypeRef CFRetain(CFTypeRef cf);
 void CFRelease(CFTypeRef cf);
 CFTypeID CFGetTypeID(CFTypeRef cf);
 CFStringRef CFCopyDescription(CFTypeRef cf);

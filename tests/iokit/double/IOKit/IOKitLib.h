@@ -28,12 +28,8 @@ typedef void (*IOServiceInterestCallback)(void *refcon, io_service_t service, ui
 #define MACH_PORT_NULL 0
 #define kNilOptions 0
 #define kIOReturnSuccess KERN_SUCCESS
-#define kIOReturnError ((IOReturn)0xE00002BC)
-#define kIOReturnNoMemory ((IOReturn)0xE00002BD)
-#define kIOReturnBadArgument ((IOReturn)0xE00002C2)
 #define kIOReturnNoDevice ((IOReturn)0xE00002C0)
 #define kIOReturnUnsupported ((IOReturn)0xE00002C7)
-#define kIOReturnNotFound ((IOReturn)0xE00002F0)
 
 #define kIOServicePlane "IOService"
 #define kIOFirstMatchNotification "IOServiceFirstMatch"
