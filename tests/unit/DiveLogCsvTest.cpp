@@ -5,9 +5,11 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTimeZone>
+#include <cerrno>
 
 #include "DiveLogCsv.h"
 #include "DiveLogPage.h"
+#include "LogIndex.h"
 #include "SystemLog.h"
 #include "TestSupport.h"
 
@@ -94,42 +96,6 @@ TEST_F(DiveLogCsvTest, WritesTheDiveByteForByte) {
   EXPECT_EQ(ReadFile(path), QByteArray(kSampleDiveCsv));
 }
 
-TEST_F(DiveLogCsvTest, AllFlagsAndNoneKeepTheirOwnTables) {
-  QByteArray page = SampleDive(0);
-  page[kWarningFlags] = char(0xFF);
-  page[kInformationFlags] = char(0xFF);
-  PutSample(page, 0, QByteArray::fromHex("00000000000000ff"));
-  ASSERT_TRUE(DiveLogCsvSave(path, &page));
-  const QByteArray all = ReadFile(path);
-  EXPECT_TRUE(all.contains("\nwarning,SLOW,DECO,DECO_DEPTH,PO2,O2,MAX_DEPTH,OUT_OF_RANGE,\n"));
-  EXPECT_TRUE(
-      all.contains("\ninfomation,SENSOR_ERROR,BATTERY_LOW,TEMPERATURE_ERROR,DEVICE_ERROR,\n"));
-  // No profile: the file ends with the column heads.
-  EXPECT_TRUE(all.endsWith("profile\ntime,depth,temperature,gas pressure,n2,o2,o2per,warning\n"));
-
-  page[kWarningFlags] = 0;
-  page[kInformationFlags] = 0;
-  page[kEntryPressure] = char(200);
-  PutWord(page, kProfileSize, 1);
-  ASSERT_TRUE(DiveLogCsvSave(path, &page));
-  const QByteArray none = ReadFile(path);
-  EXPECT_TRUE(none.contains("\nwarning,\ninfomation,\n"));
-  EXPECT_TRUE(none.contains("\npressure on entry,1024.00,hPa\n"));
-  EXPECT_TRUE(none.endsWith("\n0,0.00,0.0,0,0,0,0,SLOW,DECO,DEPTH,PO2,O2,DALM,OUT,\n"));
-}
-
-TEST_F(DiveLogCsvTest, ProfileSizePastThePageEndsTheFileEarly) {
-  LogCapture log;
-  // 504 samples fill the profile area; 505 to 512 read the summary as samples; the 513th
-  // would start at byte 4096.
-  const QByteArray page = SampleDive(513);
-  EXPECT_TRUE(DiveLogCsvSave(path, &page).saved());  // as far as the page goes
-  const QList<QByteArray> lines = ReadFile(path).split('\n');
-  EXPECT_EQ(lines.size(), 21 + 512 + 1);  // header block, 512 samples, empty after the last
-  EXPECT_TRUE(lines[21 + 511].startsWith(QByteArray(QByteArray::number(511 * 5) + ",")));
-  EXPECT_EQ(log.startingWith("exception:").size(), 1u);
-}
-
 // A device with room for `room` bytes, as a disk that fills up.
 struct FillingDevice : QBuffer {
   explicit FillingDevice(qint64 room) : room(room) { open(QIODevice::WriteOnly); }
@@ -159,6 +125,14 @@ TEST_F(DiveLogCsvTest, AFolderInTheWayIsLeftAsItWasAndSaidSo) {
   EXPECT_EQ(QDir(dir.path()).count(), 3u);  // ".", ".." and the folder: no temporary file
 }
 
+// The system's words for a full disk (or quota) become the sentence the diver reads.
+TEST_F(DiveLogCsvTest, AFullDiskIsSaidSo) {
+  const QFile file(path);
+  EXPECT_EQ(SaveFailure(file, EDQUOT).error, SaveError::DiskFull);
+  EXPECT_EQ(DescribeSaveFailure(SaveFailure(file, ENOSPC), "dive.csv"),
+            "dive.csv could not be saved: the disk is full.");
+}
+
 TEST(DiveRecord, PlainUnitsAndJapanTimeOfARealPage) {
   QByteArray page = SampleDive(3);
   // 23:50 to 00:35 on the device's clock, which runs on UTC.
@@ -174,14 +148,21 @@ TEST(DiveRecord, PlainUnitsAndJapanTimeOfARealPage) {
   EXPECT_DOUBLE_EQ(dive.samples[2].depthMetres(), 18.70);
 }
 
-TEST_F(DiveLogCsvTest, MissingPageWritesZerosAndMissingPathWritesNothing) {
-  LogCapture log;
-  ASSERT_TRUE(DiveLogCsvSave(path, nullptr));
-  const QByteArray zeros = ReadFile(path);
-  EXPECT_TRUE(zeros.startsWith("date,\nentry time,\nexit time,\nsampling,0\n"));
-  EXPECT_TRUE(zeros.endsWith("warning\n"));
-  EXPECT_FALSE(DiveLogCsvSave(QString(), nullptr));
-  EXPECT_TRUE(log.contains("DiveLogCsvSave:filename is nil!."));
+// The list row and the file name of a dive, in Japan time: 20:30 on the device's clock is
+// 05:30 the next morning, and the day number follows.
+TEST(DiveRow, ShowsTheDiveInJapanTime) {
+  QByteArray dive = SampleDive(3);
+  EXPECT_EQ(DiveLogRowText(dive), "2023/11/05 23:00 45min");
+  EXPECT_EQ(DiveLogFileBaseName(dive), "2023-11-05_23-00_45");
+  EXPECT_EQ(DiveLogDayNumber(dive), 20231105);
+  dive.replace(kEntryMinute, 2, QByteArray::fromHex("3020"));
+  EXPECT_EQ(DiveLogRowText(dive), "2023/11/06 05:30 45min");
+  EXPECT_EQ(DiveLogDayNumber(dive), 20231106);
+
+  LogCapture quiet;
+  const QByteArray erased(kBytes, '\xFF');
+  EXPECT_EQ(DiveLogRowText(erased), "0000/00/00 00:00 65535min");
+  EXPECT_EQ(DiveLogFileBaseName(erased), "0000-00-00_00-00_65535");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "FieldDecoders.h"
+#include "LogIndex.h"
 #include "SystemLog.h"
 
 namespace {
@@ -24,23 +25,17 @@ ShownDate Show(const QByteArray &bytes) {
           NSDataToNSDateNumberJST(&bytes, 0, 1, 2, 3, 4)};
 }
 
-TEST(FieldDecoders, BytesWordsAndUncheckedBcd) {
+TEST(FieldDecoders, LittleEndianWordsUncheckedBcdAndNoReadPastTheRecord) {
   const QByteArray bytes("\x34\x12\xFF\x1A", 4);
   EXPECT_EQ(NSData2ToInt(&bytes, 0), 4660);
-  EXPECT_EQ(NSDataToInt(&bytes, 0), 52);
-  EXPECT_EQ(bcd2bin(&bytes, 0), 34);
   EXPECT_EQ(NSDataToInt(&bytes, 2), 255);
   EXPECT_EQ(NSData2ToInt(&bytes, 2), 0x1AFF);
+  EXPECT_EQ(bcd2bin(&bytes, 0), 34);
   EXPECT_EQ(bcd2bin(&bytes, 2), 165);
   EXPECT_EQ(bcd2bin(&bytes, 3), 20);
-}
-
-TEST(FieldDecoders, IndexOutsideTheRecordThrows) {
-  const QByteArray bytes("\x01\x02", 2);
-  EXPECT_THROW(NSDataToInt(&bytes, 2), DataRangeError);
-  EXPECT_THROW(NSData2ToInt(&bytes, 1), DataRangeError);
+  EXPECT_THROW(NSDataToInt(&bytes, 4), DataRangeError);
+  EXPECT_THROW(NSData2ToInt(&bytes, 3), DataRangeError);
   EXPECT_THROW(bcd2bin(&bytes, -1), DataRangeError);
-  EXPECT_THROW(NSDataToNSDateJST(&bytes, 0, 1, 2, 3, 4, kListStyle), DataRangeError);
 }
 
 TEST(FieldDecoders, DeviceClockIsReadAsUtcAndShownInJapanTime) {
@@ -56,38 +51,57 @@ TEST(FieldDecoders, DeviceClockIsReadAsUtcAndShownInJapanTime) {
   EXPECT_EQ(evening.listDate, "2024/01/01");
   EXPECT_EQ(evening.listTime, "05:30");
   EXPECT_EQ(evening.number, 20240101);
-}
 
-TEST(FieldDecoders, OnlyNinetyNineDecemberThirtyFirstIsInTheLastCentury) {
+  // Only 99-12-31 (the unset clock) is in the last century.
   const ShownDate unset = Show(Clock(0x99, 0x12, 0x31, 0x23, 0x59));
   EXPECT_EQ(unset.fileDate, "2000-01-01");
   EXPECT_EQ(unset.fileTime, "08-59");
-  EXPECT_EQ(unset.number, 20000101);
-
   EXPECT_EQ(Show(Clock(0x99, 0x12, 0x30, 0x00, 0x00)).fileDate, "2099-12-30");
-  EXPECT_EQ(Show(Clock(0x00, 0x01, 0x01, 0x00, 0x00)).fileDate, "2000-01-01");
 }
 
 TEST(FieldDecoders, ImpossibleDatesAndMissingRecordsReadAsMissing) {
-  LogCapture log;
+  LogCapture quiet;
   const ShownDate monthZero = Show(Clock(0x23, 0x00, 0x05, 0x14, 0x00));
   EXPECT_TRUE(monthZero.listDate.isNull());
   EXPECT_TRUE(monthZero.fileTime.isNull());
   EXPECT_EQ(monthZero.number, 20220101);
-  EXPECT_TRUE(log.contains("NSDataToNSDateJST:nil!. 23/00/05 14:00:00"));
   EXPECT_TRUE(Show(Clock(0x23, 0x02, 0x30, 0x00, 0x00)).listDate.isNull());  // 30 February
   EXPECT_TRUE(Show(Clock(0x23, 0x01, 0x01, 0x24, 0x00)).listTime.isNull());  // 24 o'clock
-  EXPECT_TRUE(Show(Clock(0xA3, 0x01, 0x01, 0x00, 0x00)).listDate.isNull());  // year 103
-
-  log.clear();
-  EXPECT_EQ(NSDataToInt(nullptr, 7), 0);
   EXPECT_EQ(NSData2ToInt(nullptr, 8), 0);
-  EXPECT_EQ(bcd2bin(nullptr, 9), 0);
   EXPECT_EQ(NSDataToNSDateNumberJST(nullptr, 0, 1, 2, 3, 4), 20220101);
-  EXPECT_TRUE(log.contains("NSDataToInt:start=7 data is nil!"));
-  EXPECT_TRUE(log.contains("NSData2ToInt:start=8 data is nil!"));
-  EXPECT_TRUE(log.contains("bcd2bin:start=9 data is nil!"));
-  EXPECT_TRUE(log.contains("NSDataToNSDateJST:nil!. 00/00/00 00:00:00"));
+}
+
+QByteArray History(std::initializer_list<std::pair<int, uint8_t>> bytes) {
+  QByteArray record(kLogHistoryBytes, '\0');
+  for (const auto &[offset, value] : bytes) record[offset] = char(value);
+  return record;
+}
+
+TEST(LogHistory, BytesAreSignExtendedBeforeTheyAreCombined) {
+  const LogHistory normal = DecodeLogHistory(History({{0, 3}, {16, 3}, {24, 10}}).constData());
+  EXPECT_EQ(normal.historyNumber, 3);
+  EXPECT_EQ(normal.numberOf, 3);
+  EXPECT_EQ(normal.start, 9);
+
+  EXPECT_EQ(DecodeLogHistory(History({{16, 0x90}}).constData()).numberOf, -112);
+  EXPECT_EQ(DecodeLogHistory(History({{16, 0x2C}, {17, 0x01}}).constData()).numberOf, 300);
+  EXPECT_EQ(DecodeLogHistory(History({{0, 0x90}, {1, 0x01}}).constData()).historyNumber, -112);
+  EXPECT_EQ(DecodeLogHistory(History({{24, 0xC8}, {25, 0x01}}).constData()).start, 256 - 56 - 1);
+  // The top byte is unsigned.
+  EXPECT_EQ(DecodeLogHistory(History({{24, 1}, {27, 0x01}}).constData()).start, 16777216);
+}
+
+TEST(SearchRange, BoundsCountBackFromToday) {
+  const QDate today(2024, 2, 15);
+  EXPECT_EQ(SearchDateBound("1 month", today), 20240115);
+  EXPECT_EQ(SearchDateBound("3 か月", today), 20231115);
+  EXPECT_EQ(SearchDateBound("1 year", today), 20230215);
+  EXPECT_EQ(SearchDateBound("2 年", today), 20220215);
+  EXPECT_EQ(SearchDateBound("3 years", today), 20220101);
+  // Only one year is borrowed: 14 months back gives month 0 of the year before.
+  EXPECT_EQ(SearchDateBound("14 months", today), 20230015);
+  EXPECT_EQ(SearchDateBound("-2 months", today), 20240115);
+  EXPECT_EQ(SearchDateBound("", today), 20220101);
 }
 
 }  // namespace

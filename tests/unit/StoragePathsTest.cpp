@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include "StoragePaths.h"
@@ -29,27 +30,27 @@ TEST(StoragePaths, CreatesBothFoldersBelowDownloadsAndKeepsThem) {
   EXPECT_TRUE(boxes.isEmpty());
 }
 
-TEST(StoragePaths, VoiceFolderFailureShowsItsBoxAndStops) {
+// A file where a folder belongs: no folder can be made below it, even by root. Each
+// folder that cannot be made shows its own box and stops the start-up.
+TEST(StoragePaths, AFolderThatCannotBeMadeShowsItsBoxAndStops) {
   TemporaryHome home;
-  // A file where the application's folder belongs: no folder can be made below it, even
-  // by root.
+  const QString app = home.downloads() + "/Mrvtq5dk";
   ASSERT_TRUE(QDir().mkpath(home.downloads()));
-  WriteFile(home.downloads() + "/Mrvtq5dk", "not a folder");
+  WriteFile(app, "not a folder");
   LogCapture log;
   StoragePaths paths;
   QStringList boxes;
-
-  EXPECT_FALSE(CreateFolder(paths, DownloadsFolder(), [&boxes](const QString &text) { boxes << text; }));
+  const auto box = [&boxes](const QString &text) { boxes << text; };
+  EXPECT_FALSE(CreateFolder(paths, DownloadsFolder(), box));
   EXPECT_EQ(boxes, QStringList{"voice folder create error!"});
   EXPECT_EQ(log.startingWith("create voice folder Error. ").size(), 1u);
-  EXPECT_TRUE(log.startingWith("create logs folder Error.").empty());
-}
 
-TEST(StoragePaths, PathComponentsJoinWithOneSlash) {
-  EXPECT_EQ(AppendPathComponent("/home/d/Downloads", "/Mrvtq5dk/log"),
-            "/home/d/Downloads/Mrvtq5dk/log");
-  EXPECT_EQ(AppendPathComponent("/home/d/Downloads/", "Mrvtq5dk/tempVoiceData.bin"),
-            "/home/d/Downloads/Mrvtq5dk/tempVoiceData.bin");
+  ASSERT_TRUE(QFile::remove(app) && QDir().mkpath(app));
+  // A link to nowhere: it is not there for the program, yet no folder can be made at it.
+  ASSERT_TRUE(QFile::link(home.path() + "/gone", app + "/log"));
+  EXPECT_FALSE(CreateFolder(paths, DownloadsFolder(), box));
+  EXPECT_EQ(boxes.last(), "logs folder create error!");
+  EXPECT_EQ(log.startingWith("create logs folder Error. ").size(), 1u);
 }
 
 }  // namespace

@@ -8,11 +8,13 @@ namespace {
 const VoiceBlockRing kDefaultRing;
 
 TEST(VoiceClipSize, CountsBlocksAcrossTheHoleAndAroundTheRing) {
-  LogCapture log;
+  LogCapture quiet;
   // 14 blocks.
   EXPECT_EQ(GetVoiceDataSize("230405-130722_002-00F", kDefaultRing), 14 * 130560);
   // 992..1040 spans the 24-block hole: 25 blocks.
   EXPECT_EQ(GetVoiceDataSize("230405-130722_3E0-410", kDefaultRing), 3264000);
+  // Ends on block 1024, the hole's last: corrected too, 9 blocks.
+  EXPECT_EQ(GetVoiceDataSize("230405-130722_3E0-400", kDefaultRing), 9 * 130560);
   // Ends just before the hole: no correction.
   EXPECT_EQ(GetVoiceDataSize("230405-130722_3E0-3FF", kDefaultRing), 32 * 130560);
   // Wraps from 1952 to 5 without touching the hole: 12 blocks.
@@ -23,24 +25,15 @@ TEST(VoiceClipSize, CountsBlocksAcrossTheHoleAndAroundTheRing) {
   // The wrap follows the ring that the last header gave.
   EXPECT_EQ(GetVoiceDataSize("230405-130722_7A0-005", VoiceBlockRing{2, 1999}),
             (5 - 1952 + 1997) * 130560 + 2 * 130560);
-  EXPECT_TRUE(
-      log.contains("GetVoiceDataSize:230405-130722_3E0-410:start=992,end=1040,size=3264000"));
-}
-
-TEST(VoiceClipSize, MisshapenEntriesGiveZero) {
-  LogCapture log;
+  // Misshapen entries give nothing to download.
   EXPECT_EQ(GetVoiceDataSize("230405-130722-002-00F-1", kDefaultRing), 0);
-  EXPECT_EQ(GetVoiceDataSize("", kDefaultRing), 0);
   EXPECT_EQ(GetVoiceDataDate("230405130722_002"), 0);
-  EXPECT_EQ(log.startingWith("GetVoiceDataSize:230405-130722-002-00F-1->").size(), 1u);
-  EXPECT_EQ(log.startingWith("GetVoiceDataDate:230405130722_002->").size(), 1u);
 }
 
 TEST(VoiceListLine, ShowsDateTimeAndMinutesByPosition) {
-  LogCapture log;
+  LogCapture quiet;
   EXPECT_EQ(GetVoiceDataDate("230405-130722_002-00F"), 20230405);
   EXPECT_EQ(voiseIndex2List("230405-130722_002-00F", kDefaultRing), "2023/04/05 13:07 2min");
-  EXPECT_TRUE(log.contains("voiseIndex2List:00F,002,block=14"));
   // Minutes ignore the hole (49 blocks: 7.56 min shown as 7) ...
   EXPECT_EQ(voiseIndex2List("211231_235959-3E0-410", kDefaultRing), "2021/12/31 23:59 7min");
   // ... and count a wrapped clip one block short (11 blocks).
@@ -50,8 +43,8 @@ TEST(VoiceListLine, ShowsDateTimeAndMinutesByPosition) {
   EXPECT_EQ(voiseIndex2List("230405-130722_002-00", kDefaultRing), std::nullopt);
 }
 
-TEST(VoiceIndexReply, HeaderGivesCountAndRing) {
-  LogCapture log;
+TEST(VoiceIndexReply, HeaderGivesCountAndRingAnEmptyDeviceKeepsTheRing) {
+  LogCapture quiet;
   VoiceIndexState state;
   state.g_voice_data_block = {7, 8};
   const QByteArray reply =
@@ -61,71 +54,45 @@ TEST(VoiceIndexReply, HeaderGivesCountAndRing) {
   ASSERT_TRUE(state.g_voice_index.has_value());
   EXPECT_EQ(state.g_voice_index->size(), 5);
   EXPECT_EQ(state.g_voice_index->at(1), "230405-130722_002-00F");
-  EXPECT_EQ(state.g_voice_index->last(), "\r\n");
   EXPECT_EQ(state.g_number_of_index, 3);
   EXPECT_EQ(state.g_voice_data_block.first, 2);
   EXPECT_EQ(state.g_voice_data_block.last, 1959);
-  EXPECT_TRUE(log.contains("g_number_of_index=3,(03)"));
-  EXPECT_TRUE(log.contains("g_voice_data_block:2(002)->1959(7A7)"));
-}
 
-TEST(VoiceIndexReply, EmptyDeviceKeepsTheRingAndStillUpdatesTheList) {
-  LogCapture log;
-  VoiceIndexState state;
   state.g_voice_data_block = {4, 900};
   EXPECT_TRUE(ApplyVoiceIndexReply("0(002-7A7),\r\n", state));
   EXPECT_EQ(state.g_number_of_index, 0);
   EXPECT_EQ(state.g_voice_data_block.first, 4);
   EXPECT_EQ(state.g_voice_data_block.last, 900);
-  EXPECT_TRUE(log.contains("g_number_of_index=0:g_voice_data_block:4->900"));
 }
 
 TEST(VoiceIndexReply, UnreadableRepliesClearTheIndex) {
-  LogCapture log;
+  LogCapture quiet;
   VoiceIndexState state;
   state.g_voice_index = QStringList{"old"};
   EXPECT_FALSE(ApplyVoiceIndexReply("03,230405-130722_002-00F,\r\n", state));
   EXPECT_FALSE(state.g_voice_index.has_value());
-  EXPECT_TRUE(log.contains("cmd < 3..."));
-
   state.g_voice_index = QStringList{"old"};
   EXPECT_FALSE(ApplyVoiceIndexReply("03(002-7A7),\xff\xfe\r\n", state));
   EXPECT_FALSE(state.g_voice_index.has_value());
-  EXPECT_TRUE(log.contains("voice_rx_buffer is nil."));
-  EXPECT_TRUE(log.contains("g_voice_index is nil"));
 }
 
 TEST(VoiceIndexAccumulator, ReplyEndsOnlyInAReadThatHoldsTheLineEnd) {
-  LogCapture log;
+  LogCapture quiet;
   VoiceIndexAccumulator accumulator;
   EXPECT_EQ(accumulator.feed("02(002-7A7),2304", 16), std::nullopt);
-  const auto reply = accumulator.feed("05-130722_002-00F,\r\n", 20);
-  ASSERT_TRUE(reply.has_value());
-  EXPECT_EQ(*reply, "02(002-7A7),230405-130722_002-00F,\r\n");
+  EXPECT_EQ(accumulator.feed("05-130722_002-00F,\r\n", 20),
+            QByteArray("02(002-7A7),230405-130722_002-00F,\r\n"));
   EXPECT_EQ(accumulator.fill(), 0u);
-  EXPECT_TRUE(log.contains(
-      "g_receive_data_type_is_voice_record == eSERIAL_RX_VOICE_INDEX.16.:02(002-7A7),2304"));
-  EXPECT_TRUE(
-      log.contains("g_receive_data_type_is_voice_record == eSERIAL_RX_VOICE_INDEX\u3000END. 36.:"
-                   "02(002-7A7),230405-130722_002-00F,\r\n"));
 
   // "\r" and "\n" in different reads: not complete, and not completed by the "\n" read.
   EXPECT_EQ(accumulator.feed("01(002-7A7),\r", 13), std::nullopt);
   EXPECT_EQ(accumulator.feed("\n", 1), std::nullopt);
-  const auto later = accumulator.feed("x\r\n", 3);
-  ASSERT_TRUE(later.has_value());
-  EXPECT_EQ(*later, "01(002-7A7),\r\nx\r\n");
-}
+  EXPECT_EQ(accumulator.feed("x\r\n", 3), QByteArray("01(002-7A7),\r\nx\r\n"));
 
-TEST(VoiceIndexAccumulator, BytesAfterAZeroAreStoredAsZeros) {
-  VoiceIndexAccumulator accumulator;
+  // Bytes after a zero byte are stored as zeros, and a line end among them is not seen.
   const char chunk[] = {'0', '1', '\0', 'A', 'B', '\r', '\n'};
-  // The line end after the zero byte is not looked at.
   EXPECT_EQ(accumulator.feed(chunk, sizeof chunk), std::nullopt);
-  EXPECT_EQ(accumulator.fill(), sizeof chunk);
-  const auto reply = accumulator.feed("\r\n", 2);
-  ASSERT_TRUE(reply.has_value());
-  EXPECT_EQ(*reply, QByteArray("01\0\0\0\0\0\r\n", 9));
+  EXPECT_EQ(accumulator.feed("\r\n", 2), QByteArray("01\0\0\0\0\0\r\n", 9));
 }
 
 TEST(VoiceIndexAccumulator, OverlongReplyIsDroppedWholeWithoutOverrun) {
@@ -137,13 +104,11 @@ TEST(VoiceIndexAccumulator, OverlongReplyIsDroppedWholeWithoutOverrun) {
   EXPECT_EQ(accumulator.feed("tail of the long reply\r\n", 24), std::nullopt);
   EXPECT_EQ(log.startingWith("voice index reply longer than 4096 bytes").size(), 1u);
 
-  // The next reply is read cleanly; one of exactly 4096 bytes fits.
+  // The next reply is read cleanly; one of exactly 4096 bytes (a full device) fits.
   QByteArray full(4094, 'B');
   full += "\r\n";
   EXPECT_EQ(accumulator.feed(full.constData(), 2048), std::nullopt);
-  const auto reply = accumulator.feed(full.constData() + 2048, 2048);
-  ASSERT_TRUE(reply.has_value());
-  EXPECT_EQ(*reply, full);
+  EXPECT_EQ(accumulator.feed(full.constData() + 2048, 2048), full);
 }
 
 }  // namespace
