@@ -217,8 +217,11 @@ TEST_F(WindowTest, SaveAllNewMarksEveryRowAndACancelledClipLeavesNothingBehind) 
 TEST_F(WindowTest, WithTheDeviceGoneTheLibraryIsBrowsed) {
   sim::Contents contents = OneClipOneDive();
   contents.clips[0].start = contents.dives[0].entry.addSecs(120);  // spoken during the dive
+  contents.dives.prepend(
+      sim::GenerateDive(6, contents.dives[0].entry.addDays(-2), 30, 10, 1500, 270, 230));
+  contents.totalDives = 2;
   Library().recordDive({"QM482", "11110000"},
-                       {9, contents.dives[0].entry.addDays(-9), sim::DivePage(contents.dives[0])});
+                       {9, contents.dives[1].entry.addDays(-9), sim::DivePage(contents.dives[1])});
   auto device = std::make_unique<SimulatedDevice>(contents);
   ASSERT_TRUE(connectTo(*device));
   auto *saveAll = Outlet<QPushButton>(window, "button_save_all_new");
@@ -233,7 +236,7 @@ TEST_F(WindowTest, WithTheDeviceGoneTheLibraryIsBrowsed) {
   }));
   auto *dives = Outlet<QTableView>(window, "view_log_index");
   auto *clips = Outlet<QTableView>(window, "view_voice_index");
-  ASSERT_EQ(dives->model()->rowCount(), 1);
+  ASSERT_EQ(dives->model()->rowCount(), 2);
   ASSERT_EQ(clips->model()->rowCount(), 1);
   EXPECT_TRUE(dives->isEnabled());
   EXPECT_TRUE(dives->model()->index(0, 0).data(Qt::ForegroundRole).isValid());  // greyed
