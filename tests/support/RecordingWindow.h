@@ -9,52 +9,93 @@
 
 #include "LinkSupervision.h"
 #include "Outcome.h"
+#include "TestSupport.h"
 #include "WindowOperations.h"
 
-// A window that remembers what it was told, from any thread, in order.
+// A window that remembers what it was told, from any thread, in order: each call as a line
+// ("setEnabled:button_reconnect=1", "EnableButtonDownloadLog:0", "outcome:" and the sentence of how
+// an operation ended), and the texts, rows and selection as they stand.
 class RecordingWindow : public WindowOperations {
  public:
   void messageBox(const QString &text) override { record("messageBox:" + text); }
-  void setText(Outlet outlet, const QString &text) override;
-  void setVisible(Outlet outlet, bool visible) override;
-  void setEnabled(Outlet outlet, bool enabled) override;
-  void setProgress(int percent) override;
-  void EnableComboBoxVoiceIndex(bool enable) override {
-    record(flag("EnableComboBoxVoiceIndex", enable));
+  void setText(Outlet outlet, const QString &text) override {
+    record("setText:" + Name(outlet) + "=" + text, [&] { texts_[outlet] = text; });
   }
-  void EnableButtonDownloadVoice(bool enable) override {
-    record(flag("EnableButtonDownloadVoice", enable));
+  void setVisible(Outlet outlet, bool on) override {
+    record("setVisible:" + Name(outlet) + (on ? "=1" : "=0"));
   }
-  void EnableComboBoxLogIndex(bool enable) override {
-    record(flag("EnableComboBoxLogIndex", enable));
+  void setEnabled(Outlet outlet, bool on) override {
+    record("setEnabled:" + Name(outlet) + (on ? "=1" : "=0"));
   }
-  void EnableButtonDownloadLog(bool enable) override {
-    record(flag("EnableButtonDownloadLog", enable));
+  void setProgress(int percent) override { record("setProgress:" + QString::number(percent)); }
+  void EnableComboBoxVoiceIndex(bool on) override { record(Flag("EnableComboBoxVoiceIndex", on)); }
+  void EnableButtonDownloadVoice(bool on) override {
+    record(Flag("EnableButtonDownloadVoice", on));
   }
-  void reloadList(IndexList list, const QStringList &rows) override;
-  void selectRow(IndexList list, int row) override;
-  int selectedRow(IndexList list) const override;
-  void setIsProcessing(bool processing) override;
+  void EnableComboBoxLogIndex(bool on) override { record(Flag("EnableComboBoxLogIndex", on)); }
+  void EnableButtonDownloadLog(bool on) override { record(Flag("EnableButtonDownloadLog", on)); }
+  void reloadList(IndexList list, const QStringList &rows) override {
+    record(QString("reloadList:%1=%2").arg(Name(list)).arg(rows.size()),
+           [&] { rows_[list] = rows; });
+  }
+  void selectRow(IndexList list, int row) override {
+    record(QString("selectRow:%1=%2").arg(Name(list)).arg(row), [&] { selected_[list] = row; });
+  }
+  int selectedRow(IndexList list) const override {
+    return locked([&] { return selected_.value(list, -1); });
+  }
+  void setIsProcessing(bool processing) override {
+    locked([&] { processing_ = processing; });
+  }
   QString searchRangeText() const override { return searchRange; }
   QString searchRange = "1 month";
 
-  // Hears how an operation ended, as a front end does: recorded as "outcome:" and the
-  // sentence, in order with the window's calls.
-  OutcomeHandler outcomes();
-  std::optional<Outcome> lastOutcome() const;
+  // Hears how an operation ended, as a front end does.
+  OutcomeHandler outcomes() {
+    return [this](const Outcome &outcome) {
+      record("outcome:" + outcome.sentence, [&] { lastOutcome_ = outcome; });
+    };
+  }
+  std::optional<Outcome> lastOutcome() const {
+    return locked([&] { return lastOutcome_; });
+  }
 
-  QStringList calls() const;
+  QStringList calls() const {
+    return locked([&] { return calls_; });
+  }
   bool called(const QString &call) const { return calls().contains(call); }
-  QString text(Outlet outlet) const;
-  QStringList rows(IndexList list) const;
-  bool isProcessing() const;
-  void clear();
+  QString text(Outlet outlet) const {
+    return locked([&] { return texts_.value(outlet); });
+  }
+  QStringList rows(IndexList list) const {
+    return locked([&] { return rows_.value(list); });
+  }
+  bool isProcessing() const {
+    return locked([&] { return processing_; });
+  }
+  void clear() {
+    locked([&] {
+      calls_.clear();
+      lastOutcome_.reset();
+    });
+  }
 
  private:
-  static QString flag(const char *name, bool value) {
-    return QString::fromLatin1(name) + (value ? ":1" : ":0");
+  static QString Name(Outlet outlet) { return QString::fromLatin1(OutletName(outlet)); }
+  static QString Name(IndexList list) { return list == IndexList::Voice ? "voice" : "log"; }
+  static QString Flag(const char *name, bool on) {
+    return QString::fromLatin1(name) + (on ? ":1" : ":0");
   }
-  void record(const QString &call);
+  void record(const QString &call, const std::function<void()> &update = {}) {
+    std::lock_guard lock(mutex_);
+    if (update) update();
+    calls_ << call;
+  }
+  template <typename F>
+  auto locked(F &&f) const -> decltype(f()) {
+    std::lock_guard lock(mutex_);
+    return f();
+  }
 
   mutable std::mutex mutex_;
   QStringList calls_;
@@ -72,6 +113,3 @@ class ManualTimer : public SupervisionTimer {
   void invalidate() override { running = false; }
   bool running = false;
 };
-
-// Waits (processing Qt events) until the condition holds or the timeout passes.
-bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 5000);

@@ -1,9 +1,6 @@
 #include "SimulatedDevice.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include "PseudoTerminal.h"
@@ -26,38 +23,6 @@ SimulatedDevice::~SimulatedDevice() {
   device_->stop();
   thread_.join();
   if (ownsMaster_ && !device_->hungUp()) close(master_);
-}
-
-RawPort::RawPort(const QString &path) {
-  fd_ = open(path.toLocal8Bit().constData(), O_RDWR | O_NOCTTY);
-  EXPECT_GE(fd_, 0) << qPrintable(path);
-  termios attributes{};
-  tcgetattr(fd_, &attributes);
-  cfmakeraw(&attributes);
-  tcsetattr(fd_, TCSANOW, &attributes);
-}
-
-RawPort::~RawPort() {
-  if (fd_ >= 0) close(fd_);
-}
-
-void RawPort::send(const QByteArray &bytes) {
-  ASSERT_EQ(write(fd_, bytes.constData(), bytes.size()), bytes.size());
-}
-
-QByteArray RawPort::readOnce(int timeoutMs) {
-  pollfd p{fd_, POLLIN, 0};
-  if (poll(&p, 1, timeoutMs) <= 0) return {};
-  char buffer[65536];
-  const ssize_t n = read(fd_, buffer, sizeof buffer);
-  if (n <= 0) return {};
-  return QByteArray(buffer, n);
-}
-
-QByteArray RawPort::readUntilQuiet(int quietMs) {
-  QByteArray all;
-  for (QByteArray piece; !(piece = readOnce(quietMs)).isEmpty();) all += piece;
-  return all;
 }
 
 sim::Contents OneClipOneDive() {

@@ -29,19 +29,3 @@ class SimulatedDevice {
 
 // One clip of 90 seconds and one dive, both from three days ago.
 sim::Contents OneClipOneDive();
-
-// The host end of the line opened raw, for talking to the simulator directly.
-class RawPort {
- public:
-  explicit RawPort(const QString &path);
-  ~RawPort();
-  void send(const QByteArray &bytes);
-  // Everything that arrives until the line has been quiet for quietMs.
-  QByteArray readUntilQuiet(int quietMs = 150);
-
- private:
-  // One read, waiting at most timeoutMs; empty on timeout or hang-up.
-  QByteArray readOnce(int timeoutMs);
-
-  int fd_ = -1;
-};

@@ -4,8 +4,10 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QThread>
 
 TemporaryHome::TemporaryHome()
     : oldHome_(qgetenv("HOME")),
@@ -78,4 +80,15 @@ ProgramRun RunChild(const QString &test, const QString &home) {
   return RunProcess(
       QCoreApplication::applicationFilePath(), {"--gtest_filter=" + test},
       {{"MRVTQ5DK_CHILD", "1"}, {"HOME", home}, {"XDG_CONFIG_HOME", home + "/.config"}});
+}
+
+bool WaitFor(const std::function<bool()> &condition, int timeoutMs) {
+  QElapsedTimer clock;
+  clock.start();
+  while (!condition()) {
+    if (clock.elapsed() > timeoutMs) return false;
+    QCoreApplication::processEvents();
+    QThread::msleep(2);
+  }
+  return true;
 }

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <functional>
 
 // A fresh temporary folder that stands in for the user's home: HOME and the XDG folders
 // point into it, so the Downloads folder is <home>/Downloads.
@@ -19,6 +20,9 @@ class TemporaryHome {
   QTemporaryDir dir_;
   QByteArray oldHome_, oldConfig_, oldData_;
 };
+
+// Waits (processing Qt events) until the condition holds or the timeout passes.
+bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 5000);
 
 QByteArray ReadFile(const QString &path);
 void WriteFile(const QString &path, const QByteArray &bytes);
