@@ -1,72 +1,212 @@
+// mrvtq5dk-cli on the simulator's pty: its exit statuses, and "sync", which saves what is new on
+// the device once, remembered in the library across runs.
+#include <signal.h>
+
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSet>
 #include <QTemporaryDir>
+#include <QTimeZone>
 
+#include "DiveLogCsv.h"
+#include "RecordingWindow.h"
 #include "SimulatedDevice.h"
 #include "TestSupport.h"
+#include "WaveFile.h"
 
 namespace {
-
-ProgramRun RunCli(const QStringList &arguments) {
-  return RunProcess(MRVTQ5DK_CLI_PATH, arguments);
-}
 
 sim::Contents Device() {
   return sim::GenerateContents(9, QDate::currentDate());
 }
 
+// A fresh home (the library lives there) and output folder for each test.
 class CliTest : public ::testing::Test {
  protected:
-  QStringList args(const QStringList &verb, const SimulatedDevice &device) {
+  QStringList arguments(const QStringList &verb, const SimulatedDevice &device) const {
     return verb + QStringList{"--port", device.slavePath(), "--output", output.path()};
   }
-  QStringList files(const char *folder) const {
-    return QDir(output.filePath(QString("Mrvtq5dk/") + folder)).entryList(QDir::Files, QDir::Name);
+  ProgramRun cli(const QStringList &verb, const SimulatedDevice &device) const {
+    return RunProcess(MRVTQ5DK_CLI_PATH, arguments(verb, device));
   }
-  TemporaryHome home;  // the library too
+  QStringList files(const char *folder) const {
+    QStringList paths;
+    QDirIterator it(output.filePath(QString("Mrvtq5dk/") + folder), QDir::Files);
+    while (it.hasNext()) paths << it.next();
+    return paths;
+  }
+  TemporaryHome home;
   QTemporaryDir output;
 };
 
 TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
-  EXPECT_EQ(RunCli({"list"}).status, 3);  // no port
-  EXPECT_EQ(RunCli({"list", "--port", "/dev/no-such-port"}).status, 3);
+  EXPECT_EQ(RunProcess(MRVTQ5DK_CLI_PATH, {"list"}).status, 3);  // no port
+  EXPECT_EQ(RunProcess(MRVTQ5DK_CLI_PATH, {"list", "--port", "/dev/no-such-port"}).status, 3);
   // Wrong use is one line saying what was wrong, and status 2.
   for (const QStringList &wrong :
        {QStringList{"download-voice"}, QStringList{"lsit"}, QStringList{"list", "--frobnicate"},
         QStringList{"list", "--range", "2 weeks"}}) {
-    const ProgramRun run = RunCli(wrong);
+    const ProgramRun run = RunProcess(MRVTQ5DK_CLI_PATH, wrong);
     EXPECT_EQ(run.status, 2) << qPrintable(wrong.join(' '));
     EXPECT_EQ(run.err.count('\n'), 1) << qPrintable(run.err);
     EXPECT_TRUE(run.err.contains("--help")) << qPrintable(run.err);
   }
 
-  // A device that answers the voice index with garbage: the listing ends at the reply
-  // deadline with one line, instead of waiting for hours.
-  sim::Options garbage;
+  // A port where nothing answers is no device; a device that answers the voice index with garbage
+  // ends the listing at the reply deadline with one line, instead of hours later.
+  sim::Options mute, garbage;
+  mute.silentCommands = {"kind"};
   garbage.garbageReplies = {"vi"};
-  SimulatedDevice babbling(Device(), garbage);
-  const ProgramRun babbled = RunCli(args({"list"}, babbling));
+  SimulatedDevice silent(Device(), mute), babbling(Device(), garbage);
+  EXPECT_EQ(cli({"list"}, silent).status, 3);
+  const ProgramRun babbled = cli({"list"}, babbling);
   EXPECT_EQ(babbled.status, 5) << qPrintable(babbled.err);
   EXPECT_EQ(babbled.err.trimmed().count('\n'), 0) << qPrintable(babbled.err);
 
   sim::Contents other = Device();
   other.model = "QM999XX";
-  SimulatedDevice wrong(other);
-  EXPECT_EQ(RunCli(args({"list"}, wrong)).status, 4);
+  EXPECT_EQ(cli({"list"}, SimulatedDevice(other)).status, 4);
 
   sim::Options stall;
   stall.stallAfterBytes = 10000;
-  SimulatedDevice stalling(Device(), stall);
-  const ProgramRun failed = RunCli(args({"download-voice", "1"}, stalling));
+  const ProgramRun failed = cli({"download-voice", "1"}, SimulatedDevice(Device(), stall));
   EXPECT_EQ(failed.status, 5);
   EXPECT_TRUE(failed.err.contains("the transfer failed"));
   EXPECT_TRUE(files("voice").isEmpty());
 
-  SimulatedDevice device(Device());
+  // A file that cannot be written (here a folder has its name) is status 6, as is a folder that
+  // cannot be made.
+  const sim::Contents contents = Device();
+  const sim::Dive &newest = contents.dives.last();
+  ASSERT_TRUE(
+      QDir(output.path())
+          .mkpath("Mrvtq5dk/log/" +
+                  newest.entry.toTimeZone(QTimeZone(9 * 3600)).toString("yyyy-MM-dd_HH-mm_") +
+                  QString::number(newest.diveMinutes) + "_profile.csv"));
+  EXPECT_EQ(cli({"download-log", "1"}, SimulatedDevice(contents)).status, 6);
   QTemporaryDir blocked;
   WriteFile(blocked.filePath("Mrvtq5dk"), "a file where the folder belongs");
-  EXPECT_EQ(RunCli({"list", "--port", device.slavePath(), "--output", blocked.path()}).status, 6);
+  SimulatedDevice device(Device());
+  EXPECT_EQ(RunProcess(MRVTQ5DK_CLI_PATH,
+                       {"list", "--port", device.slavePath(), "--output", blocked.path()})
+                .status,
+            6);
+}
+
+// Six dives and three clips are listed for the default range; a fourth clip starts in the same
+// minute as the first and lasts as long, so both want the same file name.
+sim::Contents Twins() {
+  sim::Contents contents = Device();
+  sim::Clip &first = contents.clips[2];
+  first.start.setTime(QTime(first.start.time().hour(), first.start.time().minute(), 5));
+  sim::Clip twin = first;
+  twin.start = first.start.addSecs(30);
+  twin.startBlock = 0x020;
+  twin.endBlock = 0x028;
+  twin.toneSeed = first.toneSeed + 1;
+  contents.clips.append(twin);
+  return contents;
+}
+constexpr int kListedItems = 6 + 4;
+
+class SyncTest : public CliTest {
+ protected:
+  ProgramRun sync(const SimulatedDevice &device) const { return cli({"sync"}, device); }
+  // Every file saved is one of the device's recordings, byte for byte, and none is there twice.
+  void expectTheDevicesOwn(const sim::Contents &contents) const {
+    QSet<QByteArray> recordings;
+    for (const sim::Clip &clip : contents.clips) {
+      const QByteArray audio = sim::ClipAudio(clip, contents.ringFirst, contents.ringLast);
+      recordings.insert(WaveHeader(uint64_t(audio.size())) + audio);
+    }
+    QTemporaryDir scratch;
+    for (const sim::Dive &dive : contents.dives) {
+      const QByteArray page = sim::DivePage(dive);
+      ASSERT_TRUE(DiveLogCsvSave(scratch.filePath("dive.csv"), &page));
+      recordings.insert(ReadFile(scratch.filePath("dive.csv")));
+    }
+    QSet<QByteArray> seen;
+    for (const QString &path : files("voice") + files("log")) {
+      const QByteArray bytes = ReadFile(path);
+      EXPECT_TRUE(recordings.contains(bytes)) << qPrintable(path) << " is not the device's";
+      EXPECT_FALSE(seen.contains(bytes)) << qPrintable(path) << " is there twice";
+      seen.insert(bytes);
+    }
+    EXPECT_EQ(seen.size(), kListedItems);
+  }
+  static int clipRequests(SimulatedDevice &device) {
+    int count = 0;
+    for (const QByteArray &command : device.device().commands())
+      count += command.startsWith("vh") || command.startsWith("vr");
+    return count;
+  }
+};
+
+// A sync cut off by a hang-up saves what was whole and says the rest failed; the next saves
+// only what is missing, then nothing, then only what the diver deleted or changed.
+TEST_F(SyncTest, SavesWhatIsNewOnceAcrossAHangUpADeletionAndARefill) {
+  const sim::Contents contents = Twins();
+  sim::Options cable;
+  cable.hangupAfterBytes = 16 * 4096 + 300000;  // the listing's pages, then into a clip
+  const ProgramRun cut = sync(SimulatedDevice(contents, cable));
+  EXPECT_EQ(cut.status, 5) << qPrintable(cut.err);
+  EXPECT_EQ(files("log").size(), 6);
+  EXPECT_TRUE(files("voice").filter(".wav").isEmpty());  // nothing partial
+
+  SimulatedDevice device(contents);
+  const ProgramRun rest = sync(device);
+  ASSERT_EQ(rest.status, 0) << qPrintable(rest.err);
+  EXPECT_EQ(rest.out.count("saved "), 4) << qPrintable(rest.out);
+  expectTheDevicesOwn(contents);
+  // The same-minute clips: the later one did not replace the earlier.
+  EXPECT_EQ(files("voice").filter("_voice-2.wav").size(), 1);
+
+  const int clipsBefore = clipRequests(device);
+  const ProgramRun again = sync(device);
+  EXPECT_EQ(again.status, 0) << qPrintable(again.err);
+  EXPECT_TRUE(again.out.contains("Nothing new")) << qPrintable(again.out);
+  EXPECT_EQ(clipRequests(device), clipsBefore);
+
+  // A file the diver deleted, or edited keeping its size, is saved again.
+  QFile::remove(files("voice").value(0));
+  const QString edited = files("log").value(0);
+  WriteFile(edited, QByteArray(int(QFileInfo(edited).size()), '#'));
+  const ProgramRun third = sync(device);
+  EXPECT_EQ(third.status, 0) << qPrintable(third.err);
+  EXPECT_EQ(third.out.count("saved "), 2) << qPrintable(third.out);
+  EXPECT_EQ(clipRequests(device), clipsBefore + 1);
+  expectTheDevicesOwn(contents);
+
+  // The device's memory cleared and filled again: the same numbers are other dives.
+  sim::Contents refilled = contents;
+  for (sim::Dive &dive : refilled.dives) dive.entry = dive.entry.addSecs(-3600);
+  const ProgramRun fourth = sync(SimulatedDevice(refilled));
+  EXPECT_EQ(fourth.status, 0) << qPrintable(fourth.err);
+  EXPECT_EQ(fourth.out.count("saved "), 6) << qPrintable(fourth.out);
+}
+
+TEST_F(SyncTest, CtrlCStopsMidClipWithNothingPartialAndABrokenLibraryIsSetAside) {
+  const QDir library(home.path() + "/.local/share/Mrvtq5dk");
+  library.mkpath(".");
+  WriteFile(library.filePath("Mrvtq5dk.sqlite"), QByteArray(8192, '\x5a'));
+  sim::Options slow;
+  slow.bytesPerSecond = 40000;  // a clip takes half a minute
+  SimulatedDevice device(Twins(), slow);
+  QProcess cli;
+  cli.start(MRVTQ5DK_CLI_PATH, arguments({"sync"}, device));
+  ASSERT_TRUE(WaitFor([&] { return device.device().commands().count("vx") >= 5; }, 60000));
+  ::kill(pid_t(cli.processId()), SIGINT);
+  ASSERT_TRUE(cli.waitForFinished(30000));
+  EXPECT_EQ(cli.exitCode(), 130);
+  EXPECT_TRUE(files("voice").filter(".wav").isEmpty());
+  EXPECT_EQ(files("log").size(), 6);  // what was complete stays saved
+  const QString err = QString::fromUtf8(cli.readAllStandardError());
+  EXPECT_TRUE(err.contains(".broken-")) << qPrintable(err);
+  EXPECT_EQ(library.entryList({"Mrvtq5dk.sqlite.broken-*"}).size(), 1);
 }
 
 }  // namespace
