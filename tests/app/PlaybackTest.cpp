@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <QBuffer>
-#include <QEventLoop>
 #include <QLabel>
 #include <QPushButton>
 #include <QTemporaryDir>
-#include <QTimer>
-#include <functional>
 #include <memory>
 
 #include "ClipPlayer.h"
@@ -34,16 +31,6 @@ WavePcm Read(const QByteArray &bytes) {
   in.setData(bytes);
   in.open(QIODevice::ReadOnly);
   return ReadWavePcm(in);
-}
-
-// Runs the event loop until done() holds; a generous limit, only for a thing that never happens.
-bool WaitFor(const std::function<bool()> &done, int limitMs = 20000) {
-  for (int waited = 0; !done() && waited < limitMs; waited += 20) {
-    QEventLoop loop;
-    QTimer::singleShot(20, &loop, &QEventLoop::quit);
-    loop.exec();
-  }
-  return done();
 }
 
 TEST(PlaybackDecode, ReadsTheSavedClipAndEveryCutOfIt) {
