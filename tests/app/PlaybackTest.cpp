@@ -103,13 +103,13 @@ TEST_F(Playback, ClipEndsByItselfAndStopsMidway) {
   ASSERT_TRUE(player.playing()) << qPrintable(player.error());
   EXPECT_EQ(player.durationMs(), 1000);
   EXPECT_EQ(button->text(), Localized("player_stop"));
-  EXPECT_TRUE(WaitFor([&] { return !player.playing(); }));
+  EXPECT_TRUE(WaitFor([&] { return !player.playing(); }, 20000));
   EXPECT_EQ(player.positionMs(), 0);
   EXPECT_TRUE(player.error().isEmpty()) << qPrintable(player.error());
   EXPECT_EQ(button->text(), Localized("player_play"));
 
   ASSERT_TRUE(player.play(clip));
-  EXPECT_TRUE(WaitFor([&] { return player.positionMs() > 0; }));
+  EXPECT_TRUE(WaitFor([&] { return player.positionMs() > 0; }, 20000));
   player.seek(500);
   player.stop();
   EXPECT_FALSE(player.playing());
