@@ -140,6 +140,20 @@ TEST_F(VoiceTransferTest, HangUpMidClipFailsWithoutAWave) {
   EXPECT_EQ(QFileInfo(paths().g_temp_voice_file_path).size(), 50000);
 }
 
+// A clip cancelled mid-way is ended on the device ("#cdcwait") once the line is quiet, so
+// its tail cannot run into the next request.
+TEST_F(VoiceTransferTest, CancelMidClipEndsItOnTheDevice) {
+  sim::Options slowLink;
+  slowLink.bytesPerSecond = 100000;
+  connectAndList(Device(), slowLink);
+  downloadSelected();
+  ASSERT_TRUE(WaitFor([&] { return state.g_voice_received_size > 10000; }, 20000));
+  session->cancel();
+  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::Cancelled);
+  EXPECT_TRUE(WaitFor([&] { return wire().last().startsWith("#cdcwait"); }, 30000));
+}
+
 // A whole clip with the real 0.1 s supervision timer, from firmware older than the "vx" pacing: the
 // clip ends on block 1024, just past the ring's hole, and replaces an older download of itself.
 class WholeClipTest : public VoiceTransferTest {
@@ -156,8 +170,8 @@ TEST_F(WholeClipTest, ClipAcrossTheHoleBecomesItsWaveFile) {
 
   window.selectRow(IndexList::Voice, 1);
   downloadSelected();
-  ASSERT_TRUE(WaitFor(
-      [&] { return window.called("outcome:" + Localized("download_complete") + name); }, 120000));
+  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }, 120000));
+  EXPECT_EQ(window.lastOutcome()->sentence, Localized("download_complete") + name);
   const QByteArray audio = Audio(contents, 3);
   EXPECT_EQ(ReadFile(wave(contents, 3)), WaveHeader(uint64_t(audio.size())) + audio);
   EXPECT_FALSE(QFile::exists(paths().g_temp_voice_file_path));
