@@ -140,8 +140,10 @@ VirtualUsb::Device VirtualUsb::add(const QString &name, uint32_t vendor, uint32_
           .arg(interface.mid(4), tty, device.devnode)
           .arg(number);
   GError *error = nullptr;
-  if (!umockdev_testbed_add_from_string(bed_, record.toUtf8().constData(), &error) ||
-      !umockdev_testbed_attach_ioctl(bed_, device.devnode.toUtf8().constData(), ioctls_, &error)) {
+  // The driver answers before the node appears: a program that sees the device early and
+  // opens its tty at once must find the requests answered.
+  if (!umockdev_testbed_attach_ioctl(bed_, device.devnode.toUtf8().constData(), ioctls_, &error) ||
+      !umockdev_testbed_add_from_string(bed_, record.toUtf8().constData(), &error)) {
     error_ = QString::fromUtf8(error ? error->message : "cannot add the tty node");
     if (error) g_error_free(error);
     return device;
