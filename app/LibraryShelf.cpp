@@ -4,6 +4,7 @@
 
 #include "DeviceLibrary.h"
 #include "LogIndex.h"
+#include "VoiceIndex.h"
 
 namespace {
 
@@ -11,11 +12,10 @@ namespace {
 constexpr qint64 kWaveHeaderBytes = 44;
 constexpr double kWaveBytesPerSecond = 8000 * 2;
 
-// Whole minutes as the device's list counts them: a part minute of more than six seconds
-// counts as one.
+// The clip's length in whole minutes, as the device's list would show it.
 int ClipMinutes(const QString &wavePath) {
   const qint64 bytes = std::max<qint64>(0, QFileInfo(wavePath).size() - kWaveHeaderBytes);
-  return static_cast<int>(static_cast<double>(bytes) / kWaveBytesPerSecond / 60.0 + 0.9);
+  return ListedMinutes(static_cast<double>(bytes) / kWaveBytesPerSecond);
 }
 
 }  // namespace

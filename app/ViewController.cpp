@@ -50,9 +50,7 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
                              ui_->progressBar_cdc, ui_->label_status},
       this);
   // Clips and dives have folders of their own, side by side: the box opens the one above.
-  jobPanel_->folder = [this] {
-    return QFileInfo(session_.state().paths.get().g_voice_folder_path).absolutePath();
-  };
+  jobPanel_->folder = [this] { return programFolder(); };
   voiceTable_ = {ui_->tableView_voice_index, ui_->view_voice_index, ui_->label_voice_index,
                  new IndexListModel(this), "view_voice_index"};
   logTable_ = {ui_->tableView_log_index, ui_->view_log_index, ui_->label_log_index,
@@ -585,7 +583,7 @@ void ViewController::action_button_export_logbook() {
     if (box.clickedButton() != some && box.clickedButton() != all) return;
     if (box.clickedButton() == some) request.numbers = selected;
   }
-  const QString folder = QFileInfo(session_.state().paths.get().g_voice_folder_path).absolutePath();
+  const QString folder = programFolder();
   request.downloads = QFileInfo(folder).absolutePath();
   request.file = chooseExportFile(
       QDir(folder).filePath(QStringLiteral("Mrvtq5dk-%1-%2.uddf")
@@ -594,6 +592,10 @@ void ViewController::action_button_export_logbook() {
   const LogbookExportResult result = ExportLogbook(library_, request);
   ui_->label_status->setText(result.sentence);
   messageBox(result.sentence);
+}
+
+QString ViewController::programFolder() const {
+  return QFileInfo(session_.state().paths.get().g_voice_folder_path).absolutePath();
 }
 
 void ViewController::runJob(const std::function<void(std::function<void()> ended)> &start) {

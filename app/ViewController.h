@@ -134,6 +134,8 @@ class ViewController : public QWidget, public WindowOperations {
   // A clip's mark on the dive was clicked: it plays, fetched first if not saved yet.
   void playClip(int32_t entry);
   std::optional<QString> savedClip(int32_t entry);
+  // Downloads/Mrvtq5dk, which holds the voice and log folders.
+  QString programFolder() const;
   // The dive list's further columns: each listed dive's deepest point and water temperature.
   QList<QStringList> diveDetails(qsizetype rows);
   // With no device plugged in, the lists show what the library holds of a device: the

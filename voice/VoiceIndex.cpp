@@ -82,7 +82,11 @@ int VoiceMinutes(const QString &entry, VoiceBlockRing ring) {
   // A wrapped clip counts one block fewer here than its size does; the shown minutes
   // have always been computed so.
   if (blocks < 0) blocks += int64_t{ring.last} - ring.first;
-  return static_cast<int>(static_cast<double>(Wrap32(blocks)) * kVoiceBlockSeconds / 60.0 + 0.9);
+  return ListedMinutes(static_cast<double>(Wrap32(blocks)) * kVoiceBlockSeconds);
+}
+
+int ListedMinutes(double seconds) {
+  return static_cast<int>(seconds / 60.0 + 0.9);
 }
 
 std::optional<QString> voiseIndex2List(const QString &entry, VoiceBlockRing ring) {

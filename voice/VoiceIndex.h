@@ -37,6 +37,10 @@ int32_t GetVoiceDataDate(const QString &entry);
 // 13:07:22. Invalid when the entry does not hold a date and time.
 QDateTime VoiceRecordingTime(const QString &entry);
 
+// Whole minutes as the device's list shows them: a part minute of more than six seconds
+// counts as one.
+int ListedMinutes(double seconds);
+
 // Playing time in whole minutes as the list and the file name show it: the block count
 // by position, corrected for the ring wrap but not for the hole, at 8.16 s a block,
 // plus 0.9 and truncated. The entry must be at least kVoiceEntryLength long.
