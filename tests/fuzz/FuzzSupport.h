@@ -6,7 +6,6 @@
 #include <cstdint>
 
 #include "SystemLog.h"
-#include "WindowOperations.h"
 
 // Once per fuzzing process: a Qt application, a temporary home for the folders, and the log
 // kept off stderr (its lines still reach the system log).
@@ -24,22 +23,3 @@ inline void StartFuzzing() {
   }();
   static_cast<void>(started);
 }
-
-// A window that shows nothing and chooses the first row.
-class SilentWindow : public WindowOperations {
- public:
-  void messageBox(const QString &) override {}
-  void setText(Outlet, const QString &) override {}
-  void setVisible(Outlet, bool) override {}
-  void setEnabled(Outlet, bool) override {}
-  void setProgress(int) override {}
-  void EnableComboBoxVoiceIndex(bool) override {}
-  void EnableButtonDownloadVoice(bool) override {}
-  void EnableComboBoxLogIndex(bool) override {}
-  void EnableButtonDownloadLog(bool) override {}
-  void reloadList(IndexList, const QStringList &) override {}
-  void selectRow(IndexList, int) override {}
-  int selectedRow(IndexList) const override { return 0; }
-  QString searchRangeText() const override { return QStringLiteral("5 years"); }
-  void setIsProcessing(bool) override {}
-};

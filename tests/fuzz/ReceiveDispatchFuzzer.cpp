@@ -4,6 +4,7 @@
 #include <QByteArray>
 
 #include "FuzzSupport.h"
+#include "HeadlessWindow.h"
 #include "LinkSupervision.h"
 #include "LogTransfer.h"
 #include "Session.h"
@@ -26,7 +27,10 @@ constexpr int32_t kSelectors[] = {eSERIAL_RX_RESPONSE, eSERIAL_RX_VOICE_INDEX,
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   StartFuzzing();
   if (size < 3) return 0;
-  static SilentWindow window;
+  // Whatever a list holds, its first row is the one chosen.
+  static HeadlessWindow window;
+  window.searchRange = QStringLiteral("5 years");
+  window.selectRow(IndexList::Voice, 0), window.selectRow(IndexList::Log, 0);
   Session session(window, std::make_unique<StillTimer>());
   VoiceTransfer voice(session);
   LogTransfer logs(session);

@@ -1,25 +1,26 @@
 #pragma once
 
-#include <QMap>
 #include <QString>
 #include <QStringList>
 #include <functional>
 #include <mutex>
 #include <optional>
 
+#include "HeadlessWindow.h"
 #include "LinkSupervision.h"
 #include "Outcome.h"
 #include "TestSupport.h"
-#include "WindowOperations.h"
 
 // A window that remembers what it was told, from any thread, in order: each call as a line
 // ("setEnabled:button_reconnect=1", "EnableButtonDownloadLog:0", "outcome:" and the sentence of how
 // an operation ended), and the texts, rows and selection as they stand.
-class RecordingWindow : public WindowOperations {
+class RecordingWindow : public HeadlessWindow {
  public:
+  RecordingWindow() { searchRange = "1 month"; }
   void messageBox(const QString &text) override { record("messageBox:" + text); }
   void setText(Outlet outlet, const QString &text) override {
-    record("setText:" + Name(outlet) + "=" + text, [&] { texts_[outlet] = text; });
+    HeadlessWindow::setText(outlet, text);
+    record("setText:" + Name(outlet) + "=" + text);
   }
   void setVisible(Outlet outlet, bool on) override {
     record("setVisible:" + Name(outlet) + (on ? "=1" : "=0"));
@@ -35,21 +36,13 @@ class RecordingWindow : public WindowOperations {
   void EnableComboBoxLogIndex(bool on) override { record(Flag("EnableComboBoxLogIndex", on)); }
   void EnableButtonDownloadLog(bool on) override { record(Flag("EnableButtonDownloadLog", on)); }
   void reloadList(IndexList list, const QStringList &rows) override {
-    record(QString("reloadList:%1=%2").arg(Name(list)).arg(rows.size()),
-           [&] { rows_[list] = rows; });
+    HeadlessWindow::reloadList(list, rows);
+    record(QString("reloadList:%1=%2").arg(Name(list)).arg(rows.size()));
   }
   void selectRow(IndexList list, int row) override {
-    record(QString("selectRow:%1=%2").arg(Name(list)).arg(row), [&] { selected_[list] = row; });
+    HeadlessWindow::selectRow(list, row);
+    record(QString("selectRow:%1=%2").arg(Name(list)).arg(row));
   }
-  int selectedRow(IndexList list) const override {
-    return locked([&] { return selected_.value(list, -1); });
-  }
-  void setIsProcessing(bool processing) override {
-    locked([&] { processing_ = processing; });
-  }
-  QString searchRangeText() const override { return searchRange; }
-  QString searchRange = "1 month";
-
   // Hears how an operation ended, as a front end does.
   OutcomeHandler outcomes() {
     return [this](const Outcome &outcome) {
@@ -57,27 +50,19 @@ class RecordingWindow : public WindowOperations {
     };
   }
   std::optional<Outcome> lastOutcome() const {
-    return locked([&] { return lastOutcome_; });
+    std::lock_guard lock(mutex_);
+    return lastOutcome_;
   }
 
   QStringList calls() const {
-    return locked([&] { return calls_; });
+    std::lock_guard lock(mutex_);
+    return calls_;
   }
   bool called(const QString &call) const { return calls().contains(call); }
-  QString text(Outlet outlet) const {
-    return locked([&] { return texts_.value(outlet); });
-  }
-  QStringList rows(IndexList list) const {
-    return locked([&] { return rows_.value(list); });
-  }
-  bool isProcessing() const {
-    return locked([&] { return processing_; });
-  }
   void clear() {
-    locked([&] {
-      calls_.clear();
-      lastOutcome_.reset();
-    });
+    std::lock_guard lock(mutex_);
+    calls_.clear();
+    lastOutcome_.reset();
   }
 
  private:
@@ -91,18 +76,8 @@ class RecordingWindow : public WindowOperations {
     if (update) update();
     calls_ << call;
   }
-  template <typename F>
-  auto locked(F &&f) const -> decltype(f()) {
-    std::lock_guard lock(mutex_);
-    return f();
-  }
 
-  mutable std::mutex mutex_;
   QStringList calls_;
-  QMap<Outlet, QString> texts_;
-  QMap<IndexList, QStringList> rows_;
-  QMap<IndexList, int> selected_;
-  bool processing_ = false;
   std::optional<Outcome> lastOutcome_;
 };
 
