@@ -6,25 +6,6 @@
 
 namespace {
 
-// year, month, day, hour, minute at indices 0..4.
-QByteArray Clock(uint8_t year, uint8_t month, uint8_t day, uint8_t hour, uint8_t minute) {
-  const char bytes[] = {char(year), char(month), char(day), char(hour), char(minute)};
-  return QByteArray(bytes, sizeof bytes);
-}
-
-struct ShownDate {
-  QString listDate, listTime, fileDate, fileTime;
-  int32_t number;
-};
-
-ShownDate Show(const QByteArray &bytes) {
-  return {NSDataToNSDateJST(&bytes, 0, 1, 2, 3, 4, kListStyle),
-          NSDataToNSTimeJST(&bytes, 0, 1, 2, 3, 4, kListStyle),
-          NSDataToNSDateJST(&bytes, 0, 1, 2, 3, 4, kFileStyle),
-          NSDataToNSTimeJST(&bytes, 0, 1, 2, 3, 4, kFileStyle),
-          NSDataToNSDateNumberJST(&bytes, 0, 1, 2, 3, 4)};
-}
-
 TEST(FieldDecoders, LittleEndianWordsUncheckedBcdAndNoReadPastTheRecord) {
   const QByteArray bytes("\x34\x12\xFF\x1A", 4);
   EXPECT_EQ(NSData2ToInt(&bytes, 0), 4660);
@@ -36,39 +17,34 @@ TEST(FieldDecoders, LittleEndianWordsUncheckedBcdAndNoReadPastTheRecord) {
   EXPECT_THROW(NSDataToInt(&bytes, 4), DataRangeError);
   EXPECT_THROW(NSData2ToInt(&bytes, 3), DataRangeError);
   EXPECT_THROW(bcd2bin(&bytes, -1), DataRangeError);
+  EXPECT_EQ(NSData2ToInt(nullptr, 8), 0);  // no record
+}
+
+// A device clock (BCD year, month, day, hour, minute) as the list shows it, as file names
+// show it, and as a day number.
+QString Shown(uint8_t year, uint8_t month, uint8_t day, uint8_t hour, uint8_t minute) {
+  const char clock[] = {char(year), char(month), char(day), char(hour), char(minute)};
+  const QByteArray bytes(clock, sizeof clock);
+  return QStringList{NSDataToNSDateJST(&bytes, 0, 1, 2, 3, 4, kListStyle),
+                     NSDataToNSTimeJST(&bytes, 0, 1, 2, 3, 4, kListStyle),
+                     NSDataToNSDateJST(&bytes, 0, 1, 2, 3, 4, kFileStyle),
+                     NSDataToNSTimeJST(&bytes, 0, 1, 2, 3, 4, kFileStyle),
+                     QString::number(NSDataToNSDateNumberJST(&bytes, 0, 1, 2, 3, 4))}
+      .join(' ');
 }
 
 TEST(FieldDecoders, DeviceClockIsReadAsUtcAndShownInJapanTime) {
-  const ShownDate afternoon = Show(Clock(0x23, 0x11, 0x05, 0x14, 0x00));
-  EXPECT_EQ(afternoon.listDate, "2023/11/05");
-  EXPECT_EQ(afternoon.listTime, "23:00");
-  EXPECT_EQ(afternoon.fileDate, "2023-11-05");
-  EXPECT_EQ(afternoon.fileTime, "23-00");
-  EXPECT_EQ(afternoon.number, 20231105);
-
+  EXPECT_EQ(Shown(0x23, 0x11, 0x05, 0x14, 0x00), "2023/11/05 23:00 2023-11-05 23-00 20231105");
   // 20:30 on the device is 05:30 the next morning, and the day number follows.
-  const ShownDate evening = Show(Clock(0x23, 0x12, 0x31, 0x20, 0x30));
-  EXPECT_EQ(evening.listDate, "2024/01/01");
-  EXPECT_EQ(evening.listTime, "05:30");
-  EXPECT_EQ(evening.number, 20240101);
-
+  EXPECT_EQ(Shown(0x23, 0x12, 0x31, 0x20, 0x30), "2024/01/01 05:30 2024-01-01 05-30 20240101");
   // Only 99-12-31 (the unset clock) is in the last century.
-  const ShownDate unset = Show(Clock(0x99, 0x12, 0x31, 0x23, 0x59));
-  EXPECT_EQ(unset.fileDate, "2000-01-01");
-  EXPECT_EQ(unset.fileTime, "08-59");
-  EXPECT_EQ(Show(Clock(0x99, 0x12, 0x30, 0x00, 0x00)).fileDate, "2099-12-30");
-}
-
-TEST(FieldDecoders, ImpossibleDatesAndMissingRecordsReadAsMissing) {
+  EXPECT_EQ(Shown(0x99, 0x12, 0x31, 0x23, 0x59), "2000/01/01 08:59 2000-01-01 08-59 20000101");
+  EXPECT_EQ(Shown(0x99, 0x12, 0x30, 0x00, 0x00), "2099/12/30 09:00 2099-12-30 09-00 20991230");
+  // Impossible clocks (month 0, 30 February, 24 o'clock) show nothing and count as 2022.
   LogCapture quiet;
-  const ShownDate monthZero = Show(Clock(0x23, 0x00, 0x05, 0x14, 0x00));
-  EXPECT_TRUE(monthZero.listDate.isNull());
-  EXPECT_TRUE(monthZero.fileTime.isNull());
-  EXPECT_EQ(monthZero.number, 20220101);
-  EXPECT_TRUE(Show(Clock(0x23, 0x02, 0x30, 0x00, 0x00)).listDate.isNull());  // 30 February
-  EXPECT_TRUE(Show(Clock(0x23, 0x01, 0x01, 0x24, 0x00)).listTime.isNull());  // 24 o'clock
-  EXPECT_EQ(NSData2ToInt(nullptr, 8), 0);
-  EXPECT_EQ(NSDataToNSDateNumberJST(nullptr, 0, 1, 2, 3, 4), 20220101);
+  EXPECT_EQ(Shown(0x23, 0x00, 0x05, 0x14, 0x00), "    20220101");
+  EXPECT_EQ(Shown(0x23, 0x02, 0x30, 0x00, 0x00), "    20220101");
+  EXPECT_EQ(Shown(0x23, 0x01, 0x01, 0x24, 0x00), "    20220101");
 }
 
 QByteArray History(std::initializer_list<std::pair<int, uint8_t>> bytes) {

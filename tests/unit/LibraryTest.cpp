@@ -33,31 +33,25 @@ TEST(Library, KeepsWhatWasReadAcrossReopeningNewestFirst) {
     ASSERT_TRUE(library.recordDive(kDevice, {7, Utc(2, 9), Page(0)}));  // replaced below
     ASSERT_TRUE(library.recordDive(kDevice, {12, Utc(5, 8), Page(12)}));
     ASSERT_TRUE(library.recordDive(kDevice, {7, Utc(3, 10), Page(7)}));
+    ASSERT_TRUE(library.recordDive(kOther, {1, Utc(1, 1), Page(1)}));
     ASSERT_TRUE(
         library.recordClip(kDevice, {"20240301100000", "240301-100000_002-00F", Utc(1, 10)}));
     ASSERT_TRUE(
         library.recordClip(kDevice, {"20240304110000", "240304-110000_010-01A", Utc(4, 11)}));
-    ASSERT_TRUE(library.recordDive(kOther, {1, Utc(1, 1), Page(1)}));
     ASSERT_TRUE(
         library.recordClip(kDevice, {"20240301100000", "240301-100000_002-010", Utc(1, 10)}));
   }
   Library library(path);
   EXPECT_EQ(library.devices(), (QList<DeviceKey>{kDevice, kOther}));
-
   const QList<StoredDive> dives = library.dives(kDevice);
   ASSERT_EQ(dives.size(), 2);
-  EXPECT_EQ(dives[0].number, 12);
-  EXPECT_EQ(dives[1].number, 7);
-  EXPECT_EQ(dives[1].startUtc, Utc(3, 10));
   EXPECT_EQ(dives[0].page, Page(12));
   EXPECT_EQ(dives[1].page, Page(7));
-
+  EXPECT_EQ(dives[1].startUtc, Utc(3, 10));
   const QList<StoredClip> clips = library.clips(kDevice);
   ASSERT_EQ(clips.size(), 2);
   EXPECT_EQ(clips[0].key, "20240304110000");
   EXPECT_EQ(clips[1].entry, "240301-100000_002-010");
-  EXPECT_EQ(clips[1].start, Utc(1, 10));
-  EXPECT_EQ(library.dives(kOther).size(), 1);
 }
 
 TEST(Library, FileCountsAsSavedOnlyWhileUnchangedAndHoldsOneItem) {
@@ -70,8 +64,7 @@ TEST(Library, FileCountsAsSavedOnlyWhileUnchangedAndHoldsOneItem) {
                                   dir.path() + "/./sub/../clip.wav"));
   EXPECT_EQ(library.savedFile(kDevice, ItemKind::Clip, "20240301100000"), wav);
   EXPECT_FALSE(library.savedFile(kDevice, ItemKind::Dive, "20240301100000"));
-  ASSERT_TRUE(library.itemAt(wav));
-  EXPECT_EQ(library.itemAt(wav)->itemKey, "20240301100000");
+  EXPECT_EQ(library.itemAt(wav).value_or(Library::ItemRef{}).itemKey, "20240301100000");
 
   WriteFile(wav, "RIFF----WAVEfmt two");  // same size, other bytes
   EXPECT_FALSE(library.savedFile(kDevice, ItemKind::Clip, "20240301100000"));
@@ -80,8 +73,7 @@ TEST(Library, FileCountsAsSavedOnlyWhileUnchangedAndHoldsOneItem) {
   // The same path recorded for another item is that item's now.
   ASSERT_TRUE(library.recordSaved(kOther, ItemKind::Dive, "12", wav));
   EXPECT_EQ(library.savedFile(kOther, ItemKind::Dive, "12"), wav);
-  EXPECT_EQ(library.itemAt(wav)->device, kOther);
-  EXPECT_EQ(library.itemAt(wav)->kind, ItemKind::Dive);
+  EXPECT_EQ(library.itemAt(wav).value_or(Library::ItemRef{}).kind, ItemKind::Dive);
   ASSERT_TRUE(library.recordSaved(kDevice, ItemKind::Clip, "20240301100000", wav));
   EXPECT_FALSE(library.savedFile(kOther, ItemKind::Dive, "12"));
 
@@ -90,6 +82,8 @@ TEST(Library, FileCountsAsSavedOnlyWhileUnchangedAndHoldsOneItem) {
   EXPECT_FALSE(library.recordSaved(kDevice, ItemKind::Clip, "20240301100000", wav));
 }
 
+// A database that cannot be read, or that a later version of the program wrote, is set
+// aside and a new one started; without a place for one, every call answers empty.
 TEST(Library, UnreadableDatabaseIsSetAsideAndANewOneStarted) {
   QTemporaryDir dir;
   const QString path = dir.filePath("library.sqlite");
@@ -101,25 +95,25 @@ TEST(Library, UnreadableDatabaseIsSetAsideAndANewOneStarted) {
     ASSERT_TRUE(library.isOpen());
     EXPECT_EQ(log.startingWith("library ").size(), 1u);
     EXPECT_TRUE(library.recordDive(kDevice, {3, Utc(1, 1), Page(3)}));
-    EXPECT_EQ(library.dives(kDevice).size(), 1);
   }
-  // A library written by a later version of the program is not read either.
   {
     QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "later");
     db.setDatabaseName(path);
-    ASSERT_TRUE(db.open());
-    ASSERT_TRUE(QSqlQuery(db).exec("PRAGMA user_version = 2"));
-    db.close();
+    ASSERT_TRUE(db.open() && QSqlQuery(db).exec("PRAGMA user_version = 2"));
   }
   QSqlDatabase::removeDatabase("later");
   Library library(path);
   ASSERT_TRUE(library.isOpen());
   EXPECT_TRUE(library.dives(kDevice).isEmpty());
-
   const QStringList aside = QDir(dir.path()).entryList({"library.sqlite.broken-*"}, QDir::Files);
   ASSERT_EQ(aside.size(), 2) << qPrintable(aside.join(' '));
   EXPECT_TRUE(library.notice().contains(aside.last())) << qPrintable(library.notice());
   EXPECT_EQ(ReadFile(dir.filePath(aside.first())), garbage);
+
+  Library nowhere(path + "/library.sqlite");  // a file where its folder belongs
+  EXPECT_FALSE(nowhere.isOpen() || nowhere.notice().isEmpty());
+  EXPECT_FALSE(nowhere.recordDive(kDevice, {1, Utc(1, 1), Page(1)}));
+  EXPECT_TRUE(nowhere.devices().isEmpty());
 }
 
 // A write that fails half-way (here its table is gone) is rolled back, so that the next
@@ -137,18 +131,6 @@ TEST(Library, AWriteThatFailsHalfWayLeavesTheNextOneFree) {
   LogCapture quiet;
   EXPECT_FALSE(library.recordSaved(kDevice, ItemKind::Clip, "1", dir.filePath("clip.wav")));
   EXPECT_TRUE(library.recordDive(kDevice, {3, Utc(1, 1), Page(3)}));
-}
-
-TEST(Library, WithoutAPlaceForTheDatabaseEveryCallAnswersEmpty) {
-  QTemporaryDir dir;
-  WriteFile(dir.filePath("file"), "in the way");
-  Library library(dir.filePath("file/library.sqlite"));
-  EXPECT_FALSE(library.isOpen());
-  EXPECT_FALSE(library.notice().isEmpty());
-  EXPECT_FALSE(library.recordDive(kDevice, {1, Utc(1, 1), Page(1)}));
-  EXPECT_FALSE(library.recordSaved(kDevice, ItemKind::Dive, "1", dir.filePath("file")));
-  EXPECT_FALSE(library.savedFile(kDevice, ItemKind::Dive, "1"));
-  EXPECT_TRUE(library.devices().isEmpty());
 }
 
 }  // namespace

@@ -10,28 +10,9 @@
 
 namespace {
 
-TEST(StoragePaths, CreatesBothFoldersBelowDownloadsAndKeepsThem) {
-  TemporaryHome home;
-  StoragePaths paths;
-  QStringList boxes;
-  const auto box = [&boxes](const QString &text) { boxes << text; };
-
-  ASSERT_TRUE(CreateFolder(paths, DownloadsFolder(), box));
-  EXPECT_EQ(paths.g_voice_folder_path, home.downloads() + "/Mrvtq5dk/voice");
-  EXPECT_EQ(paths.g_log_folder_path, home.downloads() + "/Mrvtq5dk/log");
-  EXPECT_EQ(paths.g_temp_voice_file_path, home.downloads() + "/Mrvtq5dk/tempVoiceData.bin");
-  EXPECT_TRUE(QFileInfo(paths.g_voice_folder_path).isDir());
-  EXPECT_TRUE(QFileInfo(paths.g_log_folder_path).isDir());
-
-  // A second call finds them and leaves what is inside alone.
-  WriteFile(paths.g_voice_folder_path + "/kept.wav", "RIFF");
-  ASSERT_TRUE(CreateFolder(paths, DownloadsFolder(), box));
-  EXPECT_TRUE(QFileInfo::exists(paths.g_voice_folder_path + "/kept.wav"));
-  EXPECT_TRUE(boxes.isEmpty());
-}
-
 // A file where a folder belongs: no folder can be made below it, even by root. Each
-// folder that cannot be made shows its own box and stops the start-up.
+// folder that cannot be made shows its own box and stops the start-up; once they can be
+// made, both are, below Downloads, and a second start-up leaves what is inside alone.
 TEST(StoragePaths, AFolderThatCannotBeMadeShowsItsBoxAndStops) {
   TemporaryHome home;
   const QString app = home.downloads() + "/Mrvtq5dk";
@@ -51,6 +32,17 @@ TEST(StoragePaths, AFolderThatCannotBeMadeShowsItsBoxAndStops) {
   EXPECT_FALSE(CreateFolder(paths, DownloadsFolder(), box));
   EXPECT_EQ(boxes.last(), "logs folder create error!");
   EXPECT_EQ(log.startingWith("create logs folder Error. ").size(), 1u);
+
+  ASSERT_TRUE(QFile::remove(app + "/log"));
+  WriteFile(app + "/voice/kept.wav", "RIFF");
+  boxes.clear();
+  ASSERT_TRUE(CreateFolder(paths, DownloadsFolder(), box));
+  EXPECT_EQ(paths.g_voice_folder_path, app + "/voice");
+  EXPECT_EQ(paths.g_temp_voice_file_path, app + "/tempVoiceData.bin");
+  EXPECT_EQ(paths.g_log_folder_path, app + "/log");
+  EXPECT_TRUE(QFileInfo(paths.g_log_folder_path).isDir());
+  EXPECT_TRUE(QFileInfo::exists(app + "/voice/kept.wav"));
+  EXPECT_TRUE(boxes.isEmpty());
 }
 
 }  // namespace

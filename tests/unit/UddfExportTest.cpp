@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTimeZone>
 #include <QXmlStreamReader>
 
@@ -21,64 +22,29 @@ void ExpectValid(const QString &path) {
   EXPECT_EQ(xmllint.exitCode(), 0) << xmllint.readAllStandardError().constData();
 }
 
-struct Waypoint {
-  QStringList alarms;
-  double depth = 0, divetime = 0, kelvin = 0;
-};
-struct ReadDive {
-  QString number, datetime;
-  double greatest = 0, duration = 0;
-  QList<Waypoint> points;
-  QStringList paras, clipLinks;
-};
-struct Logbook {
-  QStringList days;
-  QMap<QString, QString> audio;  // id -> objectname
-  QList<ReadDive> dives;
-};
-
-Logbook ReadBack(const QString &path) {
+// The document's texts by element name and its attributes as "element@attribute", each in
+// document order; an alarm reads "<dive>:<waypoint> <keyword>", both counted from 0.
+QMap<QString, QStringList> ReadBack(const QString &path) {
   const QByteArray bytes = ReadFile(path);
   QXmlStreamReader xml(bytes);
-  Logbook book;
-  QString audio;
+  QMap<QString, QStringList> read;
+  QString element;
+  int dive = -1, waypoint = -1;
   while (!xml.atEnd()) {
-    if (xml.readNext() != QXmlStreamReader::StartElement) continue;
-    const QString name = xml.name().toString(), id = xml.attributes().value("id").toString();
-    const auto value = [&xml] { return xml.readElementText(); };
-    if (name == "repetitiongroup")
-      book.days << id;
-    else if (name == "audio")
-      audio = id;
-    else if (name == "objectname")
-      book.audio[audio] = value();
-    else if (name == "dive")
-      book.dives.append(ReadDive{});
-    else if (name == "divenumber")
-      book.dives.last().number = value();
-    else if (name == "datetime")
-      book.dives.last().datetime = value();
-    else if (name == "greatestdepth")
-      book.dives.last().greatest = value().toDouble();
-    else if (name == "diveduration")
-      book.dives.last().duration = value().toDouble();
-    else if (name == "waypoint")
-      book.dives.last().points.append(Waypoint{});
-    else if (name == "alarm")
-      book.dives.last().points.last().alarms << value();
-    else if (name == "depth")
-      book.dives.last().points.last().depth = value().toDouble();
-    else if (name == "divetime")
-      book.dives.last().points.last().divetime = value().toDouble();
-    else if (name == "temperature")
-      book.dives.last().points.last().kelvin = value().toDouble();
-    else if (name == "para")
-      book.dives.last().paras << value();
-    else if (name == "link" && xml.attributes().value("ref").startsWith(u"clip-"))
-      book.dives.last().clipLinks << xml.attributes().value("ref").toString();
+    xml.readNext();
+    if (xml.isStartElement()) {
+      element = xml.name().toString();
+      if (element == "dive") ++dive, waypoint = -1;
+      waypoint += element == "waypoint";
+      for (const QXmlStreamAttribute &attribute : xml.attributes())
+        read[element + "@" + attribute.name().toString()] << attribute.value().toString();
+    } else if (xml.isCharacters() && !xml.isWhitespace()) {
+      const QString at = element == "alarm" ? QString("%1:%2 ").arg(dive).arg(waypoint) : "";
+      read[element] << at + xml.text().toString();
+    }
   }
   EXPECT_FALSE(xml.hasError()) << qPrintable(xml.errorString());
-  return book;
+  return read;
 }
 
 const QDateTime kFullEntry(QDate(2024, 3, 1), QTime(23, 30), QTimeZone::utc());  // 08:30 JST
@@ -113,7 +79,7 @@ class UddfExport : public ::testing::Test {
     ASSERT_TRUE(library.recordSaved(device, ItemKind::Clip, key, path));
   }
   LogbookExportResult exportTo(const QString &file, QDate since = {}, QString serial = {}) {
-    return ExportLogbook(library, {file, home.downloads(), since, serial});
+    return ExportLogbook(library, {file, home.downloads(), since, serial, {}});
   }
 
   TemporaryHome home;
@@ -129,42 +95,40 @@ TEST_F(UddfExport, DivesReadBackAsDecodedAndTheClipDuringADiveIsLinked) {
   EXPECT_EQ(result.dives, 3);
   EXPECT_EQ(result.clips, 1);
   ExpectValid(file);
-  const Logbook book = ReadBack(file);
-  EXPECT_EQ(book.days, QStringList({"day-2024-03-02", "day-2024-03-05"}));
-  ASSERT_EQ(book.dives.size(), 3);
-  EXPECT_EQ(book.dives[0].datetime, "2024-03-02T08:30:00+09:00");  // as the CSV dates it
+  QMap<QString, QStringList> read = ReadBack(file);
+  EXPECT_EQ(read["repetitiongroup@id"], QStringList({"day-2024-03-02", "day-2024-03-05"}));
+  EXPECT_EQ(read["datetime"].value(0), "2024-03-02T08:30:00+09:00");  // as the CSV dates it
+  qsizetype k = 0;  // every waypoint of every dive, in order
   for (int i = 0; i < 3; ++i) {
     const DiveRecord dive = DecodeDive(&pages[i]);
-    const ReadDive &read = book.dives[i];
-    EXPECT_EQ(read.number, QString::number(6 + i + 1));
-    EXPECT_EQ(read.datetime, dive.entryJapanTime().toString(Qt::ISODate));
-    EXPECT_DOUBLE_EQ(read.greatest, dive.maxDepthMetres());
-    EXPECT_EQ(read.duration, dive.diveTimeSeconds());
-    ASSERT_EQ(read.points.size(), dive.samples.size());
-    for (qsizetype k : {qsizetype(0), dive.samples.size() / 2, dive.samples.size() - 1}) {
-      EXPECT_DOUBLE_EQ(read.points[k].depth, dive.samples[k].depthMetres());
-      EXPECT_EQ(read.points[k].divetime, dive.samples[k].seconds);
-      EXPECT_NEAR(read.points[k].kelvin, dive.samples[k].temperatureCelsius() + 273.15, 0.006);
+    EXPECT_EQ(read["divenumber"].value(i), QString::number(6 + i + 1));
+    EXPECT_EQ(read["datetime"].value(i), dive.entryJapanTime().toString(Qt::ISODate));
+    EXPECT_DOUBLE_EQ(read["greatestdepth"].value(i).toDouble(), dive.maxDepthMetres());
+    EXPECT_EQ(read["diveduration"].value(i).toInt(), dive.diveTimeSeconds());
+    for (const DiveSample &sample : dive.samples) {
+      EXPECT_DOUBLE_EQ(read["depth"].value(k).toDouble(), sample.depthMetres());
+      EXPECT_EQ(read["divetime"].value(k).toInt(), sample.seconds);
+      EXPECT_NEAR(read["temperature"].value(k++).toDouble(), sample.temperatureCelsius() + 273.15,
+                  0.006);
     }
   }
+  EXPECT_EQ(read["depth"].size(), k);
 
   // Warnings UDDF has a keyword for are alarms; the rest, and the flags, are in the notes.
-  const ReadDive &flags = book.dives[1];
-  EXPECT_EQ(flags.points[10].alarms, QStringList({"ascent", "deco", "error"}));
-  EXPECT_EQ(flags.points[20].alarms, QStringList({"deco"}));
-  EXPECT_TRUE(flags.points[12].alarms.isEmpty());
-  const QString all = flags.paras.join('\n');
-  EXPECT_TRUE(all.contains("Warnings: " + DiveWarningWords(0xBF).join(", "))) << qPrintable(all);
-  EXPECT_TRUE(all.contains("Device status: " + InformationWords(0x3C).join(", ")));
+  EXPECT_EQ(read["alarm"], QStringList({"1:10 ascent", "1:10 deco", "1:10 error", "1:11 ascent",
+                                        "1:11 deco", "1:11 error", "1:20 deco"}));
+  const QString notes = read["para"].join('\n');
+  EXPECT_TRUE(notes.contains("Warnings: " + DiveWarningWords(0xBF).join(", ")))
+      << qPrintable(notes);
+  EXPECT_TRUE(notes.contains("Device status: " + InformationWords(0x3C).join(", ")));
   for (const int32_t bit : {0x08, 0x10, 0x20, 0x40})
-    EXPECT_TRUE(all.contains(SampleWarningWords(bit).first() + " at 1:40–1:50 into the dive"));
-  EXPECT_TRUE(all.contains("Voice clip 10:05 into the dive"));
+    EXPECT_TRUE(notes.contains(SampleWarningWords(bit).first() + " at 1:40–1:50 into the dive"));
+  EXPECT_TRUE(notes.contains("Voice clip 10:05 into the dive"));
 
   // Only the clip recorded during the dive, by a path relative to the logbook's folder.
-  ASSERT_EQ(flags.clipLinks.size(), 1);
-  EXPECT_EQ(book.audio.keys(), flags.clipLinks);
-  EXPECT_EQ(book.audio.first(), "../Downloads/Mrvtq5dk/voice/20240302031005.wav");
-  EXPECT_TRUE(QFileInfo::exists(home.path() + "/book/" + book.audio.first()));
+  EXPECT_EQ(read["link@ref"].filter(QRegularExpression("^clip-")), read["audio@id"]);
+  EXPECT_EQ(read["objectname"], QStringList("../Downloads/Mrvtq5dk/voice/20240302031005.wav"));
+  EXPECT_TRUE(QFileInfo::exists(home.path() + "/book/" + read["objectname"].value(0)));
 }
 
 TEST_F(UddfExport, FiltersAndAnEmptyLibraryStillGiveValidDocuments) {
@@ -175,7 +139,7 @@ TEST_F(UddfExport, FiltersAndAnEmptyLibraryStillGiveValidDocuments) {
 
   Library empty(home.path() + "/empty.sqlite");
   const QString none = home.path() + "/none.uddf";
-  const LogbookExportResult result = ExportLogbook(empty, {none, home.downloads(), {}, {}});
+  const LogbookExportResult result = ExportLogbook(empty, {none, home.downloads(), {}, {}, {}});
   ASSERT_TRUE(result.ok());
   EXPECT_EQ(result.dives, 0);
   EXPECT_TRUE(result.sentence.contains("no dives")) << qPrintable(result.sentence);
@@ -183,20 +147,18 @@ TEST_F(UddfExport, FiltersAndAnEmptyLibraryStillGiveValidDocuments) {
 }
 
 TEST_F(UddfExport, AFileThatCannotBeWrittenFailsAndLeavesNothing) {
-  const QString folder = home.path() + "/book";
   {
     FileSizeLimit limit(4096);  // the disk fills in the middle of the document
-    const LogbookExportResult result = exportTo(folder + "/logbook.uddf");
+    const LogbookExportResult result = exportTo(home.path() + "/book/logbook.uddf");
     EXPECT_EQ(result.failure, ExportFailure::CannotWrite);
     EXPECT_TRUE(result.sentence.contains("logbook.uddf could not be saved"));
   }
-  EXPECT_TRUE(QDir(folder).isEmpty());
+  EXPECT_TRUE(QDir(home.path() + "/book").isEmpty());
 
   // The command line reads the library in the (temporary) home's data folder.
   WriteFile(home.path() + "/blocked", "a file where the folder belongs");
   const ProgramRun run = RunProcess(MRVTQ5DK_CLI_PATH, {"export", home.path() + "/blocked/x.uddf"});
   EXPECT_EQ(run.status, 6) << qPrintable(run.err);
-  EXPECT_FALSE(QFileInfo::exists(home.path() + "/blocked/x.uddf"));
 }
 
 }  // namespace

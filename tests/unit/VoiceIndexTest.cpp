@@ -63,12 +63,8 @@ TEST(VoiceIndexReply, HeaderGivesCountAndRingAnEmptyDeviceKeepsTheRing) {
   EXPECT_EQ(state.g_number_of_index, 0);
   EXPECT_EQ(state.g_voice_data_block.first, 4);
   EXPECT_EQ(state.g_voice_data_block.last, 900);
-}
 
-TEST(VoiceIndexReply, UnreadableRepliesClearTheIndex) {
-  LogCapture quiet;
-  VoiceIndexState state;
-  state.g_voice_index = QStringList{"old"};
+  // A header without its ring, or bytes that are not text, clear the index.
   EXPECT_FALSE(ApplyVoiceIndexReply("03,230405-130722_002-00F,\r\n", state));
   EXPECT_FALSE(state.g_voice_index.has_value());
   state.g_voice_index = QStringList{"old"};
@@ -76,35 +72,26 @@ TEST(VoiceIndexReply, UnreadableRepliesClearTheIndex) {
   EXPECT_FALSE(state.g_voice_index.has_value());
 }
 
-TEST(VoiceIndexAccumulator, ReplyEndsOnlyInAReadThatHoldsTheLineEnd) {
-  LogCapture quiet;
+// A reply ends only in a read that holds its line end whole: "\r" and "\n" in different
+// reads do not end it. Bytes after a zero byte are stored as zeros, their line end unseen.
+// One reply longer than 4096 bytes is dropped whole; one of exactly 4096 (a full device) fits.
+TEST(VoiceIndexAccumulator, RepliesEndInAReadWithTheLineEndAndOverlongOnesAreDropped) {
+  LogCapture log;
   VoiceIndexAccumulator accumulator;
-  EXPECT_EQ(accumulator.feed("02(002-7A7),2304", 16), std::nullopt);
-  EXPECT_EQ(accumulator.feed("05-130722_002-00F,\r\n", 20),
-            QByteArray("02(002-7A7),230405-130722_002-00F,\r\n"));
-  EXPECT_EQ(accumulator.fill(), 0u);
-
-  // "\r" and "\n" in different reads: not complete, and not completed by the "\n" read.
   EXPECT_EQ(accumulator.feed("01(002-7A7),\r", 13), std::nullopt);
   EXPECT_EQ(accumulator.feed("\n", 1), std::nullopt);
   EXPECT_EQ(accumulator.feed("x\r\n", 3), QByteArray("01(002-7A7),\r\nx\r\n"));
-
-  // Bytes after a zero byte are stored as zeros, and a line end among them is not seen.
   const char chunk[] = {'0', '1', '\0', 'A', 'B', '\r', '\n'};
   EXPECT_EQ(accumulator.feed(chunk, sizeof chunk), std::nullopt);
   EXPECT_EQ(accumulator.feed("\r\n", 2), QByteArray("01\0\0\0\0\0\r\n", 9));
-}
 
-TEST(VoiceIndexAccumulator, OverlongReplyIsDroppedWholeWithoutOverrun) {
-  LogCapture log;
-  VoiceIndexAccumulator accumulator;
   const QByteArray block(4000, 'A');
   EXPECT_EQ(accumulator.feed(block.constData(), block.size()), std::nullopt);
   EXPECT_EQ(accumulator.feed(block.constData(), block.size()), std::nullopt);  // past 4096
   EXPECT_EQ(accumulator.feed("tail of the long reply\r\n", 24), std::nullopt);
   EXPECT_EQ(log.startingWith("voice index reply longer than 4096 bytes").size(), 1u);
 
-  // The next reply is read cleanly; one of exactly 4096 bytes (a full device) fits.
+  // The next reply is read cleanly.
   QByteArray full(4094, 'B');
   full += "\r\n";
   EXPECT_EQ(accumulator.feed(full.constData(), 2048), std::nullopt);
