@@ -34,12 +34,9 @@ TEST(Library, KeepsWhatWasReadAcrossReopeningNewestFirst) {
     ASSERT_TRUE(library.recordDive(kDevice, {12, Utc(5, 8), Page(12)}));
     ASSERT_TRUE(library.recordDive(kDevice, {7, Utc(3, 10), Page(7)}));
     ASSERT_TRUE(library.recordDive(kOther, {1, Utc(1, 1), Page(1)}));
-    ASSERT_TRUE(
-        library.recordClip(kDevice, {"20240301100000", "240301-100000_002-00F", Utc(1, 10)}));
-    ASSERT_TRUE(
-        library.recordClip(kDevice, {"20240304110000", "240304-110000_010-01A", Utc(4, 11)}));
-    ASSERT_TRUE(
-        library.recordClip(kDevice, {"20240301100000", "240301-100000_002-010", Utc(1, 10)}));
+    ASSERT_TRUE(library.recordClip(kDevice, {"early", "240301-100000_002-00F", Utc(1, 10)}));
+    ASSERT_TRUE(library.recordClip(kDevice, {"late", "240304-110000_010-01A", Utc(4, 11)}));
+    ASSERT_TRUE(library.recordClip(kDevice, {"early", "240301-100000_002-010", Utc(1, 10)}));
   }
   Library library(path);
   EXPECT_EQ(library.devices(), (QList<DeviceKey>{kDevice, kOther}));
@@ -50,7 +47,7 @@ TEST(Library, KeepsWhatWasReadAcrossReopeningNewestFirst) {
   EXPECT_EQ(dives[1].startUtc, Utc(3, 10));
   const QList<StoredClip> clips = library.clips(kDevice);
   ASSERT_EQ(clips.size(), 2);
-  EXPECT_EQ(clips[0].key, "20240304110000");
+  EXPECT_EQ(clips[0].key, "late");
   EXPECT_EQ(clips[1].entry, "240301-100000_002-010");
 }
 

@@ -7,21 +7,16 @@
 
 namespace {
 
-// Each table on its own must hold every key: a key missing from the Japanese table would
-// otherwise hide behind the English fallback.
-TEST(StringTables, EveryKeyHasEnglishAndJapaneseText) {
+// Each table on its own holds every key: one missing in Japanese would otherwise hide behind
+// the English fallback. Japanese is for Japanese desktops only. The date range is computed
+// from the range items' text, which must stay a number, a blank and a unit in both tables.
+TEST(StringTables, EveryKeyInBothTablesJapaneseOnlyForJapaneseDesktops) {
   for (const char *path : {kEnglishStringTable, kJapaneseStringTable}) {
     QTranslator table;
     ASSERT_TRUE(table.load(QString::fromLatin1(path))) << path;
-    for (const char *key : kStringTableKeys) {
+    for (const char *key : kStringTableKeys)
       EXPECT_FALSE(table.translate(nullptr, key).isEmpty()) << path << ": " << key;
-    }
   }
-}
-
-// Japanese only for Japanese desktops. The date range is computed from the range items'
-// text, which must stay a number, a blank and a unit in both tables.
-TEST(StringTables, JapaneseOnlyForJapaneseAndRangeItemsAreNumberBlankUnit) {
   for (QLocale::Language language : {QLocale::German, QLocale::Japanese}) {
     InstallStringTables(QLocale(language));
     EXPECT_EQ(Localized("button_reconnect"),
