@@ -8,28 +8,24 @@
 
 namespace {
 
-TEST(AppDelegate, RefusesToQuitOrCloseOnlyWhileAClipIsDownloading) {
-  AppDelegate delegate;
-  delegate.applicationDidFinishLaunching();
-  EXPECT_EQ(delegate.applicationShouldTerminate(), AppDelegate::TerminateReply::Now);
-  EXPECT_TRUE(delegate.applicationShouldTerminateAfterLastWindowClosed());
-  delegate.isProcessing = true;
-  EXPECT_EQ(delegate.applicationShouldTerminate(), AppDelegate::TerminateReply::Cancel);
-  EXPECT_FALSE(delegate.applicationShouldTerminateAfterLastWindowClosed());
-  EXPECT_FALSE(delegate.windowShouldClose());
-}
-
-TEST(AppDelegate, StoreIsOpenedOnFirstUseAndHoldsNothing) {
+// The store is opened on first use only, and quitting is refused only while a clip downloads.
+TEST(AppDelegate, RefusesToQuitOnlyWhileAClipDownloadsAndOpensTheStoreLate) {
   TemporaryHome home;
   const QString store =
       QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/Mrvtq5dk.sqlite";
   AppDelegate delegate;
-  EXPECT_FALSE(QFile::exists(store));  // nothing opened at launch
-  EXPECT_TRUE(delegate.persistentContainer().isOpen());
+  delegate.applicationDidFinishLaunching();
+  EXPECT_FALSE(QFile::exists(store));
+  EXPECT_EQ(delegate.applicationShouldTerminate(), AppDelegate::TerminateReply::Now);
+  EXPECT_TRUE(delegate.applicationShouldTerminateAfterLastWindowClosed());
   delegate.save();
   EXPECT_TRUE(QFile::exists(store));
   EXPECT_TRUE(delegate.persistentContainer().tables().isEmpty());
   EXPECT_EQ(delegate.applicationShouldTerminate(), AppDelegate::TerminateReply::Now);
+  delegate.isProcessing = true;
+  EXPECT_EQ(delegate.applicationShouldTerminate(), AppDelegate::TerminateReply::Cancel);
+  EXPECT_FALSE(delegate.applicationShouldTerminateAfterLastWindowClosed());
+  EXPECT_FALSE(delegate.windowShouldClose());
 }
 
 }  // namespace
