@@ -33,8 +33,6 @@ TEST(PlaybackDecode, ReadsTheSavedClipEveryCutOfItAndNoMalformedHeader) {
   const QByteArray wave = Wave(8000), audio = wave.mid(44);
   const WavePcm whole = Read(wave);
   ASSERT_TRUE(whole.ok());
-  EXPECT_EQ(whole.sampleRate, 8000);
-  EXPECT_EQ(whole.channels, 1);
   EXPECT_EQ(whole.pcm, audio);
   EXPECT_EQ(whole.durationMs(), 1000);
   // A download cut short: no header is a WAV, and a cut data chunk plays in whole frames.
