@@ -87,6 +87,7 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
   EXPECT_FALSE(reconnect->isEnabled());
   ASSERT_TRUE(WaitFor(
       [&] { return answerer.boxes.join(',').contains(Localized("download_complete")); }, 20000));
+  EXPECT_EQ(answerer.boxes.size(), 1) << qPrintable(answerer.boxes.join('\n'));  // none a listing
   const QDir voice(home.downloads() + "/Mrvtq5dk/voice");
   const QStringList one = voice.entryList(QDir::Files | QDir::Hidden);
   ASSERT_EQ(one.size(), 1);
