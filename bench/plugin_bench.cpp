@@ -12,11 +12,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <thread>
+#include <memory>
 #include <vector>
 
 #include "AppProcess.h"
-#include "DeviceSimulator.h"
 #include "SimulatedDevice.h"
 #include "TestSupport.h"
 #include "VirtualUsb.h"
@@ -58,11 +57,11 @@ struct Timing {
 };
 
 // Plugs the simulator in after the window has started; waits for the listing's end.
-Timing PlugIn(VirtualUsb &usb, const QString &port, sim::DeviceSimulator &device,
-              std::thread &serving) {
+Timing PlugIn(VirtualUsb &usb, const QString &port, std::unique_ptr<sim::SimulatedDevice> &served) {
   const int64_t plugged = SteadyMs();
-  const VirtualUsb::Device usbDevice = usb.plugIn(port);
-  serving = std::thread([&device, master = usbDevice.master] { device.serve(master); });
+  served = std::make_unique<sim::SimulatedDevice>(sim::OneClipOneDive(), sim::Options{},
+                                                  usb.plugIn(port).master);
+  sim::DeviceSimulator &device = served->device();
   while (device.commands().count("#detail") < 2) Pause(20);
   const QList<int64_t> at = device.commandTimesMs();
   const QList<QByteArray> wire = device.commands();
@@ -95,11 +94,8 @@ int main(int argc, char **argv) {
   for (int run = 1; run <= runs; ++run) {
     VirtualUsb usb;
     Window window;
-    sim::DeviceSimulator device(OneClipOneDive(), {});
-    std::thread serving;
-    const Timing t = PlugIn(usb, QStringLiteral("1-1"), device, serving);
-    device.stop();
-    serving.join();
+    std::unique_ptr<sim::SimulatedDevice> device;
+    const Timing t = PlugIn(usb, QStringLiteral("1-1"), device);
     totals.push_back(t.discovery + t.handshake + t.listing);
     std::printf("%4d %22lld %10lld %8lld %7lld\n", run, static_cast<long long>(t.discovery),
                 static_cast<long long>(t.handshake), static_cast<long long>(t.listing),
@@ -116,13 +112,10 @@ int main(int argc, char **argv) {
     VirtualUsb usb;
     Window window;
     Measure("no device:", window.pid(), idle);
-    sim::DeviceSimulator device(OneClipOneDive(), {});
-    std::thread serving;
-    PlugIn(usb, QStringLiteral("1-1"), device, serving);
+    std::unique_ptr<sim::SimulatedDevice> device;
+    PlugIn(usb, QStringLiteral("1-1"), device);
     Pause(4000);  // the walk's pacing ends
     Measure("connected, listed:", window.pid(), idle);
-    device.stop();
-    serving.join();
   }
   return 0;
 }

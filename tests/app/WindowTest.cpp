@@ -26,7 +26,7 @@ class WindowTest : public ::testing::Test {
     window.resize(820, 560);
     window.show();
   }
-  bool connectTo(SimulatedDevice &device) {
+  bool connectTo(sim::SimulatedDevice &device) {
     window.session().state().deviceExist = 1;
     if (window.session().openSerialPort(device.slavePath(), 9600)) return false;
     return WaitFor(
@@ -54,7 +54,7 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
                     {day.addSecs(3600), 0x01C, 0x024, 3}};
   sim::Options link;
   link.bytesPerSecond = 500000;  // two seconds a clip: time to see it arrive and cancel it
-  auto device = std::make_unique<SimulatedDevice>(contents, link);
+  auto device = std::make_unique<sim::SimulatedDevice>(contents, link);
   Library().recordDive({"QM482", "11110000"},
                        {9, newest.addDays(-9), sim::DivePage(contents.dives[5])});
   ASSERT_TRUE(connectTo(*device));

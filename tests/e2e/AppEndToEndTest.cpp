@@ -47,7 +47,7 @@ TEST(AppBinaryOnVirtualUsb, PlugInAfterStartIdentifiesThenListsInOrderAtTheTicks
 
   const VirtualUsb::Device plugged = usb.plugIn("1-1");
   const auto device =
-      std::make_unique<SimulatedDevice>(OneClipOneDive(), sim::Options{}, plugged.master);
+      std::make_unique<sim::SimulatedDevice>(sim::OneClipOneDive(), sim::Options{}, plugged.master);
   ASSERT_TRUE(WaitFor([&] { return device->device().commands().count("#detail") >= 2; }, 30000))
       << app.log().data();
 

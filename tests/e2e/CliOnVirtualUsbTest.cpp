@@ -26,7 +26,7 @@ TEST(CliOnVirtualUsb, FindsThePluggedInDeviceForEveryVerbAndSaysWhenThereIsNone)
 
   const VirtualUsb::Device plugged = usb.plugIn("1-1");
   ASSERT_GE(plugged.master, 0) << qPrintable(usb.error());
-  SimulatedDevice device(sim::GenerateContents(9, QDate::currentDate()), {}, plugged.master);
+  sim::SimulatedDevice device(sim::GenerateContents(9, QDate::currentDate()), {}, plugged.master);
   const ProgramRun list = run({"list"});
   EXPECT_EQ(list.status, 0) << qPrintable(list.err);
   EXPECT_TRUE(list.out.contains("SN.28417305"));

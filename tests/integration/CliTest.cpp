@@ -26,10 +26,10 @@ sim::Contents Device() {
 // A fresh home (the library lives there) and output folder for each test.
 class CliTest : public ::testing::Test {
  protected:
-  QStringList arguments(const QStringList &verb, const SimulatedDevice &device) const {
+  QStringList arguments(const QStringList &verb, const sim::SimulatedDevice &device) const {
     return verb + QStringList{"--port", device.slavePath(), "--output", output.path()};
   }
-  ProgramRun cli(const QStringList &verb, const SimulatedDevice &device) const {
+  ProgramRun cli(const QStringList &verb, const sim::SimulatedDevice &device) const {
     return RunProcess(MRVTQ5DK_CLI_PATH, arguments(verb, device));
   }
   QStringList files(const char *folder) const {
@@ -52,15 +52,15 @@ TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
 
   sim::Options mute;  // a port where nothing answers is no device
   mute.silentCommands = {"kind"};
-  EXPECT_EQ(cli({"list"}, SimulatedDevice(Device(), mute)).status, 3);
+  EXPECT_EQ(cli({"list"}, sim::SimulatedDevice(Device(), mute)).status, 3);
 
   sim::Contents other = Device();
   other.model = "QM999XX";
-  EXPECT_EQ(cli({"list"}, SimulatedDevice(other)).status, 4);
+  EXPECT_EQ(cli({"list"}, sim::SimulatedDevice(other)).status, 4);
 
   sim::Options stall;
   stall.stallAfterBytes = 10000;
-  const ProgramRun failed = cli({"download-voice", "1"}, SimulatedDevice(Device(), stall));
+  const ProgramRun failed = cli({"download-voice", "1"}, sim::SimulatedDevice(Device(), stall));
   EXPECT_EQ(failed.status, 5);
   EXPECT_TRUE(failed.err.contains("the transfer failed"));
   EXPECT_TRUE(files("voice").isEmpty());
@@ -72,7 +72,7 @@ TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
   ASSERT_TRUE(QDir(output.path())
                   .mkpath("Mrvtq5dk/log/" + japan.toString("yyyy-MM-dd_HH-mm_") +
                           QString::number(newest.diveMinutes) + "_profile.csv"));
-  EXPECT_EQ(cli({"download-log", "1"}, SimulatedDevice(contents)).status, 6);
+  EXPECT_EQ(cli({"download-log", "1"}, sim::SimulatedDevice(contents)).status, 6);
 }
 
 // Six dives and three clips are listed for the default range; a fourth clip starts in the same
@@ -93,7 +93,7 @@ constexpr int kListedItems = 6 + 4;
 
 class SyncTest : public CliTest {
  protected:
-  ProgramRun sync(const SimulatedDevice &device) const { return cli({"sync"}, device); }
+  ProgramRun sync(const sim::SimulatedDevice &device) const { return cli({"sync"}, device); }
   // Every file saved is one of the device's recordings, byte for byte, and none is there twice.
   void expectTheDevicesOwn(const sim::Contents &contents) const {
     QSet<QByteArray> recordings, seen;
@@ -122,12 +122,12 @@ TEST_F(SyncTest, SavesWhatIsNewOnceAcrossAHangUpADeletionAndARefill) {
   const sim::Contents contents = Twins();
   sim::Options cable;
   cable.hangupAfterBytes = 16 * 4096 + 300000;  // the listing's pages, then into a clip
-  const ProgramRun cut = sync(SimulatedDevice(contents, cable));
+  const ProgramRun cut = sync(sim::SimulatedDevice(contents, cable));
   EXPECT_EQ(cut.status, 5) << qPrintable(cut.err);
   EXPECT_EQ(files("log").size(), 6);
   EXPECT_TRUE(files("voice").filter(".wav").isEmpty());  // nothing partial
 
-  SimulatedDevice device(contents);
+  sim::SimulatedDevice device(contents);
   const ProgramRun rest = sync(device);
   ASSERT_EQ(rest.status, 0) << qPrintable(rest.err);
   EXPECT_EQ(rest.out.count("saved "), 4) << qPrintable(rest.out);
@@ -151,7 +151,7 @@ TEST_F(SyncTest, SavesWhatIsNewOnceAcrossAHangUpADeletionAndARefill) {
   // The device's memory cleared and filled again: the same numbers are other dives.
   sim::Contents refilled = contents;
   for (sim::Dive &dive : refilled.dives) dive.entry = dive.entry.addSecs(-3600);
-  const ProgramRun fourth = sync(SimulatedDevice(refilled));
+  const ProgramRun fourth = sync(sim::SimulatedDevice(refilled));
   EXPECT_EQ(fourth.status, 0) << qPrintable(fourth.err);
   EXPECT_EQ(fourth.out.count("saved "), 6) << qPrintable(fourth.out);
 }
@@ -159,7 +159,7 @@ TEST_F(SyncTest, SavesWhatIsNewOnceAcrossAHangUpADeletionAndARefill) {
 TEST_F(SyncTest, CtrlCStopsMidClipWithNothingPartial) {
   sim::Options slow;
   slow.bytesPerSecond = 40000;  // a clip takes half a minute
-  SimulatedDevice device(Twins(), slow);
+  sim::SimulatedDevice device(Twins(), slow);
   QProcess cli;
   cli.start(MRVTQ5DK_CLI_PATH, arguments({"sync"}, device));
   ASSERT_TRUE(WaitFor([&] { return device.device().commands().count("vx") >= 5; }, 60000));

@@ -43,7 +43,7 @@ TEST_F(SessionTest, HandshakeTakesOneStepATickWithTheBytesOnTheWire) {
 }
 
 TEST_F(SessionTest, PortsThatCannotBeOpenedLeaveNothingOpenAndSayWhy) {
-  SimulatedDevice device(sim::GenerateContents(3, QDate(2024, 2, 15)));
+  sim::SimulatedDevice device(sim::GenerateContents(3, QDate(2024, 2, 15)));
   EXPECT_EQ(session->openSerialPort(device.slavePath(), 12345), "Error: Baud Rate out of bounds");
   EXPECT_FALSE(state.readThreadRunning);
   EXPECT_TRUE(window.called("setText:label_poweron_message=" + Localized("initial_error")));
@@ -72,7 +72,7 @@ TEST_F(SessionTest, UnplugEndsTheConnectionAndAReplugIsIdentifiedAfresh) {
   ASSERT_TRUE(tickUntil(TRY_TX_VOICE_INDEX));
   EXPECT_EQ(wire(), (QList<QByteArray>{"#kind", "#detail", "#gser"}));
 
-  const std::unique_ptr<SimulatedDevice> first = std::move(device);
+  const std::unique_ptr<sim::SimulatedDevice> first = std::move(device);
   log.clear();
   window.clear();
   sim::Options silent;

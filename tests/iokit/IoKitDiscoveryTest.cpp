@@ -22,7 +22,7 @@ class IoKitDiscoveryTest : public DeviceSessionFixture {
     fake_iokit::Reset();
     hub = AddEntry(AddEntry(0, "AppleT8103USBXHCI", "usb-drd0"), "AppleUSB20Hub", "USB2.0 Hub",
                    {{"locationID", 0x01100000}});
-    device = std::make_unique<SimulatedDevice>(sim::GenerateContents(1, QDate(2026, 11, 23)));
+    device = std::make_unique<sim::SimulatedDevice>(sim::GenerateContents(1, QDate(2026, 11, 23)));
   }
 
   // A USB device on the hub with its interface, ACM driver and serial client.

@@ -23,7 +23,7 @@ void DeviceSessionFixture::TearDown() {
 }
 
 void DeviceSessionFixture::plugIn(sim::Contents contents, sim::Options options) {
-  device = std::make_unique<SimulatedDevice>(std::move(contents), options);
+  device = std::make_unique<sim::SimulatedDevice>(std::move(contents), options);
   session->state().deviceExist = 1;
   ASSERT_EQ(session->openSerialPort(device->slavePath(), 9600), std::nullopt);
 }
@@ -52,6 +52,6 @@ bool DeviceSessionFixture::settle() {
     // Counted as the host sent them: the simulator may not have read the last one yet.
     return !session->state().trailingReplyPending &&
            log.startingWith("Reciving other commands:OK").size() + 1 >=
-           log.startingWith("writeString:#detail").size();
+               log.startingWith("writeString:#detail").size();
   });
 }

@@ -35,6 +35,6 @@ class DeviceSessionFixture : public ::testing::Test {
   LogCapture log;
   RecordingWindow window;
   ManualTimer *timer1 = nullptr;  // when ticked by the test
-  std::unique_ptr<SimulatedDevice> device;
+  std::unique_ptr<sim::SimulatedDevice> device;
   std::unique_ptr<Session> session;
 };

@@ -7,13 +7,10 @@
 #include <QTableView>
 #include <QThread>
 #include <cstdio>
-#include <thread>
-#include <unistd.h>
 
-#include "DeviceSimulator.h"
 #include "DiveProfileView.h"
 #include "Localization.h"
-#include "PseudoTerminal.h"
+#include "SimulatedDevice.h"
 #include "SystemLog.h"
 #include "ViewController.h"
 
@@ -61,15 +58,11 @@ int main(int argc, char **argv) {
   InstallStringTables(QLocale(language));
   SetSystemLogEcho(false);
 
-  QString port, error;
-  const int master = sim::OpenPseudoTerminal(port, error);
-  if (master < 0) {
-    std::fprintf(stderr, "mrvtq5dk-shots: %s\n", qPrintable(error));
+  sim::SimulatedDevice device(ContentsWithClipsOnDives());
+  if (device.slavePath().isEmpty()) {
+    std::fprintf(stderr, "mrvtq5dk-shots: %s\n", qPrintable(device.error()));
     return 1;
   }
-  sim::DeviceSimulator device(ContentsWithClipsOnDives(), sim::Options{});
-  std::thread serving([&] { device.serve(master); });
-
   int status = 1;
   {
     ViewController window;
@@ -80,7 +73,7 @@ int main(int argc, char **argv) {
     const SessionState &state = window.session().state();
     auto *dives = window.findChild<QTableView *>(QStringLiteral("view_log_index"));
     auto *profile = window.findChild<DiveProfileView *>();
-    if (!window.session().openSerialPort(port, 9600) && RunUntil([&] {
+    if (!window.session().openSerialPort(device.slavePath(), 9600) && RunUntil([&] {
           return state.g_serial_port_status == CONNECTED_IDLE && state.g_read_index_sequence == 0 &&
                  dives->isEnabled();
         })) {
@@ -100,9 +93,6 @@ int main(int argc, char **argv) {
     } else {
       std::fprintf(stderr, "mrvtq5dk-shots: the simulated device was not listed\n");
     }
-    device.stop();
   }
-  serving.join();
-  if (!device.hungUp()) close(master);
   return status;
 }
