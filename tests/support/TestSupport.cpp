@@ -36,12 +36,6 @@ void WriteFile(const QString &path, const QByteArray &bytes) {
   ASSERT_EQ(file.write(bytes), bytes.size());
 }
 
-QString RunProgram(const QString &program, const QStringList &arguments) {
-  const ProgramRun run = RunProcess(program, arguments);
-  EXPECT_EQ(run.status, 0) << qPrintable(run.err);
-  return run.out;
-}
-
 #include <sys/resource.h>
 
 #include <csignal>

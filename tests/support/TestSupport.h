@@ -27,10 +27,6 @@ bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 5000);
 QByteArray ReadFile(const QString &path);
 void WriteFile(const QString &path, const QByteArray &bytes);
 
-// Runs a program to its end and returns what it printed on stdout; fails the test when
-// it cannot start or exits with a nonzero status.
-QString RunProgram(const QString &program, const QStringList &arguments);
-
 // How a program run ended: its exit status and what it printed.
 struct ProgramRun {
   int status = -1;
