@@ -12,7 +12,7 @@ int RunExport(const CliExportRequest &request) {
     std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(library.notice()));
   }
   const LogbookExportResult result =
-      ExportLogbook(library, {request.file, request.output, request.since, request.serial});
+      ExportLogbook(library, {request.file, request.output, request.since, request.serial, {}});
   if (result.ok()) {
     std::printf("%s\n", qPrintable(result.sentence));
     return kCliOk;
