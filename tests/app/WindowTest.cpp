@@ -166,7 +166,10 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
   answerer.boxes.clear();
   answerer.button = Localized("export_selected");
   Outlet<QPushButton>(window, "button_export_logbook")->click();
-  ASSERT_EQ(answerer.boxes.size(), 2);
+  // A write the session had put off until the line was quiet may meet the unplugged port and
+  // say so, at a time of its own: while the export's box is open, on a slow run.
+  answerer.boxes.removeAll("MrvTq5dk|Corvamund power is off");
+  ASSERT_EQ(answerer.boxes.size(), 2) << qPrintable(answerer.boxes.join('\n'));
   EXPECT_EQ(answerer.boxes[1],
             "MrvTq5dk|" + Localized("export_written").arg(1).arg(1).arg(logbook));
   EXPECT_TRUE(QFileInfo(logbook).size() > 1000);
