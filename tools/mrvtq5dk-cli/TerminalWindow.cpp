@@ -11,11 +11,5 @@ void TerminalWindow::messageBox(const QString &text) {
 
 void TerminalWindow::setText(Outlet outlet, const QString &text) {
   HeadlessWindow::setText(outlet, text);
-  std::lock_guard lock(mutex_);
   if (outlet == Outlet::label_type && !text.isEmpty()) identified_ = true;
-}
-
-bool TerminalWindow::identified() const {
-  std::lock_guard lock(mutex_);
-  return identified_;
 }

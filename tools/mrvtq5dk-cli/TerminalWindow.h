@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include "HeadlessWindow.h"
 
 // The window's operations on a terminal: boxes become lines on stderr; labels and lists
@@ -9,10 +11,10 @@ class TerminalWindow : public HeadlessWindow {
   void messageBox(const QString &text) override;
   void setText(Outlet outlet, const QString &text) override;
   // Whether the device ever said which model it is.
-  bool identified() const;
+  bool identified() const { return identified_; }
 
   bool interactive = false;  // stderr is a terminal: a progress line may need clearing
 
  private:
-  bool identified_ = false;
+  std::atomic<bool> identified_{false};
 };
