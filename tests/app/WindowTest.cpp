@@ -11,6 +11,7 @@
 #include "DiveProfileView.h"
 #include "Library.h"
 #include "Localization.h"
+#include "Protocol.h"
 #include "SimulatedDevice.h"
 #include "SystemLog.h"
 #include "TestSupport.h"
@@ -168,7 +169,7 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
   Outlet<QPushButton>(window, "button_export_logbook")->click();
   // A write the session had put off until the line was quiet may meet the unplugged port and
   // say so, at a time of its own: while the export's box is open, on a slow run.
-  answerer.boxes.removeAll("MrvTq5dk|Corvamund power is off");
+  answerer.boxes.removeAll(QString("MrvTq5dk|") + kPowerOffMessage);
   ASSERT_EQ(answerer.boxes.size(), 2) << qPrintable(answerer.boxes.join('\n'));
   EXPECT_EQ(answerer.boxes[1],
             "MrvTq5dk|" + Localized("export_written").arg(1).arg(1).arg(logbook));
