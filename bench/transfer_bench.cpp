@@ -21,6 +21,7 @@
 #include "LogTransfer.h"
 #include "ProcessCost.h"
 #include "RecordingWindow.h"
+#include "TestSupport.h"
 #include "SystemLog.h"
 #include "VoiceTransfer.h"
 

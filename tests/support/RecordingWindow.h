@@ -9,39 +9,26 @@
 #include "HeadlessWindow.h"
 #include "LinkSupervision.h"
 #include "Outcome.h"
-#include "TestSupport.h"
 
-// A window that remembers what it was told, from any thread, in order: each call as a line
-// ("setEnabled:button_reconnect=1", "EnableButtonDownloadLog:0", "outcome:" and the sentence of how
-// an operation ended), and the texts, rows and selection as they stand.
+// A window that keeps, besides the texts and rows, what the tests ask about, from any thread:
+// boxes, enabling and texts as lines ("setEnabled:button_reconnect=1",
+// "EnableButtonDownloadVoice:1", "outcome:" and the sentence), and how an operation ended.
 class RecordingWindow : public HeadlessWindow {
  public:
   RecordingWindow() { searchRange = "1 month"; }
   void messageBox(const QString &text) override { record("messageBox:" + text); }
   void setText(Outlet outlet, const QString &text) override {
     HeadlessWindow::setText(outlet, text);
-    record("setText:" + Name(outlet) + "=" + text);
-  }
-  void setVisible(Outlet outlet, bool on) override {
-    record("setVisible:" + Name(outlet) + (on ? "=1" : "=0"));
+    record("setText:" + QString(OutletName(outlet)) + "=" + text);
   }
   void setEnabled(Outlet outlet, bool on) override {
-    record("setEnabled:" + Name(outlet) + (on ? "=1" : "=0"));
+    record("setEnabled:" + QString(OutletName(outlet)) + (on ? "=1" : "=0"));
   }
-  void setProgress(int percent) override { record("setProgress:" + QString::number(percent)); }
-  void EnableComboBoxVoiceIndex(bool on) override { record(Flag("EnableComboBoxVoiceIndex", on)); }
+  void EnableComboBoxVoiceIndex(bool on) override {
+    record(QString("EnableComboBoxVoiceIndex:%1").arg(int(on)));
+  }
   void EnableButtonDownloadVoice(bool on) override {
-    record(Flag("EnableButtonDownloadVoice", on));
-  }
-  void EnableComboBoxLogIndex(bool on) override { record(Flag("EnableComboBoxLogIndex", on)); }
-  void EnableButtonDownloadLog(bool on) override { record(Flag("EnableButtonDownloadLog", on)); }
-  void reloadList(IndexList list, const QStringList &rows) override {
-    HeadlessWindow::reloadList(list, rows);
-    record(QString("reloadList:%1=%2").arg(Name(list)).arg(rows.size()));
-  }
-  void selectRow(IndexList list, int row) override {
-    HeadlessWindow::selectRow(list, row);
-    record(QString("selectRow:%1=%2").arg(Name(list)).arg(row));
+    record(QString("EnableButtonDownloadVoice:%1").arg(int(on)));
   }
   // Hears how an operation ended, as a front end does.
   OutcomeHandler outcomes() {
@@ -53,7 +40,6 @@ class RecordingWindow : public HeadlessWindow {
     std::lock_guard lock(mutex_);
     return lastOutcome_;
   }
-
   QStringList calls() const {
     std::lock_guard lock(mutex_);
     return calls_;
@@ -66,11 +52,6 @@ class RecordingWindow : public HeadlessWindow {
   }
 
  private:
-  static QString Name(Outlet outlet) { return QString::fromLatin1(OutletName(outlet)); }
-  static QString Name(IndexList list) { return list == IndexList::Voice ? "voice" : "log"; }
-  static QString Flag(const char *name, bool on) {
-    return QString::fromLatin1(name) + (on ? ":1" : ":0");
-  }
   void record(const QString &call, const std::function<void()> &update = {}) {
     std::lock_guard lock(mutex_);
     if (update) update();

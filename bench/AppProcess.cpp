@@ -1,6 +1,6 @@
 #include "AppProcess.h"
 
-#include "RecordingWindow.h"
+#include "TestSupport.h"
 
 AppProcess::AppProcess(const QString &program) {
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
