@@ -1,208 +1,152 @@
-// The IOKit and CoreFoundation test double: a registry tree in memory and a main run loop
-// that the test turns. Registry references are counted here; memory (CoreFoundation
-// objects, plug-ins, ports) is plain new and delete, so the sanitizer build finds what the
-// code under test leaks or frees twice.
+// The IOKit and CoreFoundation double. Registry references are counted; memory is plain new
+// and delete with one owner, for the sanitizer build to find leaks and double frees. No
+// lock: the test's walks run one at a time, each started and joined by the test's thread.
 #include "FakeIoKit.h"
 
 #include <IOKit/IOCFPlugIn.h>
 #include <IOKit/usb/IOUSBLib.h>
 
-#include <algorithm>
 #include <cstring>
 #include <deque>
 #include <functional>
-#include <list>
-#include <mutex>
 #include <utility>
 #include <vector>
 
-enum : CFTypeID { kStringType = 7, kDictionaryType = 18, kNumberType = 22 };
-
-// A string, a number or a dictionary. Constants are never freed.
-struct CfObject {
-  virtual ~CfObject() = default;
-  CFTypeID type = 0;
-  std::string text;
-  int64_t number = 0;
-  std::vector<std::pair<CFTypeRef, CFTypeRef>> pairs;
-  bool constant = false;
-  int references = 1;
-};
-struct __CFString : CfObject {};
-struct __CFNumber : CfObject {};
-struct __CFDictionary : CfObject {};
 struct __CFRunLoop {};
 struct __CFRunLoopSource {
   bool onMainLoop = false;
 };
-struct IONotificationPort {
-  __CFRunLoopSource source;
-};
+struct IONotificationPort : __CFRunLoopSource {};
 struct __CFUUID {
   CFUUIDBytes bytes;
 };
 
 namespace {
 
-// One lock for the tree, the run loop and the objects: walks run on threads of their own.
-std::recursive_mutex g_mutex;
+enum : CFTypeID { kString = 7, kDictionary = 18, kNumber = 22 };
 
-template <typename T>
-T *Make(CFTypeID type, std::string text = {}, int64_t number = 0) {
-  T *made = new T;
-  made->type = type, made->text = std::move(text), made->number = number;
-  return made;
-}
+// Every CF object is one of these; a dictionary owns copies of what is put in it.
+struct CfObject {
+  CFTypeID type;
+  std::string text{};
+  int64_t number = 0;
+  std::vector<CfObject> keys{}, values{};
+};
 
 CfObject &Cf(CFTypeRef ref) {
-  return *const_cast<CfObject *>(static_cast<const CfObject *>(ref));
+  return *static_cast<CfObject *>(const_cast<void *>(ref));
 }
 
-// One object of the registry: an entry of the tree, an iterator or an interest
-// notification (never delivered here: removals are tested on the virtual USB bus), with
-// the number of references handed out on it.
+template <typename Ref>
+Ref Make(CfObject object) {
+  return static_cast<Ref>(static_cast<void *>(new CfObject(std::move(object))));
+}
+
+// An entry of the tree, an iterator or an interest notification, with the references
+// handed out on it. An arrival iterator calls back when an entry arrives after it drained.
 struct Object {
-  explicit Object(int references = 0, std::deque<io_object_t> pending = {})
-      : references(references), pending(std::move(pending)) {}
-  int references;
-  std::string className, name;  // an entry
-  fake_iokit::Properties properties;
+  int references = 0;
+  std::string className{};
+  fake_iokit::Properties properties{};
   io_object_t parent = 0;
-  std::vector<io_object_t> children;
-  std::deque<io_object_t> pending;     // an iterator
-  CFDictionaryRef matching = nullptr;  // an arrival iterator, which calls back once drained
-  bool armed = false;
+  std::deque<io_object_t> children{}, pending{};
+  CfObject matching{};
   IONotificationPortRef port = nullptr;
   IOServiceMatchingCallback callback = nullptr;
   void *refcon = nullptr;
+  bool armed = false;
 };
 
-std::map<io_object_t, Object> g_objects;
-io_object_t g_nextHandle = 0x1003, g_root = 0;
+std::deque<Object> g_objects;  // handle n is g_objects[n - 1]; references to it stay valid
+std::vector<std::function<void()>> g_mainLoop;  // arrival callbacks due
 int g_badReleases = 0;
-std::deque<std::pair<IONotificationPortRef, std::function<void()>>> g_mainLoop;
+constexpr kern_return_t kFailed = kern_return_t(0xE00002BC);
 
-io_object_t New(Object object) {
-  g_objects[g_nextHandle] = std::move(object);
-  return g_nextHandle++;
+Object &At(io_object_t handle) {
+  return g_objects.at(handle - 1);
 }
 
-bool Matches(CFDictionaryRef matching, const Object &entry) {
-  for (const auto &[key, value] : matching->pairs) {
-    const auto found = entry.properties.find(Cf(key).text);
-    if (Cf(key).text == "IOProviderClass"
-            ? Cf(value).text != entry.className
+io_object_t New(Object object) {
+  g_objects.push_back(std::move(object));
+  return io_object_t(g_objects.size());
+}
+
+bool Matches(const CfObject &matching, const Object &entry) {
+  for (size_t i = 0; i < matching.keys.size(); ++i) {
+    const std::string &key = matching.keys[i].text;
+    const auto found = entry.properties.find(key);
+    if (key == "IOProviderClass"
+            ? matching.values[i].text != entry.className
             : found == entry.properties.end() ||
-                  found->second != decltype(found->second)(Cf(value).number))
+                  found->second != decltype(found->second)(matching.values[i].number))
       return false;
   }
   return true;
-}
-
-void Subtree(io_object_t handle, std::vector<io_object_t> *out) {
-  out->push_back(handle);
-  for (io_object_t child : g_objects[handle].children) Subtree(child, out);
 }
 
 bool SameUuid(CFUUIDBytes a, CFUUIDRef b) {
   return std::memcmp(&a, &b->bytes, sizeof a) == 0;
 }
 
-// A plug-in or device interface. The table pointer comes first, so the pointer callers
-// hold (a pointer to that member) is also a pointer to the whole object.
+// A plug-in or device interface: callers hold a pointer to its first member, the table.
 template <typename Table>
 struct Com {
   Table *table;
   io_service_t service;
-  ULONG references = 1;
-  static ULONG AddRef(void *self) { return ++static_cast<Com *>(self)->references; }
   static ULONG Release(void *self) {
-    std::lock_guard lock(g_mutex);
-    auto *object = static_cast<Com *>(self);
-    if (--object->references == 0) delete object;
+    delete static_cast<Com *>(self);
     return 0;
   }
 };
-using PlugIn = Com<IOCFPlugInInterface>;
-using Device = Com<IOUSBDeviceInterface>;
 
 IOUSBDeviceInterface g_deviceTable = {
-    nullptr, [](void *, REFIID, LPVOID *) -> HRESULT { return E_NOINTERFACE; }, Device::AddRef,
-    Device::Release,
+    nullptr, nullptr, nullptr, Com<IOUSBDeviceInterface>::Release,
     [](void *self, UInt32 *locationID) -> IOReturn {
-      std::lock_guard lock(g_mutex);
-      const Object &entry = g_objects[static_cast<Device *>(self)->service];
+      const Object &entry = At(static_cast<Com<IOUSBDeviceInterface> *>(self)->service);
       *locationID = UInt32(std::get<int64_t>(entry.properties.at("locationID")));
-      return kIOReturnSuccess;
+      return KERN_SUCCESS;
     }};
 
 IOCFPlugInInterface g_plugInTable = {
     nullptr,
     [](void *self, REFIID iid, LPVOID *ppv) -> HRESULT {
-      if (!SameUuid(iid, kIOUSBDeviceInterfaceID)) return *ppv = nullptr, E_NOINTERFACE;
-      *ppv = &(new Device{&g_deviceTable, static_cast<PlugIn *>(self)->service})->table;
-      return S_OK;
+      const io_service_t service = static_cast<Com<IOCFPlugInInterface> *>(self)->service;
+      *ppv = SameUuid(iid, kIOUSBDeviceInterfaceID)
+                 ? new Com<IOUSBDeviceInterface>{&g_deviceTable, service}
+                 : nullptr;
+      return *ppv ? 0 : HRESULT(0x80000004);
     },
-    PlugIn::AddRef,
-    PlugIn::Release,
-    1,
-    0,
-    nullptr,
-    nullptr,
-    nullptr};
+    nullptr, Com<IOCFPlugInInterface>::Release};
 
 }  // namespace
 
 namespace fake_iokit {
 
-io_object_t AddEntry(io_object_t parent, const std::string &className, const std::string &name,
-                     Properties properties) {
-  std::lock_guard lock(g_mutex);
-  Object entry;
-  entry.className = className, entry.name = name, entry.properties = std::move(properties);
-  entry.parent = parent ? parent : g_root;
-  const io_object_t handle = New(std::move(entry));
-  g_objects[g_objects[handle].parent].children.push_back(handle);
-  for (auto &[iterator, arrivals] : g_objects) {
-    if (!arrivals.matching || !Matches(arrivals.matching, g_objects[handle])) continue;
+io_object_t AddEntry(io_object_t parent, const std::string &className, Properties properties) {
+  const io_object_t handle =
+      New({.className = className, .properties = std::move(properties), .parent = parent});
+  if (parent) At(parent).children.push_back(handle);
+  for (io_iterator_t iterator = 1; iterator < handle; ++iterator) {
+    Object &arrivals = At(iterator);
+    if (!arrivals.callback || !Matches(arrivals.matching, At(handle))) continue;
     arrivals.pending.push_back(handle);
-    if (std::exchange(arrivals.armed, false)) {
-      g_mainLoop.emplace_back(
-          arrivals.port, [&arrivals, iterator] { arrivals.callback(arrivals.refcon, iterator); });
-    }
+    if (std::exchange(arrivals.armed, false))
+      g_mainLoop.push_back([&arrivals, iterator] {
+        if (arrivals.port->onMainLoop) arrivals.callback(arrivals.refcon, iterator);
+      });
   }
   return handle;
 }
 
 void RunMainLoop() {
-  std::unique_lock lock(g_mutex);
-  for (;;) {
-    auto ready = std::find_if(g_mainLoop.begin(), g_mainLoop.end(),
-                              [](const auto &item) { return item.first->source.onMainLoop; });
-    if (ready == g_mainLoop.end()) return;
-    const std::function<void()> work = std::move(ready->second);
-    g_mainLoop.erase(ready);
-    lock.unlock();
-    work();
-    lock.lock();
-  }
+  for (const auto &deliver : std::exchange(g_mainLoop, {})) deliver();
 }
 
 std::string Leaks() {
-  std::lock_guard lock(g_mutex);
   int references = 0;
-  for (const auto &[handle, object] : g_objects) references += object.references;
+  for (const Object &object : g_objects) references += object.references;
   return (references ? std::to_string(references) + " references held; " : "") +
          (g_badReleases ? std::to_string(g_badReleases) + " releases of what was not held" : "");
-}
-
-void Reset() {
-  std::lock_guard lock(g_mutex);
-  g_objects.clear(), g_mainLoop.clear();
-  g_badReleases = 0;
-  Object root;
-  root.className = "IORegistryEntry", root.name = "Root";
-  g_root = New(std::move(root));
 }
 
 }  // namespace fake_iokit
@@ -213,19 +157,13 @@ const CFAllocatorRef kCFAllocatorDefault = nullptr;
 const CFRunLoopMode kCFRunLoopDefaultMode = CFSTR("kCFRunLoopDefaultMode");
 
 CFStringRef __CFStringMakeConstantString(const char *cStr) {
-  std::lock_guard lock(g_mutex);
-  static std::map<std::string, __CFString> interned;
-  __CFString &string = interned[cStr];
-  string.type = kStringType, string.text = cStr, string.constant = true;
-  return &string;
+  static std::deque<CfObject> constants;  // never freed, as the system's
+  return static_cast<CFStringRef>(
+      static_cast<void *>(&constants.emplace_back(CfObject{kString, cStr})));
 }
 
 void CFRelease(CFTypeRef cf) {
-  std::lock_guard lock(g_mutex);
-  CfObject &object = Cf(cf);
-  if (object.constant || --object.references > 0) return;
-  for (auto &[key, value] : object.pairs) CFRelease(key), CFRelease(value);
-  delete &object;
+  delete &Cf(cf);
 }
 
 CFTypeID CFGetTypeID(CFTypeRef cf) {
@@ -233,15 +171,15 @@ CFTypeID CFGetTypeID(CFTypeRef cf) {
 }
 
 CFStringRef CFCopyDescription(CFTypeRef) {
-  return Make<__CFString>(kStringType, "<object>");
+  return Make<CFStringRef>({kString, "<object>"});
 }
 
 CFTypeID CFStringGetTypeID(void) {
-  return kStringType;
+  return kString;
 }
 
 CFIndex CFStringGetLength(CFStringRef theString) {
-  return CFIndex(theString->text.size());
+  return CFIndex(Cf(theString).text.size());
 }
 
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding) {
@@ -250,39 +188,41 @@ CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding) {
 
 Boolean CFStringGetCString(CFStringRef theString, char *buffer, CFIndex bufferSize,
                            CFStringEncoding) {
-  if (CFIndex(theString->text.size()) >= bufferSize) return false;
-  std::memcpy(buffer, theString->text.c_str(), theString->text.size() + 1);
+  const std::string &text = Cf(theString).text;
+  if (CFIndex(text.size()) >= bufferSize) return false;
+  std::memcpy(buffer, text.c_str(), text.size() + 1);
   return true;
 }
 
 CFTypeID CFNumberGetTypeID(void) {
-  return kNumberType;
+  return kNumber;
 }
 
+// Only the types the product uses are known: another one is a fault to show up.
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType theType, const void *valuePtr) {
-  return Make<__CFNumber>(kNumberType, {},
-                          theType == kCFNumberSInt32Type ? *static_cast<const int32_t *>(valuePtr)
-                                                         : *static_cast<const int64_t *>(valuePtr));
+  if (theType != kCFNumberSInt32Type) return nullptr;
+  return Make<CFNumberRef>({kNumber, {}, *static_cast<const int32_t *>(valuePtr)});
 }
 
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType theType, void *valuePtr) {
-  if (theType == kCFNumberSInt32Type) *static_cast<int32_t *>(valuePtr) = int32_t(number->number);
-  if (theType == kCFNumberSInt64Type) *static_cast<int64_t *>(valuePtr) = number->number;
+  if (theType != kCFNumberSInt64Type) return false;
+  *static_cast<int64_t *>(valuePtr) = Cf(number).number;
   return true;
 }
 
 CFIndex CFDictionaryGetCount(CFDictionaryRef theDict) {
-  return CFIndex(theDict->pairs.size());
+  return CFIndex(Cf(theDict).keys.size());
 }
 
 void CFDictionaryGetKeysAndValues(CFDictionaryRef theDict, const void **keys, const void **values) {
-  for (size_t i = 0; i < theDict->pairs.size(); ++i)
-    keys[i] = theDict->pairs[i].first, values[i] = theDict->pairs[i].second;
+  CfObject &dictionary = Cf(theDict);
+  for (size_t i = 0; i < dictionary.keys.size(); ++i)
+    keys[i] = &dictionary.keys[i], values[i] = &dictionary.values[i];
 }
 
 void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void *key, const void *value) {
-  ++Cf(key).references, ++Cf(value).references;
-  theDict->pairs.emplace_back(key, value);
+  Cf(theDict).keys.push_back(Cf(key));
+  Cf(theDict).values.push_back(Cf(value));
 }
 
 CFRunLoopRef CFRunLoopGetMain(void) {
@@ -291,7 +231,6 @@ CFRunLoopRef CFRunLoopGetMain(void) {
 }
 
 void CFRunLoopAddSource(CFRunLoopRef rl, CFRunLoopSourceRef source, CFRunLoopMode mode) {
-  std::lock_guard lock(g_mutex);
   source->onMainLoop = rl == CFRunLoopGetMain() && mode == kCFRunLoopDefaultMode;
 }
 
@@ -300,13 +239,10 @@ CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef, UInt8 byte0, UInt8 byte
                                          UInt8 byte7, UInt8 byte8, UInt8 byte9, UInt8 byte10,
                                          UInt8 byte11, UInt8 byte12, UInt8 byte13, UInt8 byte14,
                                          UInt8 byte15) {
-  std::lock_guard lock(g_mutex);
-  static std::list<__CFUUID> constants;
-  const CFUUIDBytes bytes{byte0, byte1, byte2,  byte3,  byte4,  byte5,  byte6,  byte7,
-                          byte8, byte9, byte10, byte11, byte12, byte13, byte14, byte15};
-  const auto found = std::find_if(constants.begin(), constants.end(),
-                                  [&](const __CFUUID &uuid) { return SameUuid(bytes, &uuid); });
-  return found != constants.end() ? &*found : &constants.emplace_back(bytes);
+  static std::deque<__CFUUID> constants;  // never freed, as the system's
+  return &constants.emplace_back(
+      __CFUUID{{byte0, byte1, byte2, byte3, byte4, byte5, byte6, byte7, byte8, byte9, byte10,
+                byte11, byte12, byte13, byte14, byte15}});
 }
 
 CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid) {
@@ -315,12 +251,11 @@ CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid) {
 
 // IOKit
 
-const mach_port_t kIOMainPortDefault = MACH_PORT_NULL;
+const mach_port_t kIOMainPortDefault = 0;
 
 CFMutableDictionaryRef IOServiceMatching(const char *name) {
-  auto *matching = Make<__CFDictionary>(kDictionaryType);
-  matching->pairs.emplace_back(CFSTR("IOProviderClass"), Make<__CFString>(kStringType, name));
-  return matching;
+  return Make<CFMutableDictionaryRef>(
+      {kDictionary, {}, 0, {{kString, "IOProviderClass"}}, {{kString, name}}});
 }
 
 IONotificationPortRef IONotificationPortCreate(mach_port_t) {
@@ -328,32 +263,26 @@ IONotificationPortRef IONotificationPortCreate(mach_port_t) {
 }
 
 void IONotificationPortDestroy(IONotificationPortRef notify) {
-  std::lock_guard lock(g_mutex);
-  // Its arrival registrations end with it; their iterators stay the caller's to release.
-  for (auto &[handle, object] : g_objects) {
-    if (object.port == notify && object.matching) CFRelease(std::exchange(object.matching, {}));
-  }
-  std::erase_if(g_mainLoop, [notify](const auto &item) { return item.first == notify; });
   delete notify;
 }
 
 CFRunLoopSourceRef IONotificationPortGetRunLoopSource(IONotificationPortRef notify) {
-  return &notify->source;
+  return notify;
 }
 
+// The registration takes the matching dictionary over: it keeps a copy and frees it.
 kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notifyPort, const io_name_t,
                                                CFDictionaryRef matching,
                                                IOServiceMatchingCallback callback, void *refCon,
                                                io_iterator_t *notification) {
-  std::lock_guard lock(g_mutex);
-  Object iterator(1);
-  iterator.matching = matching, iterator.port = notifyPort;
-  iterator.callback = callback, iterator.refcon = refCon;
-  std::vector<io_object_t> present;
-  Subtree(g_root, &present);
-  for (io_object_t handle : present) {
-    if (Matches(matching, g_objects[handle])) iterator.pending.push_back(handle);
-  }
+  Object iterator{.references = 1,
+                  .matching = Cf(matching),
+                  .port = notifyPort,
+                  .callback = callback,
+                  .refcon = refCon};
+  CFRelease(matching);
+  for (io_object_t handle = 1; handle <= g_objects.size(); ++handle)
+    if (Matches(iterator.matching, At(handle))) iterator.pending.push_back(handle);
   *notification = New(std::move(iterator));
   return KERN_SUCCESS;
 }
@@ -361,64 +290,56 @@ kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notifyPort,
 kern_return_t IOServiceAddInterestNotification(IONotificationPortRef, io_service_t, const io_name_t,
                                                IOServiceInterestCallback, void *,
                                                io_object_t *notification) {
-  std::lock_guard lock(g_mutex);
-  *notification = New(Object(1));
+  *notification = New({.references = 1});
   return KERN_SUCCESS;
 }
 
 io_object_t IOIteratorNext(io_iterator_t iterator) {
-  std::lock_guard lock(g_mutex);
-  Object &it = g_objects.at(iterator);
-  it.armed = it.matching && it.pending.empty();
+  Object &it = At(iterator);
+  it.armed = it.callback && it.pending.empty();
   if (it.pending.empty()) return 0;
   const io_object_t next = it.pending.front();
   it.pending.pop_front();
-  ++g_objects[next].references;
+  ++At(next).references;
   return next;
 }
 
 kern_return_t IOObjectRelease(io_object_t object) {
-  std::lock_guard lock(g_mutex);
-  const auto found = g_objects.find(object);
-  if (found == g_objects.end() || found->second.references == 0) return ++g_badReleases;
-  --found->second.references;
+  if (object == 0 || object > g_objects.size() || At(object).references == 0)
+    return ++g_badReleases, kFailed;
+  --At(object).references;
   return KERN_SUCCESS;
 }
 
 kern_return_t IORegistryEntryGetName(io_registry_entry_t entry, io_name_t name) {
-  std::lock_guard lock(g_mutex);
-  std::strncpy(name, g_objects.at(entry).name.c_str(), sizeof(io_name_t) - 1);
+  std::strncpy(name, At(entry).className.c_str(), sizeof(io_name_t) - 1);
   return KERN_SUCCESS;
 }
 
 kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
                                                 CFMutableDictionaryRef *properties, CFAllocatorRef,
                                                 IOOptionBits) {
-  std::lock_guard lock(g_mutex);
-  *properties = Make<__CFDictionary>(kDictionaryType);
-  for (const auto &[key, value] : g_objects.at(entry).properties) {
+  CfObject dictionary{kDictionary};
+  for (const auto &[key, value] : At(entry).properties) {
+    dictionary.keys.push_back({kString, key});
     const auto *number = std::get_if<int64_t>(&value);
-    (*properties)
-        ->pairs.emplace_back(Make<__CFString>(kStringType, key),
-                             number ? CFTypeRef(Make<__CFNumber>(kNumberType, {}, *number))
-                                    : Make<__CFString>(kStringType, std::get<std::string>(value)));
+    dictionary.values.push_back(number ? CfObject{kNumber, {}, *number}
+                                       : CfObject{kString, std::get<std::string>(value)});
   }
+  *properties = Make<CFMutableDictionaryRef>(std::move(dictionary));
   return KERN_SUCCESS;
 }
 
 kern_return_t IORegistryEntryGetParentEntry(io_registry_entry_t entry, const io_name_t,
                                             io_registry_entry_t *parent) {
-  std::lock_guard lock(g_mutex);
-  if (!(*parent = g_objects.at(entry).parent)) return kIOReturnNoDevice;
-  ++g_objects[*parent].references;
+  if (!(*parent = At(entry).parent)) return kFailed;
+  ++At(*parent).references;
   return KERN_SUCCESS;
 }
 
 kern_return_t IORegistryEntryGetChildIterator(io_registry_entry_t entry, const io_name_t,
                                               io_iterator_t *iterator) {
-  std::lock_guard lock(g_mutex);
-  const std::vector<io_object_t> &children = g_objects.at(entry).children;
-  *iterator = New(Object(1, {children.begin(), children.end()}));
+  *iterator = New({.references = 1, .pending = At(entry).children});
   return KERN_SUCCESS;
 }
 
@@ -428,8 +349,8 @@ kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef 
                                                 SInt32 *theScore) {
   if (!SameUuid(CFUUIDGetUUIDBytes(pluginType), kIOUSBDeviceUserClientTypeID) ||
       !SameUuid(CFUUIDGetUUIDBytes(interfaceType), kIOCFPlugInInterfaceID))
-    return kIOReturnUnsupported;
-  *theInterface = &(new PlugIn{&g_plugInTable, service})->table;
+    return kFailed;
+  *theInterface = &(new Com<IOCFPlugInInterface>{&g_plugInTable, service})->table;
   *theScore = 0;
   return KERN_SUCCESS;
 }

@@ -1,11 +1,9 @@
-// Control of the IOKit test double: an in-memory registry tree that tests build, a main
-// run loop they turn by hand, and a count of everything the code under test still holds,
-// so that a leaked reference or a double release fails the test.
+// The IOKit double's controls: an in-memory registry tree, a main run loop turned by hand,
+// and what the code under test still holds, so that a leaked reference fails the test.
 #pragma once
 
 #include <IOKit/IOKitLib.h>
 
-#include <cstdint>
 #include <map>
 #include <string>
 #include <variant>
@@ -14,19 +12,12 @@ namespace fake_iokit {
 
 using Properties = std::map<std::string, std::variant<std::string, int64_t>>;
 
-// Attaches a new entry under parent (0 for the root). A first-match registration that
-// matches it takes it at once, and calls back through the main run loop when its iterator
-// had been drained. The handle is the tree's, no reference of the caller's.
-io_object_t AddEntry(io_object_t parent, const std::string &className, const std::string &name,
-                     Properties properties = {});
-// Delivers, on the calling thread, what waits for a port whose source is on the main loop.
+// Attaches an entry, named after its class, under parent (0 for none) and hands it to every
+// arrival registration it matches. The handle is the tree's, no reference of the caller's.
+io_object_t AddEntry(io_object_t parent, const std::string &className, Properties properties = {});
+// Delivers the arrival callbacks of ports whose source is on the main run loop.
 void RunMainLoop();
-
-// Registry references the code under test holds and releases of what it did not hold: ""
-// when it behaved. (Memory it leaks or frees twice is the sanitizer build's to find.)
+// References still held and releases of what was not held: "" when the code behaved.
 std::string Leaks();
-
-// Forgets the tree, the registrations and the counts.
-void Reset();
 
 }  // namespace fake_iokit

@@ -19,9 +19,7 @@ using fake_iokit::AddEntry;
 class IoKitDiscoveryTest : public DeviceSessionFixture {
  protected:
   IoKitDiscoveryTest() {
-    fake_iokit::Reset();
-    hub = AddEntry(AddEntry(0, "AppleT8103USBXHCI", "usb-drd0"), "AppleUSB20Hub", "USB2.0 Hub",
-                   {{"locationID", 0x01100000}});
+    hub = AddEntry(AddEntry(0, "AppleT8103USBXHCI"), "AppleUSB20Hub", {{"locationID", 0x01100000}});
     device = std::make_unique<sim::SimulatedDevice>(sim::GenerateContents(1, QDate(2026, 11, 23)));
   }
 
@@ -30,11 +28,10 @@ class IoKitDiscoveryTest : public DeviceSessionFixture {
                         uint32_t product = kCorvamundProductId) {
     fake_iokit::Properties ids = {{"idVendor", kCorvamundVendorId}, {"idProduct", product}};
     ids["locationID"] = location;
-    const io_object_t usb = AddEntry(hub, "IOUSBHostDevice", "QM482", ids);
+    const io_object_t usb = AddEntry(hub, "IOUSBHostDevice", ids);
     ids.erase("locationID"), ids["bInterfaceNumber"] = 1;
-    const io_object_t acm = AddEntry(AddEntry(usb, "IOUSBHostInterface", "CDC Data", ids),
-                                     "AppleUSBACMData", "AppleUSBACMData");
-    AddEntry(acm, "IOSerialBSDClient", "IOSerialBSDClient", {{"IOCalloutDevice", callout}});
+    const io_object_t acm = AddEntry(AddEntry(usb, "IOUSBHostInterface", ids), "AppleUSBACMData");
+    AddEntry(acm, "IOSerialBSDClient", {{"IOCalloutDevice", callout}});
     return usb;
   }
 
@@ -55,8 +52,7 @@ TEST_F(IoKitDiscoveryTest, LaterArrivalIsFoundBelowItsOwnDeviceAndEveryReference
   EXPECT_EQ(session->state().deviceExist, 1);
 
   const io_object_t ours = addDevice(0x01130000, "/dev/cu.no-such-port");
-  AddEntry(ours, "IOSerialBSDClient", "IOSerialBSDClient",
-           {{"IOCalloutDevice", device->slavePath().toStdString()}});
+  AddEntry(ours, "IOSerialBSDClient", {{"IOCalloutDevice", device->slavePath().toStdString()}});
   fake_iokit::RunMainLoop();
   discovery->waitForWalks();
   EXPECT_EQ(session->state().deviceExist, 2);

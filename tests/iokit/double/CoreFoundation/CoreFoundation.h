@@ -1,16 +1,13 @@
 // Test double: the CoreFoundation types and calls that device discovery uses, declared as
-// the system documents them. Implemented over an in-memory registry in FakeIoKit.cpp.
+// the system documents them. Implemented in FakeIoKit.cpp.
 #pragma once
 
 #include <stdint.h>
 
-#ifdef __cplusplus
 extern "C" {
-#endif
 
 typedef unsigned char Boolean;
 typedef uint8_t UInt8;
-typedef uint16_t UInt16;
 typedef int32_t SInt32;
 typedef uint32_t UInt32;
 typedef int64_t SInt64;
@@ -71,7 +68,4 @@ CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef alloc, UInt8 byte0, UInt
                                          UInt8 byte10, UInt8 byte11, UInt8 byte12, UInt8 byte13,
                                          UInt8 byte14, UInt8 byte15);
 CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid);
-
-#ifdef __cplusplus
 }
-#endif

@@ -1,13 +1,21 @@
 // Test double: the plug-in interface through which a service's user-space interfaces are
-// reached.
+// reached, with the COM conventions it follows. Members no caller uses are left out.
 #pragma once
 
-#include <CoreFoundation/CFPlugInCOM.h>
 #include <IOKit/IOKitLib.h>
 
-#ifdef __cplusplus
 extern "C" {
-#endif
+
+typedef SInt32 HRESULT;
+typedef UInt32 ULONG;
+typedef void *LPVOID;
+typedef CFUUIDBytes REFIID;
+
+#define IUNKNOWN_C_GUTS                                                  \
+  void *_reserved;                                                       \
+  HRESULT (*QueryInterface)(void *thisPointer, REFIID iid, LPVOID *ppv); \
+  ULONG (*AddRef)(void *thisPointer);                                    \
+  ULONG (*Release)(void *thisPointer)
 
 #define kIOCFPlugInInterfaceID                                                                     \
   CFUUIDGetConstantUUIDWithBytes(NULL, 0xC2, 0x44, 0xE8, 0x58, 0x10, 0x9C, 0x11, 0xD4, 0x91, 0xD4, \
@@ -15,12 +23,6 @@ extern "C" {
 
 typedef struct IOCFPlugInInterfaceStruct {
   IUNKNOWN_C_GUTS;
-  UInt16 version;
-  UInt16 revision;
-  IOReturn (*Probe)(void *thisPointer, CFDictionaryRef propertyTable, io_service_t service,
-                    SInt32 *order);
-  IOReturn (*Start)(void *thisPointer, CFDictionaryRef propertyTable, io_service_t service);
-  IOReturn (*Stop)(void *thisPointer);
 } IOCFPlugInInterface;
 
 kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef pluginType,
@@ -28,7 +30,4 @@ kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef 
                                                 IOCFPlugInInterface ***theInterface,
                                                 SInt32 *theScore);
 kern_return_t IODestroyPlugInInterface(IOCFPlugInInterface **interface);
-
-#ifdef __cplusplus
 }
-#endif

@@ -4,19 +4,14 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
-#ifdef __cplusplus
 extern "C" {
-#endif
 
 typedef int kern_return_t;
-typedef unsigned int natural_t;
-typedef natural_t mach_port_t;
+typedef unsigned int mach_port_t;
 typedef kern_return_t IOReturn;
 typedef UInt32 IOOptionBits;
 typedef mach_port_t io_object_t;
-typedef io_object_t io_iterator_t;
-typedef io_object_t io_registry_entry_t;
-typedef io_object_t io_service_t;
+typedef io_object_t io_iterator_t, io_registry_entry_t, io_service_t;
 typedef char io_name_t[128];
 typedef struct IONotificationPort *IONotificationPortRef;
 
@@ -25,12 +20,7 @@ typedef void (*IOServiceInterestCallback)(void *refcon, io_service_t service, ui
                                           void *messageArgument);
 
 #define KERN_SUCCESS 0
-#define MACH_PORT_NULL 0
 #define kNilOptions 0
-#define kIOReturnSuccess KERN_SUCCESS
-#define kIOReturnNoDevice ((IOReturn)0xE00002C0)
-#define kIOReturnUnsupported ((IOReturn)0xE00002C7)
-
 #define kIOServicePlane "IOService"
 #define kIOFirstMatchNotification "IOServiceFirstMatch"
 #define kIOGeneralInterest "IOGeneralInterest"
@@ -64,7 +54,4 @@ kern_return_t IORegistryEntryGetParentEntry(io_registry_entry_t entry, const io_
                                             io_registry_entry_t *parent);
 kern_return_t IORegistryEntryGetChildIterator(io_registry_entry_t entry, const io_name_t plane,
                                               io_iterator_t *iterator);
-
-#ifdef __cplusplus
 }
-#endif

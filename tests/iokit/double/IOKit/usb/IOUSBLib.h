@@ -1,6 +1,5 @@
-// Test double: the USB device interface, reduced to the members device discovery calls.
-// The members it leaves out sit between IUNKNOWN_C_GUTS and GetLocationID in the system's
-// declaration; code reaches members by name, so the layout difference does not show.
+// Test double: the USB device interface, reduced to the members device discovery calls
+// (code reaches members by name, so the system's members in between do not show).
 #pragma once
 
 #include <IOKit/IOCFPlugIn.h>
