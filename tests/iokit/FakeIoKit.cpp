@@ -17,9 +17,7 @@ struct __CFRunLoopSource {
   bool onMainLoop = false;
 };
 struct IONotificationPort : __CFRunLoopSource {};
-struct __CFUUID {
-  CFUUIDBytes bytes;
-};
+struct __CFUUID : CFUUIDBytes {};
 
 namespace {
 
@@ -51,9 +49,7 @@ struct Object {
   io_object_t parent = 0;
   std::deque<io_object_t> children{}, pending{};
   CfObject matching{};
-  IONotificationPortRef port = nullptr;
-  IOServiceMatchingCallback callback = nullptr;
-  void *refcon = nullptr;
+  std::function<void(io_iterator_t)> arrived{};
   bool armed = false;
 };
 
@@ -85,7 +81,7 @@ bool Matches(const CfObject &matching, const Object &entry) {
 }
 
 bool SameUuid(CFUUIDBytes a, CFUUIDRef b) {
-  return std::memcmp(&a, &b->bytes, sizeof a) == 0;
+  return std::memcmp(&a, static_cast<const CFUUIDBytes *>(b), sizeof a) == 0;
 }
 
 // A plug-in or device interface: callers hold a pointer to its first member, the table.
@@ -128,12 +124,10 @@ io_object_t AddEntry(io_object_t parent, const std::string &className, Propertie
   if (parent) At(parent).children.push_back(handle);
   for (io_iterator_t iterator = 1; iterator < handle; ++iterator) {
     Object &arrivals = At(iterator);
-    if (!arrivals.callback || !Matches(arrivals.matching, At(handle))) continue;
+    if (!arrivals.arrived || !Matches(arrivals.matching, At(handle))) continue;
     arrivals.pending.push_back(handle);
     if (std::exchange(arrivals.armed, false))
-      g_mainLoop.push_back([&arrivals, iterator] {
-        if (arrivals.port->onMainLoop) arrivals.callback(arrivals.refcon, iterator);
-      });
+      g_mainLoop.push_back([&arrivals, iterator] { arrivals.arrived(iterator); });
   }
   return handle;
 }
@@ -246,7 +240,7 @@ CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef, UInt8 byte0, UInt8 byte
 }
 
 CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid) {
-  return uuid->bytes;
+  return *uuid;
 }
 
 // IOKit
@@ -275,11 +269,9 @@ kern_return_t IOServiceAddMatchingNotification(IONotificationPortRef notifyPort,
                                                CFDictionaryRef matching,
                                                IOServiceMatchingCallback callback, void *refCon,
                                                io_iterator_t *notification) {
-  Object iterator{.references = 1,
-                  .matching = Cf(matching),
-                  .port = notifyPort,
-                  .callback = callback,
-                  .refcon = refCon};
+  Object iterator{.references = 1, .matching = Cf(matching), .arrived = [=](io_iterator_t it) {
+                    if (notifyPort->onMainLoop) callback(refCon, it);
+                  }};
   CFRelease(matching);
   for (io_object_t handle = 1; handle <= g_objects.size(); ++handle)
     if (Matches(iterator.matching, At(handle))) iterator.pending.push_back(handle);
@@ -296,7 +288,7 @@ kern_return_t IOServiceAddInterestNotification(IONotificationPortRef, io_service
 
 io_object_t IOIteratorNext(io_iterator_t iterator) {
   Object &it = At(iterator);
-  it.armed = it.callback && it.pending.empty();
+  it.armed = it.arrived && it.pending.empty();
   if (it.pending.empty()) return 0;
   const io_object_t next = it.pending.front();
   it.pending.pop_front();

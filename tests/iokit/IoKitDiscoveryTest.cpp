@@ -1,8 +1,6 @@
-// Discovery over the IOKit registry backend, on an in-memory I/O Registry. The walk's rules
-// are tested on a virtual USB bus (DiscoveryTest); here, what only the macOS backend can
-// get wrong: the matching by IDs, the climb through a Mac's tree (where a device's
-// interface repeats its IDs), re-arming the arrival iterator, and every registry reference
-// handed out given back exactly once.
+// The IOKit registry backend on an in-memory I/O Registry, for what only it can get wrong
+// (the walk's rules are DiscoveryTest's): matching by IDs, the climb where a device's interface
+// repeats its IDs, re-arming the arrival iterator, every registry reference given back once.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
