@@ -60,9 +60,10 @@ TEST_F(IoKitDiscoveryTest, LaterArrivalIsFoundBelowItsOwnDeviceAndEveryReference
               testing::ElementsAre("serial port name is /dev/cu.no-such-port",
                                    "serial port name is " + device->slavePath().toStdString()));
   EXPECT_TRUE(session->channel().isOpen());
-  EXPECT_THAT(log.startingWith("GetDeviceInfomation:0x")[0],
-              testing::HasSubstr("{idProduct = 19794; idVendor = 4617; locationID = 18022400}, "
-                                 "{locationID = 17825792})"));
+  EXPECT_THAT(log.startingWith("GetDeviceInfomation:0x"),
+              testing::ElementsAre(
+                  testing::HasSubstr("{idProduct = 19794; idVendor = 4617; locationID = 18022400}, "
+                                     "{locationID = 17825792})")));
   discovery.reset();
   EXPECT_EQ(fake_iokit::Leaks(), "");
 }
