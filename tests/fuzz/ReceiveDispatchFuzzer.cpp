@@ -4,19 +4,12 @@
 #include <QByteArray>
 
 #include "FuzzSupport.h"
-#include "HeadlessWindow.h"
-#include "LinkSupervision.h"
 #include "LogTransfer.h"
+#include "RecordingWindow.h"
 #include "Session.h"
 #include "VoiceTransfer.h"
 
 namespace {
-
-class StillTimer : public SupervisionTimer {
- public:
-  void start(std::function<void()>) override {}
-  void invalidate() override {}
-};
 
 constexpr int32_t kSelectors[] = {eSERIAL_RX_RESPONSE, eSERIAL_RX_VOICE_INDEX,
                                   eSERIAL_RX_VOICE_DATA, eSERIAL_RX_LOG_HISTORY,
@@ -31,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   static HeadlessWindow window;
   window.searchRange = QStringLiteral("5 years");
   window.selectRow(IndexList::Voice, 0), window.selectRow(IndexList::Log, 0);
-  Session session(window, std::make_unique<StillTimer>());
+  Session session(window, std::make_unique<ManualTimer>());
   VoiceTransfer voice(session);
   LogTransfer logs(session);
   session.context().CreateFolder();

@@ -3,7 +3,6 @@
 //   fuzz_seeds DIR     -> DIR/voice_index, DIR/records, DIR/receive_dispatch
 #include <QDir>
 #include <QFile>
-#include <cstdio>
 
 #include "Protocol.h"
 #include "SimContents.h"
@@ -31,10 +30,7 @@ QByteArray Dispatch(int state, int selector, const QByteArray &reply) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: fuzz_seeds DIR\n");
-    return 2;
-  }
+  if (argc != 2) return 2;
   const QString root = QString::fromLocal8Bit(argv[1]);
   for (uint32_t seed = 1; seed <= 4; ++seed) {
     const sim::Contents contents = sim::GenerateContents(seed, QDate(2026, 11, 23));

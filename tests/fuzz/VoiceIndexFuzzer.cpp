@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (!reply) continue;
     VoiceIndexState state;
     if (!ApplyVoiceIndexReply(*reply, state) || !state.g_voice_index) continue;
-    const VoiceList list = BuildVoiceList(*state.g_voice_index, 20220101, state.g_voice_data_block);
+    BuildVoiceList(*state.g_voice_index, 20220101, state.g_voice_data_block);
     for (const QString &entry : *state.g_voice_index) {
       GetVoiceDataSize(entry, state.g_voice_data_block);
       voiseIndex2List(entry, state.g_voice_data_block);
@@ -32,7 +32,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         std::abort();
       }
     }
-    static_cast<void>(list);
   }
   return 0;
 }
