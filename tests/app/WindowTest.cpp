@@ -182,7 +182,6 @@ TEST_F(WindowTest, BoxesHaveTheirTwoTitlesAndTheCloseVetoHoldsDuringAClip) {
   EXPECT_TRUE(Outlet(window, "pictureBox_set_corvamund2")->isVisible());
   EXPECT_FALSE(Outlet(window, "button_reconnect")->isEnabled());
   EXPECT_FALSE(Outlet(window, "tableView_voice_index")->isVisible());
-  EXPECT_TRUE(QDir(home.downloads() + "/Mrvtq5dk/voice").exists());
 
   Outlet<QComboBox>(window, "comboBox_index_search_range")->setCurrentIndex(3);
   const QDate today = QDate::currentDate();

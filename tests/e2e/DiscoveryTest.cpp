@@ -34,7 +34,6 @@ class DiscoveryTest : public DeviceSessionFixture {
     WaitFor([] { return false; }, 200);
     discovery->waitForWalks();
   }
-  bool logged(const std::string &line) const { return log.contains(line); }
 
   VirtualUsb usb;
   std::atomic<int> paces{0}, opensOffMainThread{0};
@@ -62,7 +61,7 @@ TEST_F(DiscoveryTest, DevicePluggedInLaterIsFoundDownToItsOwnTtyAndOpenedAt9600)
   ASSERT_TRUE(WaitFor([&] { return session->channel().isOpen(); }, 20000));
   settleWalks();
   EXPECT_EQ(session->state().deviceExist, 1);
-  EXPECT_TRUE(logged("Location ID: 0x1200000"));
+  EXPECT_TRUE(log.contains("Location ID: 0x1200000"));
   EXPECT_THAT(log.startingWith("serial port open"),
               testing::ElementsAre("serial port open:/dev/ttyACM1"));
   EXPECT_EQ(paces, 5);  // the modem's interface and device, ours, the hub: each paced once
@@ -86,7 +85,7 @@ TEST_F(DiscoveryTest, DevicesAreCountedUpAndDownAndAFailedTakeInStaysCounted) {
   };
   usb.unplug(first);
   EXPECT_TRUE(counted(1));
-  EXPECT_TRUE(logged("deviceName:QM482,locationID:0x1100000"));
+  EXPECT_TRUE(log.contains("deviceName:QM482,locationID:0x1100000"));
   usb.announce(first, "add");
   EXPECT_TRUE(counted(2));
   usb.unplug(first);
@@ -96,7 +95,7 @@ TEST_F(DiscoveryTest, DevicesAreCountedUpAndDownAndAFailedTakeInStaysCounted) {
       usb.add("1-3", kCorvamundVendorId, kCorvamundProductId, true, false);
   usb.announce(broken, "add");
   settleWalks();
-  EXPECT_TRUE(logged("GetLocationID returned 0xe00002c7."));
+  EXPECT_TRUE(log.contains("GetLocationID returned 0xe00002c7."));
   EXPECT_EQ(session->state().deviceExist, 2);
   usb.unplug(broken);
   usb.unplug(second);

@@ -19,9 +19,7 @@
 
 namespace {
 
-sim::Contents Device() {
-  return sim::GenerateContents(9, QDate::currentDate());
-}
+const sim::Contents kDevice = sim::GenerateContents(9, QDate::currentDate());
 
 // A fresh home (the library lives there) and output folder for each test.
 class CliTest : public ::testing::Test {
@@ -52,21 +50,21 @@ TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
 
   sim::Options mute;  // a port where nothing answers is no device
   mute.silentCommands = {"kind"};
-  EXPECT_EQ(cli({"list"}, sim::SimulatedDevice(Device(), mute)).status, 3);
+  EXPECT_EQ(cli({"list"}, sim::SimulatedDevice(kDevice, mute)).status, 3);
 
-  sim::Contents other = Device();
+  sim::Contents other = kDevice;
   other.model = "QM999XX";
   EXPECT_EQ(cli({"list"}, sim::SimulatedDevice(other)).status, 4);
 
   sim::Options stall;
   stall.stallAfterBytes = 10000;
-  const ProgramRun failed = cli({"download-voice", "1"}, sim::SimulatedDevice(Device(), stall));
+  const ProgramRun failed = cli({"download-voice", "1"}, sim::SimulatedDevice(kDevice, stall));
   EXPECT_EQ(failed.status, 5);
   EXPECT_TRUE(failed.err.contains("the transfer failed"));
   EXPECT_TRUE(files("voice").isEmpty());
 
   // A file that cannot be written (here a folder has its name) is status 6.
-  const sim::Contents contents = Device();
+  const sim::Contents contents = kDevice;
   const sim::Dive &newest = contents.dives.last();
   const QDateTime japan = newest.entry.toTimeZone(QTimeZone(9 * 3600));
   ASSERT_TRUE(QDir(output.path())
@@ -78,7 +76,7 @@ TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
 // Six dives and three clips are listed for the default range; a fourth clip starts in the same
 // minute as the first and lasts as long, so both want the same file name.
 sim::Contents Twins() {
-  sim::Contents contents = Device();
+  sim::Contents contents = kDevice;
   sim::Clip &first = contents.clips[2];
   first.start.setTime(QTime(first.start.time().hour(), first.start.time().minute(), 5));
   sim::Clip twin = first;

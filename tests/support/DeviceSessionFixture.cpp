@@ -17,9 +17,7 @@ DeviceSessionFixture::DeviceSessionFixture(bool realTimer) {
 
 void DeviceSessionFixture::TearDown() {
   if (!HasFailure()) return;
-  const std::vector<std::string> lines = log.lines();
-  const size_t from = lines.size() > 40 ? lines.size() - 40 : 0;
-  for (size_t i = from; i < lines.size(); ++i) std::fprintf(stderr, "log: %s\n", lines[i].c_str());
+  for (const std::string &line : log.lines()) std::fprintf(stderr, "log: %s\n", line.c_str());
 }
 
 void DeviceSessionFixture::plugIn(sim::Contents contents, sim::Options options) {

@@ -16,7 +16,7 @@ class DeviceSessionFixture : public ::testing::Test {
  protected:
   // realTimer: the 0.1 s supervision ticks by themselves; otherwise the test ticks.
   explicit DeviceSessionFixture(bool realTimer = false);
-  // On failure, prints the session's last log lines: what it did before it went wrong.
+  // On failure, prints the session's log: what it did before it went wrong.
   void TearDown() override;
 
   void plugIn(sim::Contents contents, sim::Options options = {});
