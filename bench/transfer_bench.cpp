@@ -21,8 +21,8 @@
 #include "LogTransfer.h"
 #include "ProcessCost.h"
 #include "RecordingWindow.h"
-#include "TestSupport.h"
 #include "SystemLog.h"
+#include "TestSupport.h"
 #include "VoiceTransfer.h"
 
 namespace {

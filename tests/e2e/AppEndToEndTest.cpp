@@ -39,8 +39,7 @@ TEST(AppOnVirtualUsb, DeviceAttachedBeforeStartIsRefusedWithStatus1) {
   EXPECT_FALSE(child.err.contains("serial port name is"));
 }
 
-// The built program, untouched, offscreen as this test runs: what the device sees after a
-// plug-in, and when.
+// The built program, untouched and offscreen: what the device sees after a plug-in, and when.
 TEST(AppBinaryOnVirtualUsb, PlugInAfterStartIdentifiesThenListsInOrderAtTheTicksPace) {
   VirtualUsb usb;
   TemporaryHome home;

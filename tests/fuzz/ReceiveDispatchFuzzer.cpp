@@ -4,8 +4,9 @@
 #include <QByteArray>
 
 #include "FuzzSupport.h"
+#include "HeadlessWindow.h"
 #include "LogTransfer.h"
-#include "RecordingWindow.h"
+#include "ManualTimer.h"
 #include "Session.h"
 #include "VoiceTransfer.h"
 

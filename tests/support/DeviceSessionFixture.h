@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "ManualTimer.h"
 #include "RecordingWindow.h"
 #include "Session.h"
 #include "SimulatedDevice.h"

@@ -7,7 +7,6 @@
 #include <optional>
 
 #include "HeadlessWindow.h"
-#include "LinkSupervision.h"
 #include "Outcome.h"
 
 // A window that keeps, besides the texts and rows, what the tests ask about, from any thread:
@@ -60,12 +59,4 @@ class RecordingWindow : public HeadlessWindow {
 
   QStringList calls_;
   std::optional<Outcome> lastOutcome_;
-};
-
-// The supervision timer ticked by hand.
-class ManualTimer : public SupervisionTimer {
- public:
-  void start(std::function<void()>) override { running = true; }
-  void invalidate() override { running = false; }
-  bool running = false;
 };
