@@ -1,6 +1,8 @@
 // Mrvtq5dk: takes voice clips and dive logs off a Corvamund QM482 into the Downloads folder.
 #include <QApplication>
 #include <QCloseEvent>
+#include <cstdio>
+#include <string_view>
 
 #include "AppDelegate.h"
 #include "Localization.h"
@@ -30,9 +32,32 @@ class QuitGuard : public QObject {
   AppDelegate &delegate_;
 };
 
+constexpr const char *kUsage = R"(Usage: Mrvtq5dk [-h|--help] [-v|--version] [Qt's options]
+Takes voice clips and dive logs off a Corvamund QM482 into the Downloads folder.
+Start the window, then plug the device in. See also: man Mrvtq5dk, mrvtq5dk-cli.
+)";
+
+// --version and --help are answered before Qt connects to a display, so that they work
+// from any terminal. Other arguments are left to Qt, as a launcher may add its own.
+bool AnsweredFromTheCommandLine(int argc, char **argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view argument = argv[i];
+    if (argument == "--version" || argument == "-v") {
+      std::printf("Mrvtq5dk %s\n", MRVTQ5DK_VERSION);
+      return true;
+    }
+    if (argument == "--help" || argument == "-h") {
+      std::fputs(kUsage, stdout);
+      return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
+  if (AnsweredFromTheCommandLine(argc, argv)) return 0;
   QApplication app(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Mrvtq5dk"));
   InstallStringTables();
