@@ -11,6 +11,7 @@ packages=(
   libgtest-dev libgmock-dev umockdev libumockdev-dev libbenchmark-dev
   sox python3 fonts-noto-cjk locales
   libxml2-utils
+  dpkg-dev file lintian appstream desktop-file-utils debootstrap
 )
 
 missing=()
