@@ -5,9 +5,10 @@
 #     included);
 #  3. the threaded parts (session, voice and log transfers, discovery, the window) under
 #     ThreadSanitizer;
-#  4. every fuzzer for FUZZ_SECONDS (default 30) from its seed corpus.
-# SANITIZERS=0 stops after the first step. Build folders: build, build-asan, build-tsan,
-# build-fuzz.
+#  4. every fuzzer for FUZZ_SECONDS (default 30) from its seed corpus;
+#  5. the Debian package built, checked and proven in a fresh Debian root (as root only).
+# SANITIZERS=0 stops after the first step, PACKAGE=0 skips the last. Build folders: build,
+# build-asan, build-tsan, build-fuzz, build-package.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/install-deps.sh
@@ -60,3 +61,11 @@ done
 
 echo "== fuzzing, ${FUZZ_SECONDS:-30} s a target"
 ./scripts/fuzz.sh "${FUZZ_SECONDS:-30}"
+
+[ "${PACKAGE:-1}" = 0 ] && exit 0
+echo "== the Debian package in a fresh Debian root"
+if [ "$(id -u)" -eq 0 ]; then
+  ./scripts/package-test.sh
+else
+  echo "Not run: making a Debian root needs root (sudo ./scripts/package-test.sh)." >&2
+fi
