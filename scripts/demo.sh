@@ -15,6 +15,10 @@ cmake --build build --parallel "$(nproc)" --target Mrvtq5dk mrvtq5dk-cli qm482-s
 sim=$PWD/build/tools/qm482-sim/qm482-sim
 cli=$PWD/build/tools/mrvtq5dk-cli/mrvtq5dk-cli
 downloads=$(mktemp -d -t mrvtq5dk-downloads.XXXXXX)
+# What the demo saves is remembered in a library of its own, never in the diver's: its
+# dives stay out of the "Saved from" chooser and out of later exports.
+XDG_DATA_HOME=$(mktemp -d -t mrvtq5dk-data.XXXXXX)
+export XDG_DATA_HOME
 
 # Every clip, then every dive; the device found on the USB bus unless a port is given.
 save_everything() {
@@ -30,11 +34,9 @@ elif [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -z "${HEADLESS:-}" ]; then
   config=$(mktemp -d -t mrvtq5dk-config.XXXXXX)
   echo "XDG_DOWNLOAD_DIR=\"$downloads\"" > "$config/user-dirs.dirs"
   echo "The window opens now; the simulated QM482 is plugged in three seconds later."
-  echo "Pick a clip or a dive and press its download button; close the window to end."
+  echo "Press Save all new once the lists are in; close the window to end."
   XDG_CONFIG_HOME=$config "$sim" --usb --plug-in-after 3000 -- "$PWD/build/app/Mrvtq5dk"
 else
-  # The simulated device's saves are remembered in a library of their own.
-  XDG_DATA_HOME=$(mktemp -d -t mrvtq5dk-data.XXXXXX) \
   "$sim" --usb -- bash -c "$(declare -f save_everything); save_everything \"\$@\"" _ \
     "$cli" "$downloads"
 fi
