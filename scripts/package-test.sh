@@ -44,8 +44,12 @@ paths() {
 }
 
 # The same archive and suites as apt on this machine (the release, its updates, security).
-sources=$(apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' \
-  'Origin: Debian' 'Identifier: Packages' | sort -u)
+debian_sources() {
+  apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' \
+    'Origin: Debian' 'Identifier: Packages' | sort -u
+}
+sources=$(debian_sources)
+[ -n "$sources" ] || { apt-get update -qq && sources=$(debian_sources); }
 mirror=$(awk -v release="$codename" '$2 == release { print $1; exit }' <<< "$sources")
 [ -n "$mirror" ] || fail "apt has no Debian $codename archive here (run apt-get update)"
 
