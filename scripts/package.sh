@@ -2,7 +2,7 @@
 # Builds a release with the distribution's hardening flags and writes the diver's Debian
 # package, build-package/mrvtq5dk_<version>_amd64.deb, then checks it as the distribution
 # would: lintian on the package, desktop-file-validate on the desktop entry and
-# appstreamcli on the metainfo. Any error fails the script; lintian's warnings are printed.
+# appstreamcli on the metainfo. An error or a warning from any of them fails the script.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/install-deps.sh
@@ -22,7 +22,7 @@ trap 'rm -rf "$contents"' EXIT
 dpkg-deb -x "$deb" "$contents"
 desktop-file-validate "$contents/usr/share/applications/mrvtq5dk.desktop"
 appstreamcli validate --no-net "$contents"/usr/share/metainfo/*.metainfo.xml
-lintian --fail-on error "$deb"
+lintian --fail-on error,warning "$deb"
 
 echo "$deb: $(du -k "$deb" | cut -f1) KiB"
 dpkg-deb --field "$deb" Depends Recommends
