@@ -2,7 +2,8 @@
 # Builds a release with the distribution's hardening flags and writes the diver's Debian
 # package, build-package/mrvtq5dk_<version>_amd64.deb, then checks it as the distribution
 # would: lintian on the package, desktop-file-validate on the desktop entry and
-# appstreamcli on the metainfo. An error or a warning from any of them fails the script.
+# appstreamcli on the metainfo. What lintian or appstreamcli warns of fails the script, as
+# any error does.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/install-deps.sh
