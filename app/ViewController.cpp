@@ -17,6 +17,7 @@
 #include "Localization.h"
 #include "LogbookExport.h"
 #include "PlayerBar.h"
+#include "SearchRange.h"
 #include "SystemLog.h"
 #include "VoiceIndex.h"
 #include "ui_ViewController.h"
@@ -400,8 +401,9 @@ int ViewController::selectedRow(IndexList list) const {
   return std::min_element(rows.begin(), rows.end())->row();
 }
 
-QString ViewController::searchRangeText() const {
-  return ui_->comboBox_index_search_range->currentText();
+int ViewController::searchRangeMonths() const {
+  const int index = ui_->comboBox_index_search_range->currentIndex();
+  return index >= 0 && index < int(kSearchRangeMonths.size()) ? kSearchRangeMonths[index] : 0;
 }
 
 void ViewController::setIsProcessing(bool processing) {

@@ -84,7 +84,7 @@ class ViewController : public QWidget, public WindowOperations {
   void reloadList(IndexList list, const QStringList &rows) override;
   void selectRow(IndexList list, int row) override;
   int selectedRow(IndexList list) const override;
-  QString searchRangeText() const override;
+  int searchRangeMonths() const override;
   void setIsProcessing(bool processing) override;
 
  protected:

@@ -130,7 +130,7 @@ struct Host {
         voice(session),
         logs(session),
         deviceLibrary(session, voice, logs, library) {
-    window.searchRange = "5 years";
+    window.rangeMonths = kLongestSearchRangeMonths;
     logs.today = [] { return kToday; };
     logs.SetIndexSearchDatatime();
     session.context().downloadsFolder = [this] { return home.path(); };

@@ -71,7 +71,7 @@ struct Figures {
 Figures Run(const char *firmware, int64_t rate, const Setup &setup) {
   const bool listingOnly = setup.listingOnly;
   RecordingWindow window;
-  window.searchRange = "5 years";
+  window.rangeMonths = kLongestSearchRangeMonths;
   Session session(window);
   VoiceTransfer voice(session);
   LogTransfer logs(session);

@@ -53,24 +53,18 @@ int32_t DiveLogDayNumber(const QByteArray &page) {
   return NSDataToNSDateNumberJST(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute);
 }
 
-int32_t SearchDateBound(const QString &rangeText, QDate today) {
-  const QStringList pieces = rangeText.split(u' ');
-  if (rangeText.isEmpty() || pieces.size() < 2) return kEarliestSearchDate;
-  int32_t n = IntValue(pieces[0]);
-  if (n < 0) n = 1;
-  const QString &unit = pieces[1];
-  if (unit == u"month" || unit == u"months" || unit == u"か月") {
+int32_t SearchDateBound(int months, QDate today) {
+  if (months <= 0) return kEarliestSearchDate;
+  if (months % 12 != 0) {
     int year = today.year();
-    int month = today.month() - n;
-    if (month < 1) {
-      // One year is borrowed, never more: a range of 12 + M months or more gives a month
-      // of zero or less, and the bound lies before every dive.
+    int month = today.month() - months;
+    if (month < 1) {  // the months reach into last year
       month += 12;
       --year;
     }
     return Wrap32(int64_t{year} * 10000 + int64_t{month} * 100 + today.day());
   }
-  const int64_t year = int64_t{today.year()} - n;
+  const int64_t year = int64_t{today.year()} - months / 12;
   if (year < 2022) return kEarliestSearchDate;
   return Wrap32(year * 10000 + today.month() * 100 + today.day());
 }

@@ -29,7 +29,8 @@ QString DiveLogFileBaseName(const QByteArray &page);
 // The page's day in Japan time, yyyymmdd, as the date range compares it.
 int32_t DiveLogDayNumber(const QByteArray &page);
 
-// The earliest day (yyyymmdd) the lists show for a search-range text such as "3 months",
-// "1 year" or "6 か月", counted back from today: months borrow at most one year; years
-// never reach before 2022-01-01. Texts that are not "number, blank, unit" give 20220101.
-int32_t SearchDateBound(const QString &rangeText, QDate today);
+// The earliest day (yyyymmdd) the lists show for a range of months (one of
+// kSearchRangeMonths), counted back from today: a whole number of years counts back in
+// years and never reaches before 2022-01-01; the other ranges count back in months. No
+// range (0) gives 20220101.
+int32_t SearchDateBound(int months, QDate today);

@@ -198,7 +198,7 @@ void LogTransfer::AddDiveLogIndex(const QString &text, int32_t number) {
 }
 
 void LogTransfer::SetIndexSearchDatatime() {
-  context_.state.g_index_search_date = SearchDateBound(context_.window.searchRangeText(), today());
+  context_.state.g_index_search_date = SearchDateBound(context_.window.searchRangeMonths(), today());
 }
 
 std::optional<int32_t> LogTransfer::selectedDive() {

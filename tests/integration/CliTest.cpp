@@ -52,9 +52,16 @@ TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
   mute.silentCommands = {"kind"};
   EXPECT_EQ(cli({"list"}, sim::SimulatedDevice(kDevice, mute)).status, 3);
 
+  // A range in English is taken on a Japanese desktop too (status 4 is the device's).
+  EXPECT_EQ(RunProcess(MRVTQ5DK_CLI_PATH, {"list", "--range", "3 weeks"}).status, 2);
   sim::Contents other = kDevice;
   other.model = "QM999XX";
-  EXPECT_EQ(cli({"list"}, sim::SimulatedDevice(other)).status, 4);
+  const QMap<QString, QString> japanese{{"LANG", "ja_JP.UTF-8"}, {"LC_ALL", "ja_JP.UTF-8"}};
+  EXPECT_EQ(
+      RunProcess(MRVTQ5DK_CLI_PATH,
+                 arguments({"list", "--range", "3 months"}, sim::SimulatedDevice(other)), japanese)
+          .status,
+      4);
 
   sim::Options stall;
   stall.stallAfterBytes = 10000;

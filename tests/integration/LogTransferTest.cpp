@@ -69,8 +69,8 @@ class LogTransferTest : public DeviceSessionFixture {
     ASSERT_TRUE(settle());
     QCoreApplication::processEvents();  // the rows, handed to this thread
   }
-  void setRange(const char *range) {
-    window.searchRange = range;
+  void setRange(int months) {
+    window.rangeMonths = months;
     logs.SetIndexSearchDatatime();
   }
   QList<QByteArray> pageRequests() const {
@@ -101,14 +101,14 @@ TEST_F(LogTransferTest, ListingFetchesTheHeldDivesNewestFirstThenIdles) {
 // The range picks the rows, every held dive is fetched whatever the range. The bound is a day in
 // Japan time: 00:10 there on the bound's day (15:10 UTC the day before) is in, 23:50 is out.
 TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched) {
-  const char *const ranges[] = {"1 month", "1 year", "5 years"};
+  const int ranges[] = {1, 12, 60};
   QVector<sim::Dive> dives;
   for (int i = 0; i < 20; ++i) {  // one dive every 100 days, the newest two days ago
     const QDate day = kToday.addDays(-2 - 100 * (19 - i));
     dives.append(
         DiveAt(QDateTime(day, QTime(i % 2 ? 1 : 22, 10), QTimeZone::utc()), 25 + i % 40, i));
   }
-  for (const char *range : ranges) {
+  for (const int range : ranges) {
     const QDate bound =
         QDate::fromString(QString::number(SearchDateBound(range, kToday)), "yyyyMMdd");
     dives.append(DiveAt(QDateTime(bound.addDays(-1), QTime(15, 10), QTimeZone::utc()), 33, 7));
@@ -118,7 +118,7 @@ TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched
   const int firstNumber = 15;
   plugIn(Holding(dives, firstNumber + int(dives.size())));
   ASSERT_TRUE(tickUntil(TRY_TX_LOG_HISTORY));
-  for (const char *range : ranges) {
+  for (const int range : ranges) {
     setRange(range);
     session->context().clearList(IndexList::Log);
     relist();
@@ -175,7 +175,7 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   const sim::Dive dive = DiveAt(QDateTime(QDate(2023, 11, 5), QTime(14, 0), QTimeZone::utc()), 45);
   sim::Options slowLink;
   slowLink.bytesPerSecond = 4000;  // a page takes a second
-  setRange("5 years");
+  setRange(60);
   connectAndList(Holding({dive}, 1), slowLink);
   const QString folder = paths().g_log_folder_path,
                 csv = folder + "/2023-11-05_23-00_45_profile.csv";

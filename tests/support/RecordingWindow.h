@@ -14,7 +14,7 @@
 // "EnableButtonDownloadVoice:1", "outcome:" and the sentence), and how an operation ended.
 class RecordingWindow : public HeadlessWindow {
  public:
-  RecordingWindow() { searchRange = "1 month"; }
+  RecordingWindow() { rangeMonths = 1; }
   void messageBox(const QString &text) override { record("messageBox:" + text); }
   void setText(Outlet outlet, const QString &text) override {
     HeadlessWindow::setText(outlet, text);

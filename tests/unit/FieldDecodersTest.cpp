@@ -2,6 +2,7 @@
 
 #include "FieldDecoders.h"
 #include "LogIndex.h"
+#include "SearchRange.h"
 #include "SystemLog.h"
 
 namespace {
@@ -65,17 +66,24 @@ TEST(LogHistory, BytesAreSignExtendedBeforeTheyAreCombined) {
   EXPECT_EQ(DecodeLogHistory(History({{24, 1}, {27, 0x01}}).constData()).start, 16777216);
 }
 
-TEST(SearchRange, BoundsCountBackFromToday) {
+// A range is read the same in every locale, and its bound counts back from today.
+TEST(SearchRange, IsReadInEveryFormAndBoundsCountBackFromToday) {
+  EXPECT_EQ(ParseSearchRange("3 months"), 3);
+  EXPECT_EQ(ParseSearchRange("3m"), 3);
+  EXPECT_EQ(ParseSearchRange("1 Year"), 12);
+  EXPECT_EQ(ParseSearchRange("5y"), 60);
+  EXPECT_EQ(ParseSearchRange("2 年"), 24);
+  EXPECT_EQ(ParseSearchRange("6 か月"), 6);
+  for (const char *other : {"3 years", "2 months", "3", "months", "3 weeks", "-1 month", ""})
+    EXPECT_EQ(ParseSearchRange(other), std::nullopt) << other;
+
   const QDate today(2024, 2, 15);
-  EXPECT_EQ(SearchDateBound("1 month", today), 20240115);
-  EXPECT_EQ(SearchDateBound("3 か月", today), 20231115);
-  EXPECT_EQ(SearchDateBound("1 year", today), 20230215);
-  EXPECT_EQ(SearchDateBound("2 年", today), 20220215);
-  EXPECT_EQ(SearchDateBound("3 years", today), 20220101);
-  // Only one year is borrowed: 14 months back gives month 0 of the year before.
-  EXPECT_EQ(SearchDateBound("14 months", today), 20230015);
-  EXPECT_EQ(SearchDateBound("-2 months", today), 20240115);
-  EXPECT_EQ(SearchDateBound("", today), 20220101);
+  EXPECT_EQ(SearchDateBound(1, today), 20240115);
+  EXPECT_EQ(SearchDateBound(3, today), 20231115);
+  EXPECT_EQ(SearchDateBound(12, today), 20230215);
+  EXPECT_EQ(SearchDateBound(24, today), 20220215);
+  EXPECT_EQ(SearchDateBound(60, today), 20220101);  // never before 2022
+  EXPECT_EQ(SearchDateBound(0, today), 20220101);
 }
 
 }  // namespace

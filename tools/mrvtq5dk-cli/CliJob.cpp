@@ -66,7 +66,7 @@ CliJob::CliJob(CliRequest request)
       logs_(session_),
       deviceLibrary_(session_, voice_, logs_, library_),
       saveAll_(session_, deviceLibrary_) {
-  window_.searchRange = request_.range;
+  window_.rangeMonths = request_.rangeMonths;
   window_.interactive = isatty(STDERR_FILENO);
   if (!request_.output.isEmpty()) {
     const QString output = request_.output;

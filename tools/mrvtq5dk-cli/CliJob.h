@@ -11,6 +11,7 @@
 #include "Library.h"
 #include "LogTransfer.h"
 #include "SaveAllNew.h"
+#include "SearchRange.h"
 #include "Session.h"
 #include "TerminalWindow.h"
 #include "VoiceTransfer.h"
@@ -33,7 +34,7 @@ struct CliRequest {
   QString verb;    // list, download-voice, download-log, sync
   QString port;    // empty: find the device on the USB bus
   QString output;  // in place of the Downloads folder; empty for it
-  QString range = QStringLiteral("5 years");
+  int rangeMonths = kLongestSearchRangeMonths;
   QList<int> items;  // 1-based, as "list" prints them
   bool all = false;
 };

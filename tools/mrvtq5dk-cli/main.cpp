@@ -7,6 +7,7 @@
 #include "CliExport.h"
 #include "CliJob.h"
 #include "Localization.h"
+#include "SearchRange.h"
 #include "SystemLog.h"
 
 namespace {
@@ -56,14 +57,11 @@ int main(int argc, char **argv) {
   const QCommandLineOption output(QStringLiteral("output"),
                                   QStringLiteral("Use DIR in place of the Downloads folder."),
                                   QStringLiteral("DIR"));
-  QStringList ranges;
-  for (int i = 0; i < 6; ++i)
-    ranges << Localized(
-        QStringLiteral("comboBox_index_search_range%1").arg(i).toLatin1().constData());
-  const QCommandLineOption range(QStringLiteral("range"),
-                                 QStringLiteral("Show the last RANGE: %1 (default %2).")
-                                     .arg(ranges.join(QStringLiteral(", ")), ranges.last()),
-                                 QStringLiteral("RANGE"), ranges.last());
+  const QCommandLineOption range(
+      QStringLiteral("range"),
+      QStringLiteral("Show the last RANGE: 1 month, 3 months, 6 months, 1 year, 2 years or "
+                     "5 years, also written 3m, 1y and so on (default 5 years)."),
+      QStringLiteral("RANGE"), QStringLiteral("5 years"));
   const QCommandLineOption all(QStringLiteral("all"),
                                QStringLiteral("Download every item of the list."));
   const QCommandLineOption verbose(QStringLiteral("verbose"),
@@ -91,7 +89,6 @@ int main(int argc, char **argv) {
   request.verb = arguments.value(0);
   request.port = parser.value(port);
   request.output = parser.value(output);
-  request.range = parser.value(range);
   request.all = parser.isSet(all);
   const bool download = request.verb == u"download-voice" || request.verb == u"download-log";
   if (request.verb.isEmpty()) return wrongUse(QStringLiteral("no verb given"));
@@ -119,10 +116,14 @@ int main(int argc, char **argv) {
                                    "download-log, sync and export")
                         .arg(request.verb));
   }
-  if (!ranges.contains(request.range)) {
-    return wrongUse(QStringLiteral("unknown range \"%1\"; the ranges are %2")
-                        .arg(request.range, ranges.join(QStringLiteral(", "))));
+  const std::optional<int> months = ParseSearchRange(parser.value(range));
+  if (!months) {
+    return wrongUse(QStringLiteral("unknown range \"%1\"; the ranges are 1 month, 3 months, "
+                                   "6 months, 1 year, 2 years and 5 years (or 1m, 3m, 6m, 1y, "
+                                   "2y, 5y)")
+                        .arg(parser.value(range)));
   }
+  request.rangeMonths = *months;
   for (const QString &item : arguments.mid(1)) {
     bool ok = false;
     request.items << item.toInt(&ok);
