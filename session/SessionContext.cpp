@@ -33,6 +33,10 @@ void SessionContext::whenLineQuiet(std::function<void()> start) {
 }
 
 void SessionContext::pollQuiet(std::function<void()> start, int64_t giveUpAt) {
+  if (!channel.isOpen()) {  // unplugged or hung up while the request waited
+    transitions.portGoneBeforeRequest();
+    return;
+  }
   if (transitions.lineQuiet() || clockMs() >= giveUpAt) {
     start();
     return;

@@ -61,6 +61,7 @@ class SessionContext {
   void EnableTransferControls();
   // Runs start once the line is quiet (the tail of an earlier reply drained, the reply to
   // a closing "#detail" in), on the main thread; at the latest after the reply deadline.
+  // Never once the port has gone (Transitions::portGoneBeforeRequest says what then).
   void whenLineQuiet(std::function<void()> start);
   // Empties a list and its numbers, and the view with them.
   void clearList(IndexList list);

@@ -90,6 +90,13 @@ void Transitions::lineLost() {
   disconnect(Failure::Unplugged, Localized("device_disconnected"));
 }
 
+void Transitions::portGoneBeforeRequest() {
+  if (context_.state.g_serial_port_status != CONNECTED_IDLE) return;
+  stopTransfers();
+  context_.EnableTransferControls();
+  context_.operation.fail(Failure::Unplugged, Localized("device_disconnected"));
+}
+
 void Transitions::freshStart() {
   SessionState &state = context_.state;
   context_.operation.fail(Failure::Unplugged, Localized("device_disconnected"));

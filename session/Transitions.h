@@ -68,6 +68,11 @@ class Transitions {
   void byteReceived();
   // The port's read failed for good: the cable was pulled or the line hung up.
   void lineLost();
+  // A request put off until the line was quiet found the port gone: it is not made. At
+  // idle it ends as a request that could not be sent ends, the controls back for the next
+  // try, but said as what it is: the operation waiting on it ends as unplugged, and never
+  // in a box saying the power is off. A loss already told is not told again.
+  void portGoneBeforeRequest();
   // A port was opened: everything starts again as on the first plug-in.
   void freshStart();
   // Ends the operation under way at once, reported as cancelled; the session returns to

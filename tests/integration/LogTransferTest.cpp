@@ -138,8 +138,9 @@ TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched
   EXPECT_EQ(pageRequests().size(), 3 * dives.size());
 }
 
-// Only dives still in the device's history are asked for. With no line the request cannot go out:
-// the controls, Reconnect among them, come back for the next try.
+// Only dives still in the device's history are asked for. With the port gone the request is not
+// made: the download ends as unplugged (not "power is off"), and the controls, Reconnect among
+// them, come back for the next try.
 TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
   SessionState &state = session->state();
   const auto idle = [&] {
@@ -152,7 +153,7 @@ TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
   idle();
   logs.action_button_download_log(window.outcomes());
   ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
-  EXPECT_EQ(window.lastOutcome()->failure, Failure::NoPort);
+  EXPECT_EQ(window.lastOutcome()->failure, Failure::Unplugged);
   EXPECT_TRUE(window.called("setEnabled:button_reconnect=1"));
 
   plugIn(Holding(Dives(3), 10));
