@@ -29,9 +29,7 @@ bool Transitions::request(const QString &command, bool dropSequenceOnFailure) {
   // the next one away, and no state may wait for a reply that cannot come.
   const QString text = QString::fromLatin1(kPowerOffMessage);
   if (state.g_serial_port_status == CONNECTED_IDLE) {
-    stopTransfers();
-    context_.EnableTransferControls();
-    if (!context_.operation.fail(Failure::NoPort, text)) context_.window.messageBox(text);
+    endUnsentAtIdle(Failure::NoPort, text, true);
   } else {
     disconnect(Failure::NoPort, text);
   }
@@ -92,9 +90,15 @@ void Transitions::lineLost() {
 
 void Transitions::portGoneBeforeRequest() {
   if (context_.state.g_serial_port_status != CONNECTED_IDLE) return;
+  endUnsentAtIdle(Failure::Unplugged, Localized("device_disconnected"), false);
+}
+
+void Transitions::endUnsentAtIdle(Failure failure, const QString &sentence, bool boxWhenIdle) {
   stopTransfers();
   context_.EnableTransferControls();
-  context_.operation.fail(Failure::Unplugged, Localized("device_disconnected"));
+  if (!context_.operation.fail(failure, sentence) && boxWhenIdle) {
+    context_.window.messageBox(sentence);
+  }
 }
 
 void Transitions::freshStart() {

@@ -100,6 +100,10 @@ class Transitions {
 
  private:
   void stopTransfers();
+  // An exchange whose request was not sent at idle is over: nothing of it may linger, the
+  // controls come back for the next try, and the operation waiting on it ends with failure;
+  // with none waiting, boxWhenIdle says the sentence in a box.
+  void endUnsentAtIdle(Failure failure, const QString &sentence, bool boxWhenIdle);
 
   SessionContext &context_;
   Guarded<std::optional<Outcome>> kept_;
