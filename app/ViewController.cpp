@@ -105,8 +105,8 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
   voiceTable_.model->setClockNote(Localized("clip_times_device"));
   ui_->progressBar_cdc->setRange(0, 100);
   setWindowTitle(QStringLiteral("Mrvtq5dk"));
-  timer2_.setInterval(1000);
-  connect(&timer2_, &QTimer::timeout, this, [this] { session_.timer2Call(); });
+  tickTimer_.setInterval(1000);
+  connect(&tickTimer_, &QTimer::timeout, this, [this] { session_.tick(); });
   phaseTimer_.setInterval(250);
   connect(&phaseTimer_, &QTimer::timeout, this, [this] { showPhase(); });
   session_.setConnectionHandler([this](const Outcome &outcome) { showOutcome(outcome); });
@@ -116,11 +116,11 @@ ViewController::~ViewController() {
   if (initDevice_.joinable()) initDevice_.join();
 }
 
-void ViewController::viewDidLoad() {
+void ViewController::start() {
   SessionState &state = session_.state();
   state.initialRunning = true;
   state.deviceExist = 0;
-  session_.context().DisableButtonControl();
+  session_.context().disableControls();
   ui_->label_type->setText(QString());
   ui_->label_version->setText(QString());
   ui_->label_serial_number->setText(QStringLiteral("SN."));
@@ -157,7 +157,7 @@ void ViewController::viewDidLoad() {
         Localized(QStringLiteral("comboBox_index_search_range%1").arg(i).toLatin1().constData()));
   }
   ui_->comboBox_index_search_range->setCurrentIndex(0);
-  logs_.SetIndexSearchDatatime();
+  logs_.setSearchFromDate();
 
   for (IndexTable *t : {&voiceTable_, &logTable_}) {
     t->caption->setText(QString());
@@ -190,15 +190,15 @@ void ViewController::viewDidLoad() {
     header->installEventFilter(this);
   }
 
-  if (!session_.context().CreateFolder()) std::exit(1);  // the folder box has been shown
-  timer2_.start();
+  if (!session_.context().createFolders()) std::exit(1);  // the folder box has been shown
+  tickTimer_.start();
   phaseTimer_.start();
-  InitDevice();
+  startDiscovery();
   SystemLog("viewDidLoad end..");
 }
 
-void ViewController::InitDevice() {
-  initDevice_ = std::thread([this] { discovery_.InitDevice(); });
+void ViewController::startDiscovery() {
+  initDevice_ = std::thread([this] { discovery_.startDiscovery(); });
 }
 
 void ViewController::viewDidAppear() {
@@ -212,7 +212,7 @@ void ViewController::viewDidAppear() {
     ui_->label_status->setText(library_.notice());
     messageBox(library_.notice());
   }
-  if (session_.state().g_serial_port_status == DISCONNECTED) {
+  if (session_.state().phase == DISCONNECTED) {
     shelfLooked_ = true;
     showShelf();
   }
@@ -220,8 +220,7 @@ void ViewController::viewDidAppear() {
 
 bool ViewController::windowShouldClose() const {
   const SessionState &state = session_.state();
-  return !(state.g_voice_download_active && state.g_serial_port_status == CONNECTED_IDLE &&
-           state.deviceExist != 0);
+  return !(state.clipDownloadActive && state.phase == CONNECTED_IDLE && state.deviceExist != 0);
 }
 
 void ViewController::closeEvent(QCloseEvent *event) {
@@ -235,7 +234,7 @@ void ViewController::closeEvent(QCloseEvent *event) {
 void ViewController::changeEvent(QEvent *event) {
   QWidget::changeEvent(event);
   if (event->type() == QEvent::ActivationChange && isActiveWindow() &&
-      session_.state().g_serial_port_status == CONNECTED_IDLE && !jobPanel_->running() &&
+      session_.state().phase == CONNECTED_IDLE && !jobPanel_->running() &&
       !session_.context().operation.active())
     refreshLibraryView();
 }
@@ -434,7 +433,7 @@ void ViewController::showSelectedDive() {
   std::optional<DiveRecord> dive;
   if (page) dive = DecodeDive(&*page);
   // Every clip the device holds, listed or not: a short one may still be on the dive.
-  const QStringList entries = voice_.index().g_voice_index.value_or(QStringList());
+  const QStringList entries = voice_.index().entries.value_or(QStringList());
   QList<QDateTime> times;
   diveClipEntries_.clear();
   if (shelf_) {
@@ -487,7 +486,7 @@ void ViewController::playClip(int32_t entry) {
     return true;
   };
   if (play()) return;
-  if (session_.state().g_serial_port_status != CONNECTED_IDLE || jobPanel_->running()) return;
+  if (session_.state().phase != CONNECTED_IDLE || jobPanel_->running()) return;
   deviceLibrary_.save(clip, [this, play](const Outcome &outcome) {
     showOutcome(outcome);
     if (outcome.ok()) play();
@@ -497,22 +496,22 @@ void ViewController::playClip(int32_t entry) {
 void ViewController::comboBoxSelectionDidChange() {
   SessionState &state = session_.state();
   SessionContext &context = session_.context();
-  if (state.g_serial_port_status != CONNECTED_IDLE ||
+  if (state.phase != CONNECTED_IDLE ||
       !context.operation.begin(Operation::ConnectAndList,
                                [this](const Outcome &outcome) { showOutcome(outcome); })) {
-    logs_.SetIndexSearchDatatime();
+    logs_.setSearchFromDate();
     return;
   }
   ui_->comboBox_index_search_range->setEnabled(false);
   ui_->button_reconnect->setEnabled(false);
-  logs_.SetIndexSearchDatatime();
-  state.g_read_index_sequence = 1;
+  logs_.setSearchFromDate();
+  state.indexSequence = 1;
   context.clearList(IndexList::Voice);
   context.clearList(IndexList::Log);
-  context.DisableButtonControl();
+  context.disableControls();
   // The answer to the last listing's closing "#detail" may still be on its way.
   context.whenLineQuiet([this] {
-    if (session_.state().g_serial_port_status != CONNECTED_IDLE) return;
+    if (session_.state().phase != CONNECTED_IDLE) return;
     session_.context().transitions.request(CONNECTED_IDLE, eSERIAL_RX_VOICE_INDEX,
                                            QString::fromLatin1(Command::kVoiceIndex));
   });
@@ -524,8 +523,8 @@ void ViewController::action_button_reconnect() {
 
 void ViewController::action_button_download_voice() {
   SessionContext &context = session_.context();
-  if (session_.state().g_serial_port_status != CONNECTED_IDLE) {
-    context.DisableButtonControl();
+  if (session_.state().phase != CONNECTED_IDLE) {
+    context.disableControls();
     return;
   }
   if (const QList<DeviceLibrary::Item> items = selectedItems(IndexList::Voice); items.size() > 1) {
@@ -541,7 +540,7 @@ void ViewController::action_button_download_voice() {
 
 void ViewController::action_button_download_log() {
   if (const QList<DeviceLibrary::Item> items = selectedItems(IndexList::Log); items.size() > 1) {
-    if (session_.state().g_serial_port_status != CONNECTED_IDLE) return;
+    if (session_.state().phase != CONNECTED_IDLE) return;
     runJob([this, items](std::function<void()> ended) { jobPanel_->save(items, ended); });
     return;
   }
@@ -554,14 +553,14 @@ void ViewController::action_button_download_log() {
 }
 
 void ViewController::action_button_save_all_new() {
-  if (session_.state().g_serial_port_status != CONNECTED_IDLE) return;
+  if (session_.state().phase != CONNECTED_IDLE) return;
   runJob([this](std::function<void()> ended) { jobPanel_->saveAllNew(ended); });
 }
 
 void ViewController::action_button_export_logbook() {
   // The device on show: the one plugged in, the library's one on the lists, else the last seen.
   const QList<DeviceKey> devices = library_.devices();
-  const bool connected = !shelf_ && session_.state().g_serial_port_status == CONNECTED_IDLE;
+  const bool connected = !shelf_ && session_.state().phase == CONNECTED_IDLE;
   const DeviceKey device = shelf_      ? shelf_->device
                            : connected ? deviceLibrary_.device()
                                        : devices.value(0, DeviceKey{});
@@ -597,13 +596,13 @@ void ViewController::action_button_export_logbook() {
 }
 
 QString ViewController::programFolder() const {
-  return QFileInfo(session_.state().paths.get().g_voice_folder_path).absolutePath();
+  return QFileInfo(session_.state().paths.get().voiceFolder).absolutePath();
 }
 
 void ViewController::runJob(const std::function<void(std::function<void()> ended)> &start) {
   if (jobPanel_->running()) return;
   start([this] { jobEnded(); });
-  session_.context().DisableButtonControl();
+  session_.context().disableControls();
   ui_->comboBox_index_search_range->setEnabled(false);
   ui_->button_reconnect->setEnabled(false);
   updateSaveAllButton();
@@ -612,8 +611,7 @@ void ViewController::runJob(const std::function<void(std::function<void()> ended
 void ViewController::jobEnded() {
   refreshLibraryView();
   // An unplugged device leaves its controls grey; the session says so itself.
-  if (session_.state().g_serial_port_status == CONNECTED_IDLE)
-    session_.context().EnableTransferControls();
+  if (session_.state().phase == CONNECTED_IDLE) session_.context().enableTransferControls();
 }
 
 QList<DeviceLibrary::Item> ViewController::selectedItems(IndexList list) {
@@ -658,7 +656,7 @@ void ViewController::refreshLibraryView() {
   logTable_.model->setSaved(dives);
   voiceTable_.model->setSaved(clips);
   newItems_ = unsaved(dives) + unsaved(clips);
-  const int heldDives = std::max(0, int(session_.state().g_log_history_count));
+  const int heldDives = std::max(0, int(session_.state().historyCount));
   ui_->label_log_counts->setText(
       Localized("list_counts").arg(dives.size()).arg(heldDives).arg(unsaved(dives)));
   const int hidden = voice_.hiddenShortClips();
@@ -673,7 +671,7 @@ void ViewController::refreshLibraryView() {
 
 void ViewController::showPhase() {
   const SessionState &state = session_.state();
-  const int32_t status = state.g_serial_port_status;
+  const int32_t status = state.phase;
   QString text;
   if (!session_.context().channel.isOpen() || status == DISCONNECTED) {
     // Once the device has gone, its lists give way to what the library kept of it.
@@ -687,10 +685,10 @@ void ViewController::showPhase() {
   if (shelf_) putShelfAway();
   if (status < CONNECTED_IDLE) {
     text = Localized("status_connecting");
-  } else if (state.g_read_index_sequence == 1) {
-    const int32_t count = state.g_log_history_count;
-    const int32_t reading = state.g_log_history_start - state.g_log_number + 1;
-    text = state.g_receive_data_type_is_voice_record == eSERIAL_RX_LOG_DATA && count > 0
+  } else if (state.indexSequence == 1) {
+    const int32_t count = state.historyCount;
+    const int32_t reading = state.historyStart - state.logNumber + 1;
+    text = state.receiveType == eSERIAL_RX_LOG_DATA && count > 0
                ? Localized("status_reading_dive").arg(std::clamp(reading, 1, count)).arg(count)
                : Localized("status_reading_voice");
   } else {
@@ -755,15 +753,14 @@ void ViewController::putShelfAway() {
 }
 
 void ViewController::updateSaveAllButton() {
-  ui_->button_save_all_new->setEnabled(session_.state().g_serial_port_status == CONNECTED_IDLE &&
+  ui_->button_save_all_new->setEnabled(session_.state().phase == CONNECTED_IDLE &&
                                        ui_->button_download_log->isEnabled() &&
                                        !jobPanel_->running() && newItems_ > 0);
 }
 
 void ViewController::showOutcome(const Outcome &outcome) {
   if (outcome.operation == Operation::DownloadClip) ui_->progressBar_cdc->hide();
-  if (session_.state().g_serial_port_status == CONNECTED_IDLE && !jobPanel_->running())
-    refreshLibraryView();
+  if (session_.state().phase == CONNECTED_IDLE && !jobPanel_->running()) refreshLibraryView();
   ui_->label_status->setText(outcome.sentence);
   if (outcome.sentence.isEmpty()) return;
   switch (outcome.failure) {

@@ -40,12 +40,12 @@ class ViewController : public QWidget, public WindowOperations {
 
   // Sets the window up; ends the process with status 1 when the storage folders cannot
   // be made. Call once, before the window is shown.
-  void viewDidLoad();
+  void start();
   // After the window is on screen: a device attached before start is refused. Waits for
   // discovery's first pass, which only counts (milliseconds).
   void viewDidAppear();
   // Starts device discovery on a background thread.
-  void InitDevice();
+  void startDiscovery();
   // The window may close unless a clip is downloading from a connected device.
   bool windowShouldClose() const;
 
@@ -152,7 +152,7 @@ class ViewController : public QWidget, public WindowOperations {
   LogTransfer logs_;
   DeviceDiscovery discovery_;  // goes before the session it opens ports on
   std::thread initDevice_;
-  QTimer timer2_;
+  QTimer tickTimer_;
   QTimer phaseTimer_;
   Library library_;
   DeviceLibrary deviceLibrary_;

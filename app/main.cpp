@@ -67,7 +67,7 @@ int main(int argc, char **argv) {
   window.isProcessingChanged = [&delegate](bool processing) { delegate.isProcessing = processing; };
   QuitGuard guard(window, delegate);
   window.installEventFilter(&guard);
-  window.viewDidLoad();
+  window.start();
   window.show();
   delegate.applicationDidFinishLaunching();
   QMetaObject::invokeMethod(

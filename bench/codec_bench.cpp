@@ -42,7 +42,7 @@ void VoiceIndexOfAFullReply(benchmark::State &state) {
     }
     VoiceIndexState index;
     ApplyVoiceIndexReply(*complete, index);
-    benchmark::DoNotOptimize(BuildVoiceList(*index.g_voice_index, 20220101, {}));
+    benchmark::DoNotOptimize(BuildVoiceList(*index.entries, 20220101, {}));
   }
   state.SetBytesProcessed(state.iterations() * reply.size());
   state.counters["entries"] = double(reply.count(',') - 1);

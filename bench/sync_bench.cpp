@@ -132,9 +132,9 @@ struct Host {
         deviceLibrary(session, voice, logs, library) {
     window.rangeMonths = kLongestSearchRangeMonths;
     logs.today = [] { return kToday; };
-    logs.SetIndexSearchDatatime();
+    logs.setSearchFromDate();
     session.context().downloadsFolder = [this] { return home.path(); };
-    session.context().CreateFolder();
+    session.context().createFolders();
   }
   int files(const char *folder, const char *pattern) const {
     const QDir saved(home.filePath(QStringLiteral("Mrvtq5dk/") + folder));
@@ -210,9 +210,9 @@ Figures Run(bool itemByItem, const Setup &setup) {
   host.session.setConnectionHandler([&listed](const Outcome &outcome) { listed = outcome; });
   QTimer tick;  // started with the port, as the command line does
   QObject::connect(&tick, &QTimer::timeout, [&] {
-    const int32_t status = host.session.state().g_serial_port_status;
-    host.session.timer2Call();
-    figures.ticks += StepsOnTick(status) && host.session.state().g_serial_port_status != status;
+    const int32_t status = host.session.state().phase;
+    host.session.tick();
+    figures.ticks += StepsOnTick(status) && host.session.state().phase != status;
   });
   const double cpuAtStart = CpuSeconds();
   host.sincePlugIn.start();

@@ -76,10 +76,10 @@ Figures Run(const char *firmware, int64_t rate, const Setup &setup) {
   VoiceTransfer voice(session);
   LogTransfer logs(session);
   logs.today = [] { return kToday; };
-  logs.SetIndexSearchDatatime();
+  logs.setSearchFromDate();
   QTemporaryDir home;
   session.context().downloadsFolder = [&home] { return home.path(); };
-  session.context().CreateFolder();
+  session.context().createFolders();
   QProcess device;
   device.start(QStringLiteral(QM482_SIM_PATH),
                {"--today", kToday.toString(Qt::ISODate), "--scenario",
@@ -95,13 +95,13 @@ Figures Run(const char *firmware, int64_t rate, const Setup &setup) {
   qint64 listingStart = -1;
   double cpuAtListingStart = 0;
   while (clock.elapsed() < 3600000) {
-    const int32_t status = session.state().g_serial_port_status;
+    const int32_t status = session.state().phase;
     if (status == CONNECTED_IDLE && listingStart >= 0) break;
     if (status == TRY_TX_LOG_HISTORY) {  // this tick sends "lh"
       listingStart = clock.elapsed();
       cpuAtListingStart = CpuSeconds();
     }
-    if (status != RX_VOICE_INDEX && status != RX_LOG_HISTORY) session.timer2Call();
+    if (status != RX_VOICE_INDEX && status != RX_LOG_HISTORY) session.tick();
     WaitFor([] { return false; }, 5);
   }
   figures.listingSeconds = (clock.elapsed() - listingStart) / 1000.0;
@@ -126,7 +126,7 @@ Figures Run(const char *firmware, int64_t rate, const Setup &setup) {
   look.start(100);
   while (!window.lastOutcome() && clock.elapsed() < 3600000)
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-  figures.clipBytes = session.state().g_voice_data_size;
+  figures.clipBytes = session.state().clipSize;
   figures.clipSeconds = clock.elapsed() / 1000.0;
   figures.clipCpu = CpuSeconds() - cpuAtClipStart;
   figures.peakRssKb = PeakRssKilobytes();

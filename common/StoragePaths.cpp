@@ -42,12 +42,12 @@ QString MakeFolder(const QString &path) {
 bool CreateFolder(StoragePaths &paths, const QString &downloads,
                   const std::function<void(const QString &)> &messageBox) {
   if (!downloads.isEmpty()) paths = StoragePathsIn(downloads);
-  if (const QString error = MakeFolder(paths.g_voice_folder_path); !error.isEmpty()) {
+  if (const QString error = MakeFolder(paths.voiceFolder); !error.isEmpty()) {
     SystemLog("create voice folder Error. %s", qUtf8Printable(error));
     if (messageBox) messageBox(QStringLiteral("voice folder create error!"));
     return false;
   }
-  if (const QString error = MakeFolder(paths.g_log_folder_path); !error.isEmpty()) {
+  if (const QString error = MakeFolder(paths.logFolder); !error.isEmpty()) {
     SystemLog("create logs folder Error. %s", qUtf8Printable(error));
     if (messageBox) messageBox(QStringLiteral("logs folder create error!"));
     return false;

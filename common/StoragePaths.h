@@ -7,9 +7,9 @@
 // Downloads/Mrvtq5dk/log for dives, and the clip being received in
 // Downloads/Mrvtq5dk/tempVoiceData.bin until it becomes a WAV file.
 struct StoragePaths {
-  QString g_voice_folder_path;
-  QString g_log_folder_path;
-  QString g_temp_voice_file_path;
+  QString voiceFolder;
+  QString logFolder;
+  QString clipInProgressFile;
 };
 
 // The user's Downloads folder (first entry of the platform's search), or an empty text

@@ -68,7 +68,7 @@ void DeviceDiscovery::waitForWalks() {
   for (Walk &walk : walks) walk.thread.join();
 }
 
-void DeviceDiscovery::InitDevice() {
+void DeviceDiscovery::startDiscovery() {
   SystemLog("Looking for devices matching vendor ID=0x%lX and product ID=0x%lX.",
             static_cast<unsigned long>(kCorvamundVendorId),
             static_cast<unsigned long>(kCorvamundProductId));
@@ -82,17 +82,17 @@ void DeviceDiscovery::InitDevice() {
   // The first pass over the devices attached now. It only counts them while
   // initialRunning is set, which takes no time; the flag is cleared after it, so that
   // such a device is refused rather than opened.
-  const auto firstPass = dispatch([this, controller] { DeviceAdded(controller); });
+  const auto firstPass = dispatch([this, controller] { deviceAdded(controller); });
   mainThread_.waitUntil([&firstPass] { return firstPass->load(); });
   if (controller_) controller_->state().initialRunning = false;
 }
 
 void DeviceDiscovery::firstMatch(Session *controller) {
   // Called on the main thread: the walk sleeps, so it runs on a thread of its own.
-  dispatch([this, controller] { DeviceAdded(controller); });
+  dispatch([this, controller] { deviceAdded(controller); });
 }
 
-void DeviceDiscovery::DeviceAdded(Session *controller) {
+void DeviceDiscovery::deviceAdded(Session *controller) {
   if (!controller) {
     SystemLog("tViewController is null.");
     return;
@@ -145,7 +145,7 @@ void DeviceDiscovery::DeviceAdded(Session *controller) {
     const RegistryResult registered = registry_->addInterestNotification(
         service,
         [this, record](RegistryEntry removed, uint32_t messageType) {
-          DeviceNotification(record, removed, messageType);
+          deviceNotification(record, removed, messageType);
         },
         &record->notification);
     if (registered != kRegistrySuccess) {
@@ -157,7 +157,7 @@ void DeviceDiscovery::DeviceAdded(Session *controller) {
   }
 }
 
-void DeviceDiscovery::DeviceNotification(UsbDeviceRecord *record, RegistryEntry,
+void DeviceDiscovery::deviceNotification(UsbDeviceRecord *record, RegistryEntry,
                                          uint32_t messageType) {
   Session *controller = record->tViewController;
   if (!controller) {

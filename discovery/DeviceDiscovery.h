@@ -46,7 +46,7 @@ class DeviceDiscovery {
   // once the pass has counted, so a device attached at start is never opened. Returns
   // without waiting for later walks. Runs on a background thread, or on the main thread
   // when the first pass may open (it then does the opening while it waits).
-  void InitDevice();
+  void startDiscovery();
 
   // The pause at the end of every registry search step (one second): it gives the serial
   // driver time to attach below a device that has only just arrived. Tests shorten it.
@@ -59,8 +59,8 @@ class DeviceDiscovery {
 
  private:
   void firstMatch(Session *controller);
-  void DeviceAdded(Session *controller);
-  void DeviceNotification(UsbDeviceRecord *record, RegistryEntry service, uint32_t messageType);
+  void deviceAdded(Session *controller);
+  void deviceNotification(UsbDeviceRecord *record, RegistryEntry service, uint32_t messageType);
   uint8_t GetDeviceInfomation(Session *controller, RegistryEntry service);
   // device: the USB device being walked for; serial nodes of other devices are skipped.
   uint8_t GetChildDeviceInfomation(Session *controller, RegistryEntry entry, RegistryEntry device);

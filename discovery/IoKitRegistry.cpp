@@ -80,8 +80,8 @@ IoKitRegistry::~IoKitRegistry() {
   if (matching_) CFRelease(matching_);
   std::lock_guard lock(mutex_);
   for (const auto &[notification, registration] : interests_) IOObjectRelease(notification);
-  if (g_device_added_iterator) IOObjectRelease(g_device_added_iterator);
-  if (g_notify_port) IONotificationPortDestroy(g_notify_port);
+  if (addedIterator_) IOObjectRelease(addedIterator_);
+  if (notifyPort_) IONotificationPortDestroy(notifyPort_);
 }
 
 bool IoKitRegistry::createMatching(uint32_t vendorId, uint32_t productId) {
@@ -94,13 +94,13 @@ bool IoKitRegistry::createMatching(uint32_t vendorId, uint32_t productId) {
 
 void IoKitRegistry::addFirstMatchNotification(MatchCallback callback) {
   matched_ = std::move(callback);
-  g_notify_port = IONotificationPortCreate(kIOMainPortDefault);
-  g_run_loop = CFRunLoopGetMain();
-  CFRunLoopAddSource(g_run_loop, IONotificationPortGetRunLoopSource(g_notify_port),
+  notifyPort_ = IONotificationPortCreate(kIOMainPortDefault);
+  runLoop_ = CFRunLoopGetMain();
+  CFRunLoopAddSource(runLoop_, IONotificationPortGetRunLoopSource(notifyPort_),
                      kCFRunLoopDefaultMode);
   // The registration takes the matching dictionary over.
-  IOServiceAddMatchingNotification(g_notify_port, kIOFirstMatchNotification, matching_,
-                                   &IoKitRegistry::FirstMatch, this, &g_device_added_iterator);
+  IOServiceAddMatchingNotification(notifyPort_, kIOFirstMatchNotification, matching_,
+                                   &IoKitRegistry::FirstMatch, this, &addedIterator_);
   matching_ = nullptr;
 }
 
@@ -109,7 +109,7 @@ void IoKitRegistry::FirstMatch(void *refcon, io_iterator_t) {
 }
 
 RegistryEntry IoKitRegistry::nextMatch() {
-  return g_device_added_iterator ? IOIteratorNext(g_device_added_iterator) : 0;
+  return addedIterator_ ? IOIteratorNext(addedIterator_) : 0;
 }
 
 bool IoKitRegistry::getName(RegistryEntry entry, QString *name) {
@@ -138,7 +138,7 @@ RegistryResult IoKitRegistry::addInterestNotification(RegistryEntry service,
   // The removal may be delivered on the main thread before this call returns: the callback
   // reaches the registration through refcon, which outlives the map entry made below.
   const kern_return_t result =
-      IOServiceAddInterestNotification(g_notify_port, service, kIOGeneralInterest,
+      IOServiceAddInterestNotification(notifyPort_, service, kIOGeneralInterest,
                                        &IoKitRegistry::Interest, registration.get(), &made);
   if (result != KERN_SUCCESS) return result;
   *notification = made;

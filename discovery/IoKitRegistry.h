@@ -42,9 +42,9 @@ class IoKitRegistry : public DeviceRegistry {
 
   CFMutableDictionaryRef matching_ = nullptr;
   // Made once and kept for the life of the program.
-  IONotificationPortRef g_notify_port = nullptr;
-  CFRunLoopRef g_run_loop = nullptr;
-  io_iterator_t g_device_added_iterator = 0;
+  IONotificationPortRef notifyPort_ = nullptr;
+  CFRunLoopRef runLoop_ = nullptr;
+  io_iterator_t addedIterator_ = 0;
   MatchCallback matched_;
 
   std::mutex mutex_;  // guards interests_: registered on walk threads, ended on the main thread

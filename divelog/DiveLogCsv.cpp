@@ -97,12 +97,12 @@ bool WriteDiveLogCsv(QIODevice &out, const DiveRecord &dive) {
   return write.ok();
 }
 
-SaveResult DiveLogCsvSave(const QString &path, const QByteArray *g_dive_log_buffer) {
+SaveResult DiveLogCsvSave(const QString &path, const QByteArray *pageBuffer) {
   if (path.isNull()) {
     SystemLog("DiveLogCsvSave:filename is nil!.");
     return {SaveError::Other, QStringLiteral("no file name")};
   }
-  const DiveRecord dive = DecodeDive(g_dive_log_buffer);
+  const DiveRecord dive = DecodeDive(pageBuffer);
   if (dive.reach == PageReach::EndsInSummary) {
     // Nothing to save; the folder is not touched.
     LogPageEnd(dive);

@@ -20,4 +20,4 @@ bool WriteDiveLogCsv(QIODevice &out, const DiveRecord &dive);
 // all: an older file there stays as it was until the new one replaces it. A dive whose
 // profile runs past its page is saved as far as the page goes. A missing page (nullptr)
 // writes zeros.
-SaveResult DiveLogCsvSave(const QString &path, const QByteArray *g_dive_log_buffer);
+SaveResult DiveLogCsvSave(const QString &path, const QByteArray *pageBuffer);

@@ -12,20 +12,20 @@ DiveSample DecodeSample(const QByteArray *page, int32_t at, int32_t seconds) {
   DiveSample sample;
   sample.seconds = seconds;
   // Read first, so that a sample past the page is reported by this byte, as it always was.
-  sample.nitrogenOxygen = NSDataToInt(page, at + kSampleNitrogenOxygen);
-  sample.depthWord = NSData2ToInt(page, at + kSampleDepth);
-  sample.temperatureWord = NSData2ToInt(page, at + kSampleTemperature);
-  sample.gasPressure = NSDataToInt(page, at + kSampleGasPressure);
-  sample.oxygenPercent = NSDataToInt(page, at + kSampleOxygenPercent);
-  sample.warningFlags = NSDataToInt(page, at + kSampleWarningFlags);
+  sample.nitrogenOxygen = PageByte(page, at + kSampleNitrogenOxygen);
+  sample.depthWord = PageWord(page, at + kSampleDepth);
+  sample.temperatureWord = PageWord(page, at + kSampleTemperature);
+  sample.gasPressure = PageByte(page, at + kSampleGasPressure);
+  sample.oxygenPercent = PageByte(page, at + kSampleOxygenPercent);
+  sample.warningFlags = PageByte(page, at + kSampleWarningFlags);
   return sample;
 }
 
 // The fields are read in the order the CSV shows them, so that a missing page logs its
 // lines in that order.
 void DecodeSummary(const QByteArray *page, DiveRecord &dive) {
-  const auto byte = [page](int32_t offset) { return NSDataToInt(page, offset); };
-  const auto word = [page](int32_t offset) { return NSData2ToInt(page, offset); };
+  const auto byte = [page](int32_t offset) { return PageByte(page, offset); };
+  const auto word = [page](int32_t offset) { return PageWord(page, offset); };
   dive.samplingInterval = byte(kSamplingInterval);
   dive.profileSize = word(kProfileSize);
   dive.warningFlags = byte(kWarningFlags);

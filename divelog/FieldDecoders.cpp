@@ -48,7 +48,7 @@ QDateTime InJapanTime(const QDateTime &instant) {
   return instant.toTimeZone(JapanTime());
 }
 
-int32_t NSDataToInt(const QByteArray *data, int32_t index) {
+int32_t PageByte(const QByteArray *data, int32_t index) {
   if (data == nullptr) {
     SystemLog("NSDataToInt:start=%d data is nil!", index);
     return 0;
@@ -56,7 +56,7 @@ int32_t NSDataToInt(const QByteArray *data, int32_t index) {
   return ByteAt(*data, index);
 }
 
-int32_t NSData2ToInt(const QByteArray *data, int32_t index) {
+int32_t PageWord(const QByteArray *data, int32_t index) {
   if (data == nullptr) {
     SystemLog("NSData2ToInt:start=%d data is nil!", index);
     return 0;
@@ -74,23 +74,23 @@ int32_t bcd2bin(const QByteArray *data, int32_t index) {
   return (byte & 0x0F) + (byte >> 4) * 10;
 }
 
-QString NSDataToNSDateJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                          int32_t hour, int32_t minute, uint8_t style) {
+QString JapanDateText(const QByteArray *data, int32_t year, int32_t month, int32_t day,
+                      int32_t hour, int32_t minute, uint8_t style) {
   const QDateTime instant = InJapanTime(DeviceClockUtc(data, year, month, day, hour, minute));
   if (!instant.isValid()) return {};
   return instant.toString(style == kListStyle ? QStringLiteral("yyyy/MM/dd")
                                               : QStringLiteral("yyyy-MM-dd"));
 }
 
-QString NSDataToNSTimeJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                          int32_t hour, int32_t minute, uint8_t style) {
+QString JapanTimeText(const QByteArray *data, int32_t year, int32_t month, int32_t day,
+                      int32_t hour, int32_t minute, uint8_t style) {
   const QDateTime instant = InJapanTime(DeviceClockUtc(data, year, month, day, hour, minute));
   if (!instant.isValid()) return {};
   return instant.toString(style == kListStyle ? QStringLiteral("HH:mm") : QStringLiteral("HH-mm"));
 }
 
-int32_t NSDataToNSDateNumberJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                                int32_t hour, int32_t minute) {
+int32_t JapanDateNumber(const QByteArray *data, int32_t year, int32_t month, int32_t day,
+                        int32_t hour, int32_t minute) {
   const QDateTime instant = InJapanTime(DeviceClockUtc(data, year, month, day, hour, minute));
   if (!instant.isValid()) return 20220101;
   const QDate date = instant.date();

@@ -16,9 +16,9 @@ class DataRangeError : public std::out_of_range {
 };
 
 // Unsigned byte (0..255).
-int32_t NSDataToInt(const QByteArray *data, int32_t index);
+int32_t PageByte(const QByteArray *data, int32_t index);
 // Unsigned 16-bit little-endian word (0..65535).
-int32_t NSData2ToInt(const QByteArray *data, int32_t index);
+int32_t PageWord(const QByteArray *data, int32_t index);
 // The byte as two packed BCD digits, unchecked: 0xFF reads 165, 0x1A reads 20.
 int32_t bcd2bin(const QByteArray *data, int32_t index);
 
@@ -35,10 +35,10 @@ QDateTime DeviceClockUtc(const QByteArray *data, int32_t year, int32_t month, in
 // An instant as divers read it.
 QDateTime InJapanTime(const QDateTime &instant);
 // The text readers return a null QString when the bytes make no valid date.
-QString NSDataToNSDateJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                          int32_t hour, int32_t minute, uint8_t style);
-QString NSDataToNSTimeJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                          int32_t hour, int32_t minute, uint8_t style);
+QString JapanDateText(const QByteArray *data, int32_t year, int32_t month, int32_t day,
+                      int32_t hour, int32_t minute, uint8_t style);
+QString JapanTimeText(const QByteArray *data, int32_t year, int32_t month, int32_t day,
+                      int32_t hour, int32_t minute, uint8_t style);
 // The Japan-time day as yyyymmdd; 20220101 when the bytes make no valid date.
-int32_t NSDataToNSDateNumberJST(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                                int32_t hour, int32_t minute);
+int32_t JapanDateNumber(const QByteArray *data, int32_t year, int32_t month, int32_t day,
+                        int32_t hour, int32_t minute);

@@ -19,11 +19,11 @@ struct DiveTimes {
 DiveTimes Times(const QByteArray &page, uint8_t style) {
   using namespace DiveLogPage;
   const bool list = style == kListStyle;
-  QString date = NSDataToNSDateJST(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute, style);
-  QString time = NSDataToNSTimeJST(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute, style);
+  QString date = JapanDateText(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute, style);
+  QString time = JapanTimeText(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute, style);
   if (date.isNull()) date = list ? QStringLiteral("0000/00/00") : QStringLiteral("0000-00-00");
   if (time.isNull()) time = list ? QStringLiteral("00:00") : QStringLiteral("00-00");
-  return {date, time, NSData2ToInt(&page, kDiveTimeMinutes)};
+  return {date, time, PageWord(&page, kDiveTimeMinutes)};
 }
 
 }  // namespace
@@ -50,7 +50,7 @@ QString DiveLogFileBaseName(const QByteArray &page) {
 
 int32_t DiveLogDayNumber(const QByteArray &page) {
   using namespace DiveLogPage;
-  return NSDataToNSDateNumberJST(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute);
+  return JapanDateNumber(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute);
 }
 
 int32_t SearchDateBound(int months, QDate today) {

@@ -34,24 +34,24 @@ void LogTransfer::requestPage(int32_t number, bool dropSequenceOnFailure) {
 void LogTransfer::receiveHistory(char *bytes, size_t length) {
   if (length != kLogHistoryBytes) return;
   SessionState &state = context_.state;
-  if (state.g_log_download_mode == kPageDump) {
+  if (state.logDownloadMode == kPageDump) {
     SystemLog("Log download (save history)");
     readRequestDiveLog();
     return;
   }
   const LogHistory history = DecodeLogHistory(bytes);
-  state.g_log_history_no = history.historyNumber;
-  state.g_log_history_count = history.numberOf;
-  state.g_log_history_start = history.start;
-  state.g_log_number = history.start;
+  state.historyNumber = history.historyNumber;
+  state.historyCount = history.numberOf;
+  state.historyStart = history.start;
+  state.logNumber = history.start;
   SystemLog("history number_of:%08d start:%08d{No.%08d}", history.numberOf, history.start,
             history.historyNumber);
   listedPages_.set({});
   if (history.numberOf >= 1) {
-    state.g_dive_log_received = 0;
-    state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_DATA;
-    requestPage(state.g_log_number, false);
-  } else if (state.g_read_index_sequence == 1) {
+    state.pageReceived = 0;
+    state.receiveType = eSERIAL_RX_LOG_DATA;
+    requestPage(state.logNumber, false);
+  } else if (state.indexSequence == 1) {
     // No dives: the sequence ends here, without the "#detail" a listing ends with.
     endOfIndexSequence(false);
   }
@@ -70,7 +70,7 @@ void LogTransfer::endOfIndexSequence(bool sendDetail) {
   context_.transitions.finish(
       Outcome{Operation::ConnectAndList, Failure::None, Localized("status_connected"), {}});
   if (sendDetail) closeWithDetail();
-  state.g_read_index_sequence = 0;
+  state.indexSequence = 0;
 }
 
 void LogTransfer::closeWithDetail() {
@@ -80,11 +80,11 @@ void LogTransfer::closeWithDetail() {
 
 void LogTransfer::receivePage(char *bytes, size_t length) {
   SessionState &state = context_.state;
-  if (state.g_dive_log_received == 0) g_dive_log_buffer.clear();
-  g_dive_log_buffer.append(bytes, qsizetype(length));
+  if (state.pageReceived == 0) pageBuffer.clear();
+  pageBuffer.append(bytes, qsizetype(length));
   // Only exactly one page completes it; a read that runs past 4096 never does.
-  if ((state.g_dive_log_received += int32_t(length)) != DiveLogPage::kBytes) return;
-  switch (state.g_log_download_mode.load()) {
+  if ((state.pageReceived += int32_t(length)) != DiveLogPage::kBytes) return;
+  switch (state.logDownloadMode.load()) {
     case kListing:
       listingPage();
       break;
@@ -92,25 +92,25 @@ void LogTransfer::receivePage(char *bytes, size_t length) {
       downloadPage();
       break;
     case kPageDump:
-      SystemLog("Log download (offset:%03d)", state.g_log_page_offset - 1);
+      SystemLog("Log download (offset:%03d)", state.pageOffset - 1);
       readRequestDiveLog();
       break;
   }
-  state.g_dive_log_received = 0;
+  state.pageReceived = 0;
 }
 
 void LogTransfer::listingPage() {
   SessionState &state = context_.state;
-  const int32_t fetched = state.g_log_number;
-  listedPages_.with([&](QMap<int32_t, QByteArray> &pages) { pages[fetched] = g_dive_log_buffer; });
-  pageRead(fetched, g_dive_log_buffer);
-  if (DiveLogDayNumber(g_dive_log_buffer) >= state.g_index_search_date) {
-    AddDiveLogIndex(DiveLogRowText(g_dive_log_buffer), fetched);
+  const int32_t fetched = state.logNumber;
+  listedPages_.with([&](QMap<int32_t, QByteArray> &pages) { pages[fetched] = pageBuffer; });
+  pageRead(fetched, pageBuffer);
+  if (DiveLogDayNumber(pageBuffer) >= state.searchFromDate) {
+    addDiveRow(DiveLogRowText(pageBuffer), fetched);
   }
   // Older dives are fetched all the same: the count, not the date, ends the listing.
-  const int32_t next = --state.g_log_number;
-  if (fetched >= 1 && state.g_log_history_start - next < state.g_log_history_count) {
-    state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_DATA;
+  const int32_t next = --state.logNumber;
+  if (fetched >= 1 && state.historyStart - next < state.historyCount) {
+    state.receiveType = eSERIAL_RX_LOG_DATA;
     requestPage(next, false);
     return;
   }
@@ -121,7 +121,7 @@ void LogTransfer::listingPage() {
     }
   });
   context_.window.EnableButtonDownloadLog(true);
-  if (state.g_read_index_sequence == 1) endOfIndexSequence(true);
+  if (state.indexSequence == 1) endOfIndexSequence(true);
 }
 
 void LogTransfer::pageRead(int32_t number, const QByteArray &page) {
@@ -132,7 +132,7 @@ void LogTransfer::pageRead(int32_t number, const QByteArray &page) {
 Outcome LogTransfer::saveDivePage(const QByteArray &page) const {
   const QString base = DiveLogFileBaseName(page);
   const QString name = base + QStringLiteral("_profile.csv");
-  const QString path = AppendPathComponent(context_.state.paths.get().g_log_folder_path, name);
+  const QString path = AppendPathComponent(context_.state.paths.get().logFolder, name);
   const SaveResult saved = DiveLogCsvSave(path, &page);
   // "Download complete" only for a file that is there, whole.
   if (saved.saved()) {
@@ -157,7 +157,7 @@ Outcome LogTransfer::saveListedDive(int32_t number) {
     return Outcome{
         Operation::DownloadDive, Failure::NotOnDevice, Localized("item_not_on_device"), {}};
   }
-  if (QString error; !context_.CreateFolder(&error)) {
+  if (QString error; !context_.createFolders(&error)) {
     return Outcome{Operation::DownloadDive, Failure::CannotMakeFolder, error, {}};
   }
   return saveDivePage(*page);
@@ -166,9 +166,9 @@ Outcome LogTransfer::saveListedDive(int32_t number) {
 void LogTransfer::downloadPage() {
   SessionState &state = context_.state;
   WindowOperations &window = context_.window;
-  pageRead(state.g_log_number, g_dive_log_buffer);
-  Outcome outcome = saveDivePage(g_dive_log_buffer);
-  state.g_log_download_mode = kListing;
+  pageRead(state.logNumber, pageBuffer);
+  Outcome outcome = saveDivePage(pageBuffer);
+  state.logDownloadMode = kListing;
   window.EnableComboBoxVoiceIndex(true);
   window.EnableComboBoxLogIndex(true);
   window.EnableButtonDownloadVoice(true);
@@ -179,7 +179,7 @@ void LogTransfer::downloadPage() {
   closeWithDetail();
 }
 
-void LogTransfer::AddDiveLogIndex(const QString &text, int32_t number) {
+void LogTransfer::addDiveRow(const QString &text, int32_t number) {
   if (text.isNull()) {
     SystemLog("AddDiveLogIndex:itemtext nil!");
     return;
@@ -197,16 +197,16 @@ void LogTransfer::AddDiveLogIndex(const QString &text, int32_t number) {
   });
 }
 
-void LogTransfer::SetIndexSearchDatatime() {
-  context_.state.g_index_search_date = SearchDateBound(context_.window.searchRangeMonths(), today());
+void LogTransfer::setSearchFromDate() {
+  context_.state.searchFromDate = SearchDateBound(context_.window.searchRangeMonths(), today());
 }
 
 std::optional<int32_t> LogTransfer::selectedDive() {
   SessionState &state = context_.state;
   WindowOperations &window = context_.window;
   IndexLists &lists = context_.lists;
-  if (state.g_serial_port_status != CONNECTED_IDLE) {
-    context_.DisableButtonControl();
+  if (state.phase != CONNECTED_IDLE) {
+    context_.disableControls();
     return std::nullopt;
   }
   const long count = long(lists.items_log_index.size());
@@ -241,17 +241,17 @@ void LogTransfer::downloadDive(int32_t number, OutcomeHandler done) {
   const auto refuse = [&done](Failure failure, const QString &sentence) {
     if (done) done(Outcome{Operation::DownloadDive, failure, sentence, {}});
   };
-  if (state.g_serial_port_status != CONNECTED_IDLE || context_.operation.active()) {
+  if (state.phase != CONNECTED_IDLE || context_.operation.active()) {
     refuse(Failure::Busy, Localized("device_busy"));
     return;
   }
-  if (QString error; !context_.CreateFolder(&error)) {
+  if (QString error; !context_.createFolders(&error)) {
     refuse(Failure::CannotMakeFolder, error);
     return;
   }
-  state.g_log_number = number;
+  state.logNumber = number;
   // A dive no longer in the device's history is not asked for.
-  if (number < 0 || state.g_log_history_start - number >= state.g_log_history_count) {
+  if (number < 0 || state.historyStart - number >= state.historyCount) {
     refuse(Failure::NotOnDevice, Localized("item_not_on_device"));
     return;
   }
@@ -259,32 +259,32 @@ void LogTransfer::downloadDive(int32_t number, OutcomeHandler done) {
   context_.whenLineQuiet([this, number] {
     SessionState &state = context_.state;
     WindowOperations &window = context_.window;
-    context_.DisableButtonControl();
+    context_.disableControls();
     window.setEnabled(Outlet::button_reconnect, false);
     window.setEnabled(Outlet::comboBox_index_search_range, false);
-    state.g_dive_log_received = 0;
-    state.g_log_download_mode = kDownload;
+    state.pageReceived = 0;
+    state.logDownloadMode = kDownload;
     context_.transitions.request(CONNECTED_IDLE, eSERIAL_RX_LOG_DATA, Command::Page(number));
   });
 }
 
 void LogTransfer::readRequestDiveLog() {
   SessionState &state = context_.state;
-  const int32_t offset = state.g_log_page_offset;
+  const int32_t offset = state.pageOffset;
   QString command;
   if (offset <= kLastDumpOffset) {
-    state.g_dive_log_received = 0;
-    state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_DATA;
-    state.g_log_download_mode = kPageDump;
+    state.pageReceived = 0;
+    state.receiveType = eSERIAL_RX_LOG_DATA;
+    state.logDownloadMode = kPageDump;
     command = Command::DumpPage(offset);
   } else if (offset == kLastDumpOffset + 1) {
-    state.g_receive_data_type_is_voice_record = eSERIAL_RX_LOG_HISTORY;
-    state.g_log_download_mode = kPageDump;
+    state.receiveType = eSERIAL_RX_LOG_HISTORY;
+    state.logDownloadMode = kPageDump;
     command = QString::fromLatin1(Command::kLogHistory);
   } else {
     SystemLog("readRequestDiveLog else..");
     return;
   }
-  state.g_log_page_offset = offset + 1;
+  state.pageOffset = offset + 1;
   context_.transitions.request(command);
 }

@@ -43,10 +43,10 @@ class LogTransfer {
     pageHandler_ = std::move(handler);
   }
 
-  // Recomputes g_index_search_date from the chosen range and today (main thread).
-  void SetIndexSearchDatatime();
+  // Recomputes searchFromDate from the chosen range and today (main thread).
+  void setSearchFromDate();
   // Appends a row to the log list, on the main thread.
-  void AddDiveLogIndex(const QString &text, int32_t number);
+  void addDiveRow(const QString &text, int32_t number);
   // One step of the page dump: "lr000" to "lr499", then "lh". The offset is never reset,
   // so a run has one dump.
   void readRequestDiveLog();
@@ -70,7 +70,7 @@ class LogTransfer {
   Session &session_;
   SessionContext &context_;
   MainThreadQueue mainThread_;
-  QByteArray g_dive_log_buffer;                     // receive thread only
+  QByteArray pageBuffer;                            // receive thread only
   Guarded<QMap<int32_t, QByteArray>> listedPages_;  // of the last listing, by number
   std::function<void(int32_t, const QByteArray &)> pageHandler_;
 };

@@ -38,8 +38,7 @@ qint64 DeviceLibrary::wireBytes(const Item &item) const {
   if (item.kind == ItemKind::Dive)
     return logs_.hasListedPage(item.number) ? 0 : DiveLogPage::kBytes;
   const VoiceIndexState index = voice_.index();
-  return GetVoiceDataSize(index.g_voice_index.value_or(QStringList()).value(item.number),
-                          index.g_voice_data_block);
+  return GetVoiceDataSize(index.entries.value_or(QStringList()).value(item.number), index.ring);
 }
 
 QString DeviceLibrary::ClipKey(const QString &entry) {
@@ -69,7 +68,7 @@ QList<DeviceLibrary::Item> DeviceLibrary::listed() {
                       library_.savedFile(key, ItemKind::Dive, itemKey)});
   }
   const VoiceIndexState index = voice_.index();
-  const QStringList entries = index.g_voice_index.value_or(QStringList());
+  const QStringList entries = index.entries.value_or(QStringList());
   // Every clip the device holds is remembered, listed or not (element 0 is the header,
   // and what follows the last comma is not an entry).
   for (qsizetype i = 1; i + 1 < entries.size(); ++i) {

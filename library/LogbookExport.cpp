@@ -45,8 +45,7 @@ LogbookExportResult ExportLogbook(const Library &library, const LogbookExportReq
   }
 
   const QString downloads = request.downloads.isEmpty() ? DownloadsFolder() : request.downloads;
-  const QString voiceFolder =
-      StoragePathsIn(QFileInfo(downloads).absoluteFilePath()).g_voice_folder_path;
+  const QString voiceFolder = StoragePathsIn(QFileInfo(downloads).absoluteFilePath()).voiceFolder;
   const QDir logbookFolder = QFileInfo(result.path).absoluteDir();
   UddfLogbook logbook;
   logbook.generatorVersion = QStringLiteral(MRVTQ5DK_VERSION);

@@ -53,8 +53,8 @@ SaveAllProgress SaveAllNew::progress() const {
   SaveAllProgress now = progress_;
   if (!now.current.isEmpty() && wireItemBytes_ > 0) {
     const SessionState &state = session_.state();
-    now.bytesDone += std::min<qint64>(wireItemBytes_, std::max(state.g_voice_received_size.load(),
-                                                               state.g_dive_log_received.load()));
+    now.bytesDone += std::min<qint64>(
+        wireItemBytes_, std::max(state.clipReceived.load(), state.pageReceived.load()));
   }
   if (now.bytesDone > 0 && clock_.isValid()) {
     now.msLeft = clock_.elapsed() * (now.bytesTotal - now.bytesDone) / now.bytesDone;

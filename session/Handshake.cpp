@@ -4,11 +4,11 @@
 #include "SessionContext.h"
 #include "SystemLog.h"
 
-void Handshake::timer2Call() {
+void Handshake::tick() {
   SessionState &state = context_.state;
   WindowOperations &window = context_.window;
   Transitions &transitions = context_.transitions;
-  switch (state.g_serial_port_status.load()) {
+  switch (state.phase.load()) {
     case TRY_CONNECT_TX_KIND:
       if (!context_.channel.isOpen() || !state.readThreadRunning) break;
       window.setVisible(Outlet::label_poweron_message, false);
@@ -17,7 +17,7 @@ void Handshake::timer2Call() {
       window.setVisible(Outlet::label_dive_log, true);
       window.setEnabled(Outlet::comboBox_index_search_range, false);
       window.setVisible(Outlet::label_com_number, false);
-      state.g_read_index_sequence = 1;
+      state.indexSequence = 1;
       transitions.request(TRY_CONNECT_RX_KIND, eSERIAL_RX_RESPONSE, Command::kKind);
       break;
     case TRY_CONNECT_KIND_DONE:
@@ -39,20 +39,20 @@ void Handshake::timer2Call() {
       if (state.deviceExist == 0) {
         window.setVisible(Outlet::label_com_number, true);
         transitions.enter(DISCONNECTED);
-        context_.DisableButtonControl();
+        context_.disableControls();
         context_.operation.fail(Failure::Unplugged, QString());
       }
       break;
     case TRY_TX_VOICE_RETRY:
       transitions.enter(CONNECTED_IDLE);
-      if (context_.hooks.DownloadVoiceData) context_.hooks.DownloadVoiceData();
+      if (context_.hooks.downloadClip) context_.hooks.downloadClip();
       break;
     case TRY_TX_VOICE_INDEX:
       context_.clearList(IndexList::Voice);
       transitions.request(RX_VOICE_INDEX, eSERIAL_RX_VOICE_INDEX, Command::kVoiceIndex);
       break;
     case TRY_TX_LOG_HISTORY:
-      state.g_dive_log_received = 0;
+      state.pageReceived = 0;
       context_.clearList(IndexList::Log);
       transitions.request(RX_LOG_HISTORY, eSERIAL_RX_LOG_HISTORY, Command::kLogHistory);
       break;
@@ -61,20 +61,20 @@ void Handshake::timer2Call() {
   }
   transitions.checkDeadline();
 
-  window.setIsProcessing(state.g_voice_download_active == 1 &&
-                         state.g_serial_port_status == CONNECTED_IDLE && state.deviceExist != 0);
+  window.setIsProcessing(state.clipDownloadActive == 1 && state.phase == CONNECTED_IDLE &&
+                         state.deviceExist != 0);
 }
 
-void Handshake::Reconnect() {
+void Handshake::reconnect() {
   if (!context_.channel.isOpen()) {
     SystemLog("Reconnect:serialFileDescriptor -1.");
     return;
   }
   SessionState &state = context_.state;
-  state.g_read_index_sequence = 1;
+  state.indexSequence = 1;
   // A failed write is not reported here: the reply deadline tells.
   context_.transitions.enter(TRY_CONNECT_RX_KIND);
-  state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
+  state.receiveType = eSERIAL_RX_RESPONSE;
   context_.channel.discardInput();
   state.lastLineActivityMs = context_.clockMs();
   context_.channel.writeString(Command::kKind);

@@ -10,9 +10,9 @@ class Handshake {
   explicit Handshake(SessionContext &context) : context_(context) {}
 
   // One tick of the 1.0 s session timer, on the main thread.
-  void timer2Call();
+  void tick();
   // Restarts the identification on the open port.
-  void Reconnect();
+  void reconnect();
 
  private:
   SessionContext &context_;

@@ -35,7 +35,7 @@ void IdentityReplies::refuse() {
 }
 
 void IdentityReplies::handle(const char *text, size_t length) {
-  const int32_t status = context_.state.g_serial_port_status;
+  const int32_t status = context_.state.phase;
   switch (status) {
     case TRY_CONNECT_RX_KIND:
     case TRY_CONNECT_RX_DETAIL:
@@ -81,7 +81,7 @@ void IdentityReplies::modelReply(const char *text, size_t length) {
 
 void IdentityReplies::detailReply(const char *text) {
   SessionState &state = context_.state;
-  state.g_flow_control_enabled = 0;
+  state.flowControl = 0;
   // Control characters, the line end among them, are not part of any field.
   static const QRegularExpression kControl(QStringLiteral("\\p{Cc}"));
   QString reply = DecodeUtf8Strict(QByteArrayView(text, qsizetype(std::strlen(text))));
@@ -102,7 +102,7 @@ void IdentityReplies::detailReply(const char *text) {
                           QStringList{values[1], values[seven ? 5 : 4], values[2],
                                       values[seven ? 4 : 3], values[seven ? 6 : 5]}
                               .join(u' '));
-  if (FirmwareVersion(values[1]) >= kFlowControlVersion) state.g_flow_control_enabled = 1;
+  if (FirmwareVersion(values[1]) >= kFlowControlVersion) state.flowControl = 1;
   context_.transitions.enter(TRY_CONNECT_DETAIL_DONE);
 }
 
@@ -116,7 +116,7 @@ void IdentityReplies::serialNumberReply(const char *text) {
   }
   state.serialNumber.set(values[3]);
   context_.window.setText(Outlet::label_serial_number, QStringLiteral("SN.") + values[3]);
-  if (state.g_read_index_sequence == 1) {
+  if (state.indexSequence == 1) {
     context_.transitions.enter(TRY_TX_VOICE_INDEX);
   } else {
     context_.window.setEnabled(Outlet::comboBox_index_search_range, true);
@@ -132,17 +132,17 @@ void IdentityReplies::cdcwaitReply(const char *text) {
       SplitAtBlanks(DecodeUtf8Strict(QByteArrayView(text, qsizetype(std::strlen(text)))));
   if (values.size() < 3 || values[0] != u"cdcwait" || values[1] != u"=") return;
   SessionState &state = context_.state;
-  const int32_t level = state.g_cdcwait_level;
+  const int32_t level = state.cdcwaitLevel;
   const bool matches = level >= 0 && level <= kHighestCdcwaitLevel &&
                        IntValue(values[2]) == CDCWAIT_LEVELS[size_t(level)];
-  if (matches && state.g_voice_retry_count >= 1) {
+  if (matches && state.clipRetries >= 1) {
     // The device took the new pacing: the next session tick fetches the clip again.
     context_.transitions.enter(TRY_TX_VOICE_RETRY);
     return;
   }
-  const bool abandoned = state.g_voice_retry_count >= 1;
+  const bool abandoned = state.clipRetries >= 1;
   context_.transitions.enter(CONNECTED_IDLE);
-  context_.EnableTransferControls();
+  context_.enableTransferControls();
   // A clip whose retry the device did not take is dropped without a word to the window;
   // the command line still learns that it failed.
   context_.transitions.idleAgain(

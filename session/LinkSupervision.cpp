@@ -33,63 +33,63 @@ std::unique_ptr<SupervisionTimer> MakeQtSupervisionTimer() {
 }
 
 LinkSupervision::LinkSupervision(SessionContext &context, std::unique_ptr<SupervisionTimer> timer)
-    : context_(context), _timer1(std::move(timer)) {}
+    : context_(context), timer_(std::move(timer)) {}
 
 LinkSupervision::~LinkSupervision() = default;
 
-void LinkSupervision::timer1Start() {
+void LinkSupervision::startWatching() {
   SystemLog("timer1Start");
-  _timer1->start([this] { timer1Call(); });
+  timer_->start([this] { watchTick(); });
 }
 
 void LinkSupervision::giveUp(Failure failure, const char *key) {
-  context_.state.g_voice_retry_count = 0;
-  if (context_.hooks.CloseVoiceBinary) context_.hooks.CloseVoiceBinary();
-  context_.EnableTransferControls();
+  context_.state.clipRetries = 0;
+  if (context_.hooks.closeClipFile) context_.hooks.closeClipFile();
+  context_.enableTransferControls();
   context_.transitions.finish(Outcome{Operation::DownloadClip, failure, Localized(key), {}});
 }
 
-void LinkSupervision::timer1Call() {
+void LinkSupervision::watchTick() {
   SessionState &state = context_.state;
-  if (state.g_receive_data_type_is_voice_record != eSERIAL_RX_VOICE_DATA) return;
-  const int64_t expected = state.g_voice_data_size;
-  const int64_t received = state.g_voice_received_size;
+  if (state.receiveType != eSERIAL_RX_VOICE_DATA) return;
+  const int64_t expected = state.clipSize;
+  const int64_t received = state.clipReceived;
   const double percent = expected > 0 ? double(received) / double(expected) * 100.0 : 100.0;
   context_.window.setProgress(static_cast<int>(std::clamp(percent, 0.0, 100.0)));
 
   if (received == expected) {
-    _timer1->invalidate();
+    timer_->invalidate();
     Outcome saved{Operation::DownloadClip, Failure::None, QString(), {}};
-    if (context_.hooks.MakeWaveFile) saved = context_.hooks.MakeWaveFile();
-    if (state.g_voice_retry_count == 0 && state.g_cdcwait_level >= 1) {
+    if (context_.hooks.makeWaveFile) saved = context_.hooks.makeWaveFile();
+    if (state.clipRetries == 0 && state.cdcwaitLevel >= 1) {
       // A clean clip: ask for a shorter wait; the controls come back with the answer, and
       // the clip's outcome with them.
-      --state.g_cdcwait_level;
+      --state.cdcwaitLevel;
       context_.transitions.finishWhenIdle(std::move(saved));
       context_.transitions.requestCdcwait();
       return;
     }
-    state.g_voice_retry_count = 0;
-    context_.EnableTransferControls();
+    state.clipRetries = 0;
+    context_.enableTransferControls();
     context_.transitions.finish(std::move(saved));
     return;
   }
 
   // A stall is declared on the 51st tick without new bytes, about 5.1 s after the last.
-  if (state.g_voice_idle_ticks.fetch_add(1) < kVoiceStallTicks) return;
-  _timer1->invalidate();
+  if (state.clipIdleTicks.fetch_add(1) < kVoiceStallTicks) return;
+  timer_->invalidate();
   if (expected - received > kVoiceRetryableShortfall) {
     giveUp(Failure::Stalled, "recive_fail");
     return;
   }
   // A short tail missing, or more bytes than announced: fetch the clip again with a
   // longer wait, at most twice.
-  if (context_.hooks.CloseVoiceBinary) context_.hooks.CloseVoiceBinary();
-  if (state.g_voice_retry_count >= kVoiceMaxRetries) {
+  if (context_.hooks.closeClipFile) context_.hooks.closeClipFile();
+  if (state.clipRetries >= kVoiceMaxRetries) {
     giveUp(Failure::RetriesExhausted, "retry_recive_fail");
     return;
   }
-  ++state.g_voice_retry_count;
-  if (state.g_cdcwait_level < kHighestCdcwaitLevel) ++state.g_cdcwait_level;
+  ++state.clipRetries;
+  if (state.cdcwaitLevel < kHighestCdcwaitLevel) ++state.cdcwaitLevel;
   context_.transitions.requestCdcwait();
 }

@@ -29,13 +29,13 @@ class LinkSupervision {
   LinkSupervision(SessionContext &context, std::unique_ptr<SupervisionTimer> timer);
   ~LinkSupervision();
 
-  void timer1Start();
-  void timer1Call();
+  void startWatching();
+  void watchTick();
 
  private:
   // Ends the clip as failed, its file closed and the controls back.
   void giveUp(Failure failure, const char *key);
 
   SessionContext &context_;
-  std::unique_ptr<SupervisionTimer> _timer1;
+  std::unique_ptr<SupervisionTimer> timer_;
 };

@@ -15,7 +15,7 @@ ReceiveLoop::~ReceiveLoop() {
 void ReceiveLoop::start() {
   stop();
   context_.state.readThreadRunning = true;
-  thread_ = std::thread([this] { reciveThread(); });
+  thread_ = std::thread([this] { receiveThread(); });
 }
 
 void ReceiveLoop::stop() {
@@ -26,25 +26,25 @@ void ReceiveLoop::stop() {
   stopping_ = false;
 }
 
-void ReceiveLoop::reciveThread() {
+void ReceiveLoop::receiveThread() {
   // Clip bytes come 2040 at a time between acknowledgements: drain them promptly. Where
   // the system lets an ordinary user raise a thread's priority, this does.
   sched_param highest{};
   highest.sched_priority = sched_get_priority_max(SCHED_OTHER);
   pthread_setschedparam(pthread_self(), SCHED_OTHER, &highest);
 
-  const size_t capacity = b_cdc_acm_rx_buffer_.size() - 1;
+  const size_t capacity = readBuffer_.size() - 1;
   ssize_t result;
   for (;;) {
-    result = context_.channel.readPort(b_cdc_acm_rx_buffer_.data(), capacity);
+    result = context_.channel.readPort(readBuffer_.data(), capacity);
     if (result == 0) {
       SystemLog("read non %ld", long(result));
       continue;
     }
     if (result < 0) break;
     context_.transitions.byteReceived();
-    b_cdc_acm_rx_buffer_[size_t(result)] = '\0';
-    dispatch(b_cdc_acm_rx_buffer_.data(), size_t(result));
+    readBuffer_[size_t(result)] = '\0';
+    dispatch(readBuffer_.data(), size_t(result));
   }
   SystemLog("read error! %ld", long(result));
   context_.channel.closePort();
@@ -55,7 +55,7 @@ void ReceiveLoop::reciveThread() {
 void ReceiveLoop::dispatch(char *bytes, size_t length) {
   const SessionHooks &hooks = context_.hooks;
   const std::function<void(char *, size_t)> *handler = nullptr;
-  switch (context_.state.g_receive_data_type_is_voice_record.load()) {
+  switch (context_.state.receiveType.load()) {
     case eSERIAL_RX_RESPONSE:
       return replies_.handle(bytes, length);
     case eSERIAL_RX_VOICE_INDEX:

@@ -25,12 +25,12 @@ class ReceiveLoop {
   void dispatch(char *bytes, size_t length);
 
  private:
-  void reciveThread();
+  void receiveThread();
 
   SessionContext &context_;
   IdentityReplies replies_;
   std::thread thread_;
   std::atomic<bool> stopping_{false};  // a read ended by stop() is no lost line
   // The read buffer, one byte longer than the largest read for the terminating zero.
-  std::array<char, 4096 + 1> b_cdc_acm_rx_buffer_{};
+  std::array<char, 4096 + 1> readBuffer_{};
 };

@@ -65,15 +65,15 @@ void Session::connectAndList(OutcomeHandler done) {
   }
   context_.operation.fail(Failure::Cancelled, Localized("transfer_cancelled"));
   context_.operation.begin(Operation::ConnectAndList, std::move(done));
-  handshake_.Reconnect();
+  handshake_.reconnect();
 }
 
-void Session::Reconnect() {
+void Session::reconnect() {
   connectAndList(connectionHandler_);
 }
 
 void Session::restartHandshake() {
   context_.transitions.enter(DISCONNECTED);
-  context_.DisableButtonControl();
-  Reconnect();
+  context_.disableControls();
+  reconnect();
 }

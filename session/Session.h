@@ -12,7 +12,7 @@
 
 // The device session: one serial channel, the receive thread, the handshake and the link
 // supervision around one shared state, reporting through the window's operations. The
-// front end drives timer2Call once a second; timer1 runs itself during clip transfers.
+// front end drives tick once a second; timer1 runs itself during clip transfers.
 class Session {
  public:
   explicit Session(WindowOperations &window,
@@ -28,13 +28,13 @@ class Session {
   void closeSerialPort();
 
   // The session timer's tick, once a second: one handshake step, and the reply deadline.
-  void timer2Call() { handshake_.timer2Call(); }
+  void tick() { handshake_.tick(); }
 
   // Identifies the device and reads both lists again; done hears how it ended. A port
   // that hung up is opened again first.
   void connectAndList(OutcomeHandler done);
   // The reconnect button: connectAndList, reported to the connection handler.
-  void Reconnect();
+  void reconnect();
   // Drops what the session was doing, greys the controls and identifies the device again:
   // the Reconnect button, and a clip that could not even be started.
   void restartHandshake();
@@ -43,8 +43,8 @@ class Session {
   void setConnectionHandler(OutcomeHandler handler) { connectionHandler_ = std::move(handler); }
   // Ends the operation under way at once, reporting it cancelled.
   void cancel() { context_.transitions.cancel(); }
-  void timer1Start() { supervision_.timer1Start(); }
-  void timer1Call() { supervision_.timer1Call(); }
+  void startWatching() { supervision_.startWatching(); }
+  void watchTick() { supervision_.watchTick(); }
 
   SessionContext &context() { return context_; }
   SessionState &state() { return context_.state; }

@@ -4,8 +4,8 @@
 #include <QTimer>
 #include <chrono>
 
-void SessionContext::DisableButtonControl() {
-  const int32_t status = state.g_serial_port_status;
+void SessionContext::disableControls() {
+  const int32_t status = state.phase;
   const bool offline = status == DISCONNECTED || status == TRY_CONNECT_TX_KIND;
   if (offline) {
     window.setText(Outlet::label_type, QString());
@@ -19,7 +19,7 @@ void SessionContext::DisableButtonControl() {
   if (offline) window.setEnabled(Outlet::button_reconnect, false);
 }
 
-void SessionContext::EnableTransferControls() {
+void SessionContext::enableTransferControls() {
   window.setEnabled(Outlet::comboBox_index_search_range, true);
   window.setEnabled(Outlet::button_reconnect, true);
   window.EnableComboBoxVoiceIndex(true);
@@ -64,7 +64,7 @@ void SessionContext::clearList(IndexList list) {
   window.reloadList(list, {});
 }
 
-bool SessionContext::CreateFolder(QString *error) {
+bool SessionContext::createFolders(QString *error) {
   StoragePaths paths = state.paths.get();
   const bool created = ::CreateFolder(paths, downloadsFolder(), [this, error](const QString &text) {
     if (error) {

@@ -31,8 +31,8 @@ struct SessionHooks {
   std::function<void(char *bytes, size_t length)> voiceIndex, voiceData, logHistory, logData;
   // Main thread: request the clip again; end a complete clip, saying whether its file was
   // saved; close the clip file.
-  std::function<void()> DownloadVoiceData, CloseVoiceBinary;
-  std::function<Outcome()> MakeWaveFile;
+  std::function<void()> downloadClip, closeClipFile;
+  std::function<Outcome()> makeWaveFile;
 };
 
 // What every component of the session shares: the state, the one serial channel, the
@@ -56,9 +56,9 @@ class SessionContext {
 
   // Greys out the device controls. In DISCONNECTED and TRY_CONNECT_TX_KIND the identity
   // labels are cleared and the reconnect button is disabled too.
-  void DisableButtonControl();
+  void disableControls();
   // Gives the controls back when a transfer or an exchange has ended.
-  void EnableTransferControls();
+  void enableTransferControls();
   // Runs start once the line is quiet (the tail of an earlier reply drained, the reply to
   // a closing "#detail" in), on the main thread; at the latest after the reply deadline.
   // Never once the port has gone (Transitions::portGoneBeforeRequest says what then).
@@ -67,7 +67,7 @@ class SessionContext {
   void clearList(IndexList list);
   // Creates the storage folders if missing. On failure the folder error text goes to
   // error when given, else to the window as a box.
-  bool CreateFolder(QString *error = nullptr);
+  bool createFolders(QString *error = nullptr);
 
  private:
   void pollQuiet(std::function<void()> start, int64_t giveUpAt);

@@ -41,29 +41,29 @@ class Guarded {
 // receive thread and discovery. Each word is atomic; the timers and the receive thread
 // touch a given word at different steps of the protocol, so no update spans two words.
 struct SessionState {
-  std::atomic<int32_t> g_serial_port_status{TRY_CONNECT_TX_KIND};
-  std::atomic<int32_t> g_receive_data_type_is_voice_record{eSERIAL_RX_RESPONSE};
-  std::atomic<int32_t> g_read_index_sequence{0};
-  std::atomic<int32_t> g_flow_control_enabled{0};
+  std::atomic<int32_t> phase{TRY_CONNECT_TX_KIND};
+  std::atomic<int32_t> receiveType{eSERIAL_RX_RESPONSE};
+  std::atomic<int32_t> indexSequence{0};
+  std::atomic<int32_t> flowControl{0};
 
   // Voice transfer.
-  std::atomic<int32_t> g_voice_download_active{0};
-  std::atomic<int32_t> g_voice_data_size{0};
-  std::atomic<int32_t> g_voice_received_size{0};
-  std::atomic<int32_t> g_voice_unacked_size{0};
-  std::atomic<int32_t> g_voice_idle_ticks{0};
-  std::atomic<int32_t> g_voice_retry_count{0};
-  std::atomic<int32_t> g_cdcwait_level{0};  // kept for the whole run
+  std::atomic<int32_t> clipDownloadActive{0};
+  std::atomic<int32_t> clipSize{0};
+  std::atomic<int32_t> clipReceived{0};
+  std::atomic<int32_t> clipUnacked{0};
+  std::atomic<int32_t> clipIdleTicks{0};
+  std::atomic<int32_t> clipRetries{0};
+  std::atomic<int32_t> cdcwaitLevel{0};  // kept for the whole run
 
   // Log listing and download.
-  std::atomic<int32_t> g_log_history_no{0};
-  std::atomic<int32_t> g_log_history_count{0};
-  std::atomic<int32_t> g_log_history_start{0};
-  std::atomic<int32_t> g_log_number{0};
-  std::atomic<int32_t> g_dive_log_received{0};
-  std::atomic<int32_t> g_log_download_mode{0};
-  std::atomic<int32_t> g_log_page_offset{0};
-  std::atomic<int32_t> g_index_search_date{20220101};
+  std::atomic<int32_t> historyNumber{0};
+  std::atomic<int32_t> historyCount{0};
+  std::atomic<int32_t> historyStart{0};
+  std::atomic<int32_t> logNumber{0};
+  std::atomic<int32_t> pageReceived{0};
+  std::atomic<int32_t> logDownloadMode{0};
+  std::atomic<int32_t> pageOffset{0};
+  std::atomic<int32_t> searchFromDate{20220101};
 
   // Set by the receive thread when it starts, cleared when it ends after a read error.
   std::atomic<bool> readThreadRunning{false};
@@ -80,7 +80,7 @@ struct SessionState {
   std::atomic<int32_t> deviceExist{0};
   std::atomic<bool> initialRunning{true};
 
-  // g_voice_folder_path, g_log_folder_path, g_temp_voice_file_path
+  // voiceFolder, logFolder, clipInProgressFile
   Guarded<StoragePaths> paths;
   // The identified device's serial number ("28417305"); empty until "#gser" is answered.
   Guarded<QString> serialNumber;

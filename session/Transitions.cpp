@@ -8,14 +8,14 @@
 #include "SystemLog.h"
 
 void Transitions::enter(SessionStatus next) {
-  context_.state.g_serial_port_status = next;
+  context_.state.phase = next;
 }
 
 bool Transitions::request(int32_t status, int32_t selector, const QString &command,
                           bool dropSequenceOnFailure) {
   SessionState &state = context_.state;
   enter(SessionStatus(status));
-  state.g_receive_data_type_is_voice_record = selector;
+  state.receiveType = selector;
   return request(command, dropSequenceOnFailure);
 }
 
@@ -24,11 +24,11 @@ bool Transitions::request(const QString &command, bool dropSequenceOnFailure) {
   context_.channel.discardInput();
   state.lastLineActivityMs = now();
   if (context_.channel.writeString(command)) return true;
-  if (dropSequenceOnFailure) state.g_read_index_sequence = 0;
+  if (dropSequenceOnFailure) state.indexSequence = 0;
   // An exchange whose request did not go out is over: nothing of it may linger and turn
   // the next one away, and no state may wait for a reply that cannot come.
   const QString text = QString::fromLatin1(kPowerOffMessage);
-  if (state.g_serial_port_status == CONNECTED_IDLE) {
+  if (state.phase == CONNECTED_IDLE) {
     endUnsentAtIdle(Failure::NoPort, text, true);
   } else {
     disconnect(Failure::NoPort, text);
@@ -38,7 +38,7 @@ bool Transitions::request(const QString &command, bool dropSequenceOnFailure) {
 
 bool Transitions::awaitingReply() const {
   const SessionState &state = context_.state;
-  switch (state.g_serial_port_status.load()) {
+  switch (state.phase.load()) {
     case TRY_CONNECT_RX_KIND:
     case TRY_CONNECT_RX_DETAIL:
     case TRY_CONNECT_RX_GSER:
@@ -52,7 +52,7 @@ bool Transitions::awaitingReply() const {
       break;
   }
   // A dive download and a reread of the lists run in the idle state.
-  const int32_t selector = state.g_receive_data_type_is_voice_record;
+  const int32_t selector = state.receiveType;
   return selector == eSERIAL_RX_LOG_DATA || selector == eSERIAL_RX_VOICE_INDEX ||
          selector == eSERIAL_RX_LOG_HISTORY;
 }
@@ -61,7 +61,7 @@ void Transitions::checkDeadline() {
   if (!awaitingReply()) return;
   const int64_t silentMs = now() - context_.state.lastLineActivityMs;
   if (silentMs < kReplyDeadlineMs) return;
-  SystemLog("no reply in %s for %lld ms", SessionStatusName(context_.state.g_serial_port_status),
+  SystemLog("no reply in %s for %lld ms", SessionStatusName(context_.state.phase),
             static_cast<long long>(silentMs));
   disconnect(Failure::NotAnswering, Localized("device_not_answering"));
 }
@@ -89,13 +89,13 @@ void Transitions::lineLost() {
 }
 
 void Transitions::portGoneBeforeRequest() {
-  if (context_.state.g_serial_port_status != CONNECTED_IDLE) return;
+  if (context_.state.phase != CONNECTED_IDLE) return;
   endUnsentAtIdle(Failure::Unplugged, Localized("device_disconnected"), false);
 }
 
 void Transitions::endUnsentAtIdle(Failure failure, const QString &sentence, bool boxWhenIdle) {
   stopTransfers();
-  context_.EnableTransferControls();
+  context_.enableTransferControls();
   if (!context_.operation.fail(failure, sentence) && boxWhenIdle) {
     context_.window.messageBox(sentence);
   }
@@ -105,7 +105,7 @@ void Transitions::freshStart() {
   SessionState &state = context_.state;
   context_.operation.fail(Failure::Unplugged, Localized("device_disconnected"));
   stopTransfers();
-  state.g_voice_retry_count = 0;
+  state.clipRetries = 0;
   state.serialNumber.set(QString());  // another device may be on the port now
   enter(TRY_CONNECT_TX_KIND);
   state.lastLineActivityMs = now();
@@ -113,7 +113,7 @@ void Transitions::freshStart() {
 
 void Transitions::cancel() {
   SessionState &state = context_.state;
-  const int32_t status = state.g_serial_port_status;
+  const int32_t status = state.phase;
   if (!context_.operation.active()) return;
   SystemLog("cancel in %s", SessionStatusName(status));
   const bool connected =
@@ -122,25 +122,24 @@ void Transitions::cancel() {
     disconnect(Failure::Cancelled, Localized("transfer_cancelled"));
     return;
   }
-  const bool clipUnderWay = state.g_voice_download_active != 0 || status != CONNECTED_IDLE;
+  const bool clipUnderWay = state.clipDownloadActive != 0 || status != CONNECTED_IDLE;
   stopTransfers();
-  state.g_voice_retry_count = 0;
+  state.clipRetries = 0;
   enter(CONNECTED_IDLE);
   context_.operation.fail(Failure::Cancelled, Localized("transfer_cancelled"));
   if (!clipUnderWay) {
-    context_.EnableTransferControls();
+    context_.enableTransferControls();
     return;
   }
   context_.whenLineQuiet([this] {
-    if (context_.state.g_serial_port_status == CONNECTED_IDLE && !context_.operation.active()) {
+    if (context_.state.phase == CONNECTED_IDLE && !context_.operation.active()) {
       requestCdcwait();
     }
   });
 }
 
 void Transitions::requestCdcwait() {
-  const int32_t level =
-      std::clamp<int32_t>(context_.state.g_cdcwait_level, 0, kHighestCdcwaitLevel);
+  const int32_t level = std::clamp<int32_t>(context_.state.cdcwaitLevel, 0, kHighestCdcwaitLevel);
   request(TRY_RX_VOICE_WAIT, eSERIAL_RX_RESPONSE, Command::Cdcwait(CDCWAIT_LEVELS[size_t(level)]));
 }
 
@@ -162,7 +161,7 @@ void Transitions::idleAgain(std::optional<Outcome> outcome) {
 void Transitions::disconnect(Failure failure, const QString &sentence, bool offerReconnect) {
   stopTransfers();
   enter(DISCONNECTED);
-  context_.DisableButtonControl();
+  context_.disableControls();
   if (offerReconnect && context_.channel.isOpen()) {
     context_.window.setEnabled(Outlet::button_reconnect, true);
   }
@@ -177,12 +176,12 @@ int64_t Transitions::now() const {
 
 void Transitions::stopTransfers() {
   SessionState &state = context_.state;
-  if (context_.hooks.CloseVoiceBinary) context_.hooks.CloseVoiceBinary();
-  state.g_voice_download_active = 0;
-  state.g_receive_data_type_is_voice_record = eSERIAL_RX_RESPONSE;
-  state.g_read_index_sequence = 0;
-  state.g_log_download_mode = 0;
-  state.g_dive_log_received = 0;
+  if (context_.hooks.closeClipFile) context_.hooks.closeClipFile();
+  state.clipDownloadActive = 0;
+  state.receiveType = eSERIAL_RX_RESPONSE;
+  state.indexSequence = 0;
+  state.logDownloadMode = 0;
+  state.pageReceived = 0;
   state.trailingReplyPending = false;
   kept_.set(std::nullopt);
 }

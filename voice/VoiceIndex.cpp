@@ -89,7 +89,7 @@ int ListedMinutes(double seconds) {
   return static_cast<int>(seconds / 60.0 + 0.9);
 }
 
-std::optional<QString> voiseIndex2List(const QString &entry, VoiceBlockRing ring) {
+std::optional<QString> VoiceListRow(const QString &entry, VoiceBlockRing ring) {
   if (entry.size() < kVoiceEntryLength) return std::nullopt;
   const QStringView start = StartBlockText(entry);
   const QStringView end = EndBlockText(entry);
@@ -117,7 +117,7 @@ VoiceList BuildVoiceList(const QStringList &index, int32_t searchDate, VoiceBloc
       if (date >= searchDate) ++list.tooShort;
     } else if (date < searchDate) {
       SystemLog("data=%d,%s", date, qUtf8Printable(entry));
-    } else if (const auto line = voiseIndex2List(entry, ring)) {
+    } else if (const auto line = VoiceListRow(entry, ring)) {
       list.lines.append(*line);
       list.numbers.append(int32_t(i));
     }
@@ -129,19 +129,19 @@ bool ApplyVoiceIndexReply(const QByteArray &reply, VoiceIndexState &state) {
   const QString text = DecodeUtf8Strict(reply);
   if (text.isNull()) {
     SystemLog("voice_rx_buffer is nil.");
-    state.g_voice_index.reset();
+    state.entries.reset();
   } else {
     SystemLog("voice_rx_buffer=%s", qUtf8Printable(text));
-    state.g_voice_index = text.split(u',');
+    state.entries = text.split(u',');
   }
-  if (!state.g_voice_index) {
+  if (!state.entries) {
     SystemLog("g_voice_index is nil");
     return false;
   }
-  const QStringList &index = *state.g_voice_index;
+  const QStringList &index = *state.entries;
   SystemLog("g_voice_index=%s,cnt=%ld", qUtf8Printable(DescribeList(index)), long(index.size()));
   if (index.isEmpty()) {
-    state.g_voice_index.reset();
+    state.entries.reset();
     return false;
   }
 
@@ -149,13 +149,13 @@ bool ApplyVoiceIndexReply(const QByteArray &reply, VoiceIndexState &state) {
   SystemLog("cmd=%s,cnt=%ld", qUtf8Printable(DescribeList(header)), long(header.size()));
   if (header.size() < 3) {
     SystemLog("cmd < 3...");
-    state.g_voice_index.reset();
+    state.entries.reset();
     return false;
   }
-  state.g_number_of_index = Hex32(header[0]);
-  SystemLog("g_number_of_index=%d,(%s)", state.g_number_of_index, qUtf8Printable(header[0]));
-  VoiceBlockRing &ring = state.g_voice_data_block;
-  if (state.g_number_of_index < 1) {
+  state.entryCount = Hex32(header[0]);
+  SystemLog("g_number_of_index=%d,(%s)", state.entryCount, qUtf8Printable(header[0]));
+  VoiceBlockRing &ring = state.ring;
+  if (state.entryCount < 1) {
     SystemLog("g_number_of_index=0:g_voice_data_block:%d->%d", ring.first, ring.last);
   } else {
     ring = {Hex32(header[1]), Hex32(header[2])};

@@ -47,7 +47,7 @@ int ListedMinutes(double seconds);
 int VoiceMinutes(const QString &entry, VoiceBlockRing ring);
 
 // The list line "2023/04/05 13:07 2min", or none for an entry shorter than 21 characters.
-std::optional<QString> voiseIndex2List(const QString &entry, VoiceBlockRing ring);
+std::optional<QString> VoiceListRow(const QString &entry, VoiceBlockRing ring);
 
 // The voice list's rows: each shown clip's line and its position in the index (1-based,
 // as element 0 is the header); and what the list leaves out, for the diver to know.
@@ -67,9 +67,9 @@ VoiceList BuildVoiceList(const QStringList &index, int32_t searchDate, VoiceBloc
 struct VoiceIndexState {
   // The reply's comma-separated fields: header, entries, then whatever follows the last
   // comma. None after a reply that could not be read.
-  std::optional<QStringList> g_voice_index;
-  int32_t g_number_of_index = 0;
-  VoiceBlockRing g_voice_data_block;
+  std::optional<QStringList> entries;
+  int32_t entryCount = 0;
+  VoiceBlockRing ring;
 };
 
 // Applies one complete reply (the accumulated bytes) to the state. Returns true when the

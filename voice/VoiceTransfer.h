@@ -26,16 +26,16 @@ class VoiceTransfer {
 
   // Requests the clip being downloaded (main thread). Also the retry after a "#cdcwait"
   // exchange.
-  void DownloadVoiceData();
+  void downloadClip();
   // Rebuilds the voice list from the last index, on the main thread.
-  void UpdateVoiceIndex();
+  void rebuildVoiceList();
   // Ends a complete clip: closes the file and writes the WAV file; the outcome says
   // whether it was saved.
-  Outcome MakeWaveFile();
+  Outcome makeWaveFile();
   // Closes the temporary clip file; bytes arriving later are dropped.
-  void CloseVoiceBinary();
+  void closeClipFile();
 
-  VoiceIndexState index() const { return g_voice_index_.get(); }
+  VoiceIndexState index() const { return index_.get(); }
   // What the voice list leaves out (main thread): the clips the device holds, and those
   // in the range hidden for being under a minute.
   int heldClips() const { return heldClips_; }
@@ -55,12 +55,11 @@ class VoiceTransfer {
   Session &session_;
   MainThreadQueue mainThread_;
   SessionContext &context_;
-  VoiceIndexAccumulator voice_rx_buffer_;  // receive thread only
-  Guarded<VoiceIndexState> g_voice_index_;
-  QString g_saveWaveFilename;                 // main thread
-  int32_t g_entry_ = 0;                       // the index entry being downloaded; main thread
+  VoiceIndexAccumulator indexReply_;  // receive thread only
+  Guarded<VoiceIndexState> index_;
+  QString waveFileName_;                      // main thread
+  int32_t entry_ = 0;                         // the index entry being downloaded; main thread
   int heldClips_ = 0, hiddenShortClips_ = 0;  // main thread
   std::mutex fileMutex_;
-  std::unique_ptr<QFile>
-      g_voice_file_handle;  // opened on the main thread, written on the receive thread
+  std::unique_ptr<QFile> clipFile_;  // opened on the main thread, written on the receive thread
 };

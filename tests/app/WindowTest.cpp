@@ -22,7 +22,7 @@ namespace {
 class WindowTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    window.viewDidLoad();
+    window.start();
     window.resize(820, 560);
     window.show();
   }
@@ -93,7 +93,7 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
   auto *jobBar = Outlet<QProgressBar>(window, "progressBar_job");
   EXPECT_TRUE(jobBar->isVisible());
   EXPECT_FALSE(Outlet(window, "button_download_voice")->isEnabled());
-  ASSERT_TRUE(WaitFor([&] { return jobBar->value() > 0 && state.g_voice_received_size > 0; }));
+  ASSERT_TRUE(WaitFor([&] { return jobBar->value() > 0 && state.clipReceived > 0; }));
   EXPECT_FALSE(Outlet(window, "progressBar_cdc")->isVisible());
   Outlet<QPushButton>(window, "button_cancel")->click();
   ASSERT_TRUE(
@@ -183,7 +183,7 @@ TEST_F(WindowTest, BoxesHaveTheirTwoTitlesAndTheCloseVetoHoldsDuringAClip) {
 
   Outlet<QComboBox>(window, "comboBox_index_search_range")->setCurrentIndex(3);
   const QDate today = QDate::currentDate();
-  EXPECT_EQ(window.session().state().g_index_search_date,
+  EXPECT_EQ(window.session().state().searchFromDate,
             std::max(20220101, (today.year() - 1) * 10000 + today.month() * 100 + today.day()));
   EXPECT_FALSE(log.contains("writeString:"));
 
@@ -195,9 +195,9 @@ TEST_F(WindowTest, BoxesHaveTheirTwoTitlesAndTheCloseVetoHoldsDuringAClip) {
   EXPECT_EQ(window.confirmBox("sure?"), 1001);
 
   SessionState &state = window.session().state();
-  state.g_serial_port_status = CONNECTED_IDLE;
+  state.phase = CONNECTED_IDLE;
   state.deviceExist = 1;
-  state.g_voice_download_active = 1;
+  state.clipDownloadActive = 1;
   EXPECT_FALSE(window.close());
   EXPECT_TRUE(window.isVisible());
   state.deviceExist = 0;
@@ -211,7 +211,7 @@ TEST(WindowStartUp, VoiceFolderThatCannotBeMadeEndsWithStatus1) {
     answerer.echo = true;
     LogCapture log(true);
     ViewController window;
-    window.viewDidLoad();  // ends the process with status 1
+    window.start();  // ends the process with status 1
     std::_Exit(kChildWentOn);
   }
   TemporaryHome home;

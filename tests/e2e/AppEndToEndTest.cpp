@@ -22,7 +22,7 @@ TEST(AppOnVirtualUsb, DeviceAttachedBeforeStartIsRefusedWithStatus1) {
     answerer.echo = true;
     LogCapture log(true);
     ViewController window;
-    window.viewDidLoad();
+    window.start();
     window.show();
     window.viewDidAppear();  // ends the process with status 1
     std::_Exit(kChildWentOn);

@@ -27,7 +27,7 @@ class DiscoveryTest : public DeviceSessionFixture {
       opensOffMainThread += QThread::currentThread() != qApp->thread();
       return session->openSerialPort(path, baud);
     });
-    discovery->InitDevice();
+    discovery->startDiscovery();
   }
   // Lets the main thread take the bus's events, then waits for the walks they started.
   void settleWalks() {

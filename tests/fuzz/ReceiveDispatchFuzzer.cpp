@@ -27,13 +27,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   Session session(window, std::make_unique<ManualTimer>());
   VoiceTransfer voice(session);
   LogTransfer logs(session);
-  session.context().CreateFolder();
+  session.context().createFolders();
   SessionState &state = session.state();
-  state.g_serial_port_status = data[0] % 19;
-  state.g_receive_data_type_is_voice_record = kSelectors[data[1] % 5];
-  state.g_flow_control_enabled = data[2] & 1;
-  state.g_voice_data_size = (data[2] >> 1) * 4096;
-  state.g_log_history_count = data[2] % 4;
+  state.phase = data[0] % 19;
+  state.receiveType = kSelectors[data[1] % 5];
+  state.flowControl = data[2] & 1;
+  state.clipSize = (data[2] >> 1) * 4096;
+  state.historyCount = data[2] % 4;
 
   // Then reads as the serial port returns them: two bytes of length - 1 (little-endian,
   // up to 4096), then the bytes.

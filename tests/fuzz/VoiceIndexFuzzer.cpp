@@ -19,14 +19,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const std::optional<QByteArray> reply = accumulator.feed(read.data(), size_t(read.size()));
     if (!reply) continue;
     VoiceIndexState state;
-    if (!ApplyVoiceIndexReply(*reply, state) || !state.g_voice_index) continue;
-    BuildVoiceList(*state.g_voice_index, 20220101, state.g_voice_data_block);
-    for (const QString &entry : *state.g_voice_index) {
-      GetVoiceDataSize(entry, state.g_voice_data_block);
-      voiseIndex2List(entry, state.g_voice_data_block);
+    if (!ApplyVoiceIndexReply(*reply, state) || !state.entries) continue;
+    BuildVoiceList(*state.entries, 20220101, state.ring);
+    for (const QString &entry : *state.entries) {
+      GetVoiceDataSize(entry, state.ring);
+      VoiceListRow(entry, state.ring);
       // Whatever the entry holds, the file lands in the voice folder itself.
       const std::optional<QString> name =
-          MakeVoiceWaveFileName(entry, QStringLiteral("/voice"), state.g_voice_data_block);
+          MakeVoiceWaveFileName(entry, QStringLiteral("/voice"), state.ring);
       if (name && (!name->startsWith(QStringLiteral("/voice/")) || name->mid(7).contains(u'/') ||
                    name->contains(QChar(0)))) {
         std::abort();

@@ -62,16 +62,16 @@ class LogTransferTest : public DeviceSessionFixture {
   }
   // The history and the pages again, as after a change of range.
   void relist() {
-    session->state().g_read_index_sequence = 1;
-    session->state().g_serial_port_status = TRY_TX_LOG_HISTORY;
-    session->timer2Call();
+    session->state().indexSequence = 1;
+    session->state().phase = TRY_TX_LOG_HISTORY;
+    session->tick();
     ASSERT_TRUE(waitForState(CONNECTED_IDLE, 60000));
     ASSERT_TRUE(settle());
     QCoreApplication::processEvents();  // the rows, handed to this thread
   }
   void setRange(int months) {
     window.rangeMonths = months;
-    logs.SetIndexSearchDatatime();
+    logs.setSearchFromDate();
   }
   QList<QByteArray> pageRequests() const {
     QList<QByteArray> requests = wire();
@@ -122,7 +122,7 @@ TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched
     setRange(range);
     session->context().clearList(IndexList::Log);
     relist();
-    const int32_t bound = session->state().g_index_search_date;
+    const int32_t bound = session->state().searchFromDate;
     QStringList rows;
     QList<int32_t> numbers;
     for (int i = int(dives.size()) - 1; i >= 0; --i) {
@@ -144,9 +144,9 @@ TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched
 TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
   SessionState &state = session->state();
   const auto idle = [&] {
-    state.g_serial_port_status = CONNECTED_IDLE;
-    state.g_log_history_start = 9;
-    state.g_log_history_count = 3;
+    state.phase = CONNECTED_IDLE;
+    state.historyStart = 9;
+    state.historyCount = 3;
   };
   session->context().lists.items_log_index = {"2023/11/05 23:00 45min", "2023/11/04 23:00 40min"};
   session->context().lists.items_log_index_number = {7, 6};
@@ -178,12 +178,11 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   slowLink.bytesPerSecond = 4000;  // a page takes a second
   setRange(60);
   connectAndList(Holding({dive}, 1), slowLink);
-  const QString folder = paths().g_log_folder_path,
-                csv = folder + "/2023-11-05_23-00_45_profile.csv";
+  const QString folder = paths().logFolder, csv = folder + "/2023-11-05_23-00_45_profile.csv";
   WriteFile(csv, "an older download");
 
   logs.action_button_download_log(window.outcomes());
-  ASSERT_TRUE(WaitFor([&] { return session->state().g_dive_log_received > 500; }));
+  ASSERT_TRUE(WaitFor([&] { return session->state().pageReceived > 500; }));
   session->cancel();
   ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
   EXPECT_EQ(window.lastOutcome()->failure, Failure::Cancelled);
@@ -198,7 +197,7 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   ASSERT_TRUE(waitForState(CONNECTED_IDLE) && settle());
   ASSERT_TRUE(QDir(folder).removeRecursively());
   ASSERT_TRUE(QFile::link(home.path() + "/nowhere", folder));
-  EXPECT_FALSE(session->context().CreateFolder());
+  EXPECT_FALSE(session->context().createFolders());
   ASSERT_TRUE(QFile::remove(folder));
   WriteFile(folder, "not a folder");
   logs.action_button_download_log(window.outcomes());

@@ -31,11 +31,11 @@ TEST_F(SessionTest, HandshakeTakesOneStepATickWithTheBytesOnTheWire) {
                {TRY_CONNECT_TX_DETAIL, TRY_CONNECT_DETAIL_DONE, "#detail"},
                {TRY_CONNECT_TX_GSER, TRY_TX_VOICE_INDEX, "#gser"}};
   for (const auto &[request, replied, command] : steps) {
-    EXPECT_EQ(state.g_serial_port_status, request);
-    session->timer2Call();
+    EXPECT_EQ(state.phase, request);
+    session->tick();
     ASSERT_TRUE(waitForState(replied)) << command.constData();
     EXPECT_EQ(wire().last(), command);
-    if (replied != TRY_TX_VOICE_INDEX) session->timer2Call();
+    if (replied != TRY_TX_VOICE_INDEX) session->tick();
   }
 }
 
@@ -63,7 +63,7 @@ TEST_F(SessionTest, UnplugEndsTheConnectionAndAReplugIsIdentifiedAfresh) {
   ASSERT_TRUE(WaitFor([&] { return !state.readThreadRunning; }));
   EXPECT_FALSE(session->channel().isOpen());
   EXPECT_TRUE(ended(Failure::Unplugged));
-  EXPECT_EQ(state.g_serial_port_status, DISCONNECTED);
+  EXPECT_EQ(state.phase, DISCONNECTED);
 
   connect();
   ASSERT_TRUE(tickUntil(TRY_TX_VOICE_INDEX));
@@ -80,11 +80,11 @@ TEST_F(SessionTest, UnplugEndsTheConnectionAndAReplugIsIdentifiedAfresh) {
   ASSERT_TRUE(tickUntil(TRY_CONNECT_RX_GSER));
   EXPECT_EQ(first->device().commands().size(), 3);
   now += kReplyDeadlineMs - 1;
-  session->timer2Call();
-  EXPECT_EQ(state.g_serial_port_status, TRY_CONNECT_RX_GSER);
+  session->tick();
+  EXPECT_EQ(state.phase, TRY_CONNECT_RX_GSER);
   now += 1;
-  session->timer2Call();
-  EXPECT_EQ(state.g_serial_port_status, DISCONNECTED);
+  session->tick();
+  EXPECT_EQ(state.phase, DISCONNECTED);
   ASSERT_TRUE(ended(Failure::NotAnswering));
   EXPECT_EQ(window.lastOutcome()->sentence, Localized("device_not_answering"));
   EXPECT_TRUE(window.called("setEnabled:button_reconnect=1"));  // Reconnect is offered

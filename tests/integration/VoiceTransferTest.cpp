@@ -30,8 +30,8 @@ class VoiceTransferTest : public DeviceSessionFixture {
     plugIn(contents, options);
     ASSERT_TRUE(tickUntil(TRY_TX_LOG_HISTORY));
     ASSERT_TRUE(WaitFor([&] { return !window.rows(IndexList::Voice).isEmpty(); }));
-    session->state().g_serial_port_status = CONNECTED_IDLE;
-    session->state().g_read_index_sequence = 0;
+    session->state().phase = CONNECTED_IDLE;
+    session->state().indexSequence = 0;
     session->context().operation.fail(Failure::Cancelled, QString());
   }
   // The clip of the selected row, as the window's button asks for it.
@@ -63,16 +63,16 @@ TEST_F(VoiceTransferTest, AcknowledgesEvery2040BytesAndCarriesTheRemainder) {
   connectAndList(Device(), silent);
   downloadSelected();
   ASSERT_TRUE(WaitFor([&] { return wireCount("vh02") == 1; }));
-  state.g_voice_unacked_size = 100;
+  state.clipUnacked = 100;
   QByteArray chunk(4096, '\0');
   session->context().hooks.voiceData(chunk.data(), 1940);
   ASSERT_TRUE(WaitFor([&] { return wireCount("vx") == 1; }));
-  EXPECT_EQ(state.g_voice_unacked_size, 0);
+  EXPECT_EQ(state.clipUnacked, 0);
   session->context().hooks.voiceData(chunk.data(), size_t(chunk.size()));
   ASSERT_TRUE(WaitFor([&] { return wireCount("vx") == 3; }));
-  EXPECT_EQ(state.g_voice_unacked_size, 16);
-  EXPECT_EQ(state.g_voice_received_size, 1940 + 4096);
-  EXPECT_EQ(state.g_voice_idle_ticks, 0);
+  EXPECT_EQ(state.clipUnacked, 16);
+  EXPECT_EQ(state.clipReceived, 1940 + 4096);
+  EXPECT_EQ(state.clipIdleTicks, 0);
   session->cancel();
   EXPECT_TRUE(WaitFor(
       [&] { return window.lastOutcome() && window.lastOutcome()->failure == Failure::Cancelled; }));
@@ -88,14 +88,14 @@ TEST_F(VoiceTransferTest, ShortTailIsRetriedTwiceThenGivenUp) {
   connectAndList(contents, options);
   downloadSelected();
   for (const QByteArray level : {"#cdcwait 5", "#cdcwait 8", ""}) {
-    ASSERT_TRUE(WaitFor([&] { return state.g_voice_received_size == options.stallAfterBytes; }));
-    for (int tick = 0; tick < 50; ++tick) session->timer1Call();
+    ASSERT_TRUE(WaitFor([&] { return state.clipReceived == options.stallAfterBytes; }));
+    for (int tick = 0; tick < 50; ++tick) session->watchTick();
     EXPECT_TRUE(timer1->running);
-    session->timer1Call();
+    session->watchTick();
     if (level.isEmpty()) break;
     ASSERT_TRUE(waitForState(TRY_TX_VOICE_RETRY));
     EXPECT_EQ(wire().last(), level);
-    session->timer2Call();  // the retry tick asks for the clip again
+    session->tick();  // the retry tick asks for the clip again
   }
   ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
   EXPECT_EQ(window.lastOutcome()->sentence, Localized("retry_recive_fail"));
@@ -110,8 +110,8 @@ TEST_F(VoiceTransferTest, HangUpMidClipFailsWithoutAWave) {
   ASSERT_TRUE(WaitFor([&] { return !state.readThreadRunning; }));
   stall();
   ASSERT_TRUE(WaitFor([&] { return window.called("outcome:" + Localized("recive_fail")); }));
-  EXPECT_EQ(state.g_voice_download_active, 0);
-  EXPECT_TRUE(QDir(paths().g_voice_folder_path).isEmpty());
+  EXPECT_EQ(state.clipDownloadActive, 0);
+  EXPECT_TRUE(QDir(paths().voiceFolder).isEmpty());
 }
 
 // A whole clip with the real 0.1 s supervision timer, from firmware older than the "vx" pacing: the
@@ -125,8 +125,7 @@ TEST_F(WholeClipTest, ClipAcrossTheHoleBecomesItsWaveFile) {
   sim::Contents contents = Device("1.170");
   contents.clips[3].endBlock = 0x400;
   connectAndList(contents);
-  const QString name = "2024-02-13_04-53_5_voice.wav",
-                wave = paths().g_voice_folder_path + "/" + name;
+  const QString name = "2024-02-13_04-53_5_voice.wav", wave = paths().voiceFolder + "/" + name;
   WriteFile(wave, "an older download of the same clip");
 
   window.selectRow(IndexList::Voice, 1);
@@ -135,10 +134,10 @@ TEST_F(WholeClipTest, ClipAcrossTheHoleBecomesItsWaveFile) {
   EXPECT_EQ(window.lastOutcome()->sentence, Localized("download_complete") + name);
   const QByteArray audio = Audio(contents, 3);
   EXPECT_EQ(ReadFile(wave), WaveHeader(uint64_t(audio.size())) + audio);
-  EXPECT_FALSE(QFile::exists(paths().g_temp_voice_file_path));
+  EXPECT_FALSE(QFile::exists(paths().clipInProgressFile));
   EXPECT_EQ(wireCount("vr03"), 1);
   EXPECT_EQ(wireCount("vx"), 0);
-  EXPECT_EQ(state.g_voice_download_active, 0);
+  EXPECT_EQ(state.clipDownloadActive, 0);
   EXPECT_TRUE(window.called("EnableButtonDownloadVoice:1"));
 }
 

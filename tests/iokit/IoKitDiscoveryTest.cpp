@@ -46,7 +46,7 @@ TEST_F(IoKitDiscoveryTest, LaterArrivalIsFoundBelowItsOwnDeviceAndEveryReference
   auto discovery =
       std::make_unique<DeviceDiscovery>(session.get(), std::make_unique<IoKitRegistry>());
   discovery->setPacingSleep([] {});
-  discovery->InitDevice();
+  discovery->startDiscovery();
   EXPECT_EQ(session->state().deviceExist, 1);
 
   const io_object_t ours = addDevice(0x01130000, "/dev/cu.no-such-port");

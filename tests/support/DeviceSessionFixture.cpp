@@ -12,7 +12,7 @@ DeviceSessionFixture::DeviceSessionFixture(bool realTimer) {
     timer.reset(timer1);
   }
   session = std::make_unique<Session>(window, std::move(timer));
-  EXPECT_TRUE(session->context().CreateFolder());
+  EXPECT_TRUE(session->context().createFolders());
 }
 
 void DeviceSessionFixture::TearDown() {
@@ -27,22 +27,22 @@ void DeviceSessionFixture::plugIn(sim::Contents contents, sim::Options options) 
 }
 
 bool DeviceSessionFixture::waitForState(int32_t status, int timeoutMs) {
-  return WaitFor([&] { return session->state().g_serial_port_status == status; }, timeoutMs);
+  return WaitFor([&] { return session->state().phase == status; }, timeoutMs);
 }
 
 bool DeviceSessionFixture::tickUntil(int32_t status, int timeoutMs) {
   return WaitFor(
       [&] {
-        if (session->state().g_serial_port_status == status) return true;
-        session->timer2Call();
+        if (session->state().phase == status) return true;
+        session->tick();
         QThread::msleep(20);
-        return session->state().g_serial_port_status == status;
+        return session->state().phase == status;
       },
       timeoutMs);
 }
 
 void DeviceSessionFixture::stall() {
-  for (int tick = 0; tick < 51; ++tick) session->timer1Call();
+  for (int tick = 0; tick < 51; ++tick) session->watchTick();
 }
 
 bool DeviceSessionFixture::settle() {

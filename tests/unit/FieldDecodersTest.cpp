@@ -9,14 +9,14 @@ namespace {
 
 TEST(FieldDecoders, LittleEndianWordsUncheckedBcdAndNoReadPastTheRecord) {
   const QByteArray bytes("\x34\x12\xFF\x1A", 4);
-  EXPECT_EQ(NSData2ToInt(&bytes, 0), 4660);
-  EXPECT_EQ(NSDataToInt(&bytes, 2), 255);
+  EXPECT_EQ(PageWord(&bytes, 0), 4660);
+  EXPECT_EQ(PageByte(&bytes, 2), 255);
   EXPECT_EQ(bcd2bin(&bytes, 0), 34);
   EXPECT_EQ(bcd2bin(&bytes, 2), 165);
-  EXPECT_THROW(NSDataToInt(&bytes, 4), DataRangeError);
-  EXPECT_THROW(NSData2ToInt(&bytes, 3), DataRangeError);
+  EXPECT_THROW(PageByte(&bytes, 4), DataRangeError);
+  EXPECT_THROW(PageWord(&bytes, 3), DataRangeError);
   EXPECT_THROW(bcd2bin(&bytes, -1), DataRangeError);
-  EXPECT_EQ(NSData2ToInt(nullptr, 8), 0);  // no record
+  EXPECT_EQ(PageWord(nullptr, 8), 0);  // no record
 }
 
 // A device clock (BCD year, month, day, hour, minute) as the list shows it, as file names
@@ -24,11 +24,11 @@ TEST(FieldDecoders, LittleEndianWordsUncheckedBcdAndNoReadPastTheRecord) {
 QString Shown(uint8_t year, uint8_t month, uint8_t day, uint8_t hour, uint8_t minute) {
   const char clock[] = {char(year), char(month), char(day), char(hour), char(minute)};
   const QByteArray bytes(clock, sizeof clock);
-  return QStringList{NSDataToNSDateJST(&bytes, 0, 1, 2, 3, 4, kListStyle),
-                     NSDataToNSTimeJST(&bytes, 0, 1, 2, 3, 4, kListStyle),
-                     NSDataToNSDateJST(&bytes, 0, 1, 2, 3, 4, kFileStyle),
-                     NSDataToNSTimeJST(&bytes, 0, 1, 2, 3, 4, kFileStyle),
-                     QString::number(NSDataToNSDateNumberJST(&bytes, 0, 1, 2, 3, 4))}
+  return QStringList{JapanDateText(&bytes, 0, 1, 2, 3, 4, kListStyle),
+                     JapanTimeText(&bytes, 0, 1, 2, 3, 4, kListStyle),
+                     JapanDateText(&bytes, 0, 1, 2, 3, 4, kFileStyle),
+                     JapanTimeText(&bytes, 0, 1, 2, 3, 4, kFileStyle),
+                     QString::number(JapanDateNumber(&bytes, 0, 1, 2, 3, 4))}
       .join(' ');
 }
 

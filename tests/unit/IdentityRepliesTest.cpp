@@ -14,10 +14,10 @@ namespace {
 class IdentityRepliesTest : public ::testing::Test {
  protected:
   int32_t reply(int32_t status, QByteArray text) {
-    context.state.g_serial_port_status = status;
+    context.state.phase = status;
     window.clear();
     replies.handle(text.constData(), size_t(text.size()));
-    return context.state.g_serial_port_status;
+    return context.state.phase;
   }
   LogCapture log;
   RecordingWindow window;
@@ -45,9 +45,9 @@ TEST_F(IdentityRepliesTest, ModelAndDetailRepliesAreJudgedByTheirShape) {
 
 TEST_F(IdentityRepliesTest, FirmwareFromVersion1175PacesClipsWithVx) {
   const auto flowControl = [this](const char *version) {
-    context.state.g_flow_control_enabled = 1;
+    context.state.flowControl = 1;
     reply(TRY_CONNECT_RX_DETAIL, QByteArray("OK ") + version + " QM482 2023-10-01 JPN BAT85\r\n");
-    return context.state.g_flow_control_enabled.load();
+    return context.state.flowControl.load();
   };
   QList<int> paced;
   for (const char *version : {"1.17", "1.174", "1.175", "V1.2", "ver"})
@@ -62,10 +62,10 @@ TEST_F(IdentityRepliesTest, FirmwareFromVersion1175PacesClipsWithVx) {
 }
 
 TEST_F(IdentityRepliesTest, SerialNumberReplyNeedsExactlyFiveFields) {
-  context.state.g_read_index_sequence = 1;
+  context.state.indexSequence = 1;
   EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305 00\r\n"), TRY_TX_VOICE_INDEX);
   EXPECT_EQ(window.text(Outlet::label_serial_number), "SN.28417305");
-  context.state.g_read_index_sequence = 0;
+  context.state.indexSequence = 0;
   EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305 00\r\n"), CONNECTED_IDLE);
   EXPECT_TRUE(window.called("setEnabled:comboBox_index_search_range=1"));
 

@@ -30,9 +30,9 @@ TEST(StoragePaths, AFolderThatCannotBeMadeShowsItsBoxAndStops) {
   ASSERT_TRUE(QFile::remove(app + "/log"));
   WriteFile(app + "/voice/kept.wav", "RIFF");
   ASSERT_TRUE(CreateFolder(paths, DownloadsFolder(), box));
-  EXPECT_EQ(paths.g_temp_voice_file_path, app + "/tempVoiceData.bin");
-  EXPECT_TRUE(QFileInfo(paths.g_log_folder_path).isDir());
-  EXPECT_TRUE(QFileInfo::exists(paths.g_voice_folder_path + "/kept.wav"));
+  EXPECT_EQ(paths.clipInProgressFile, app + "/tempVoiceData.bin");
+  EXPECT_TRUE(QFileInfo(paths.logFolder).isDir());
+  EXPECT_TRUE(QFileInfo::exists(paths.voiceFolder + "/kept.wav"));
 }
 
 }  // namespace

@@ -33,43 +33,43 @@ TEST(VoiceClipSize, CountsBlocksAcrossTheHoleAndAroundTheRing) {
 TEST(VoiceListLine, ShowsDateTimeAndMinutesByPosition) {
   LogCapture quiet;
   EXPECT_EQ(GetVoiceDataDate("230405-130722_002-00F"), 20230405);
-  EXPECT_EQ(voiseIndex2List("230405-130722_002-00F", kDefaultRing), "2023/04/05 13:07 2min");
+  EXPECT_EQ(VoiceListRow("230405-130722_002-00F", kDefaultRing), "2023/04/05 13:07 2min");
   // Minutes ignore the hole (49 blocks: 7.56 min shown as 7) ...
-  EXPECT_EQ(voiseIndex2List("211231_235959-3E0-410", kDefaultRing), "2021/12/31 23:59 7min");
+  EXPECT_EQ(VoiceListRow("211231_235959-3E0-410", kDefaultRing), "2021/12/31 23:59 7min");
   // ... and count a wrapped clip one block short (11 blocks).
   EXPECT_EQ(VoiceMinutes("230405-130722_7A0-005", kDefaultRing), 2);
   // 60 blocks: 8.16 min plus 0.9 still shows 9.
   EXPECT_EQ(VoiceMinutes("230405-130722_002-03D", kDefaultRing), 9);
-  EXPECT_EQ(voiseIndex2List("230405-130722_002-00", kDefaultRing), std::nullopt);
+  EXPECT_EQ(VoiceListRow("230405-130722_002-00", kDefaultRing), std::nullopt);
 }
 
 TEST(VoiceIndexReply, HeaderGivesCountAndRingAnEmptyDeviceKeepsTheRing) {
   LogCapture quiet;
   VoiceIndexState state;
-  state.g_voice_data_block = {7, 8};
+  state.ring = {7, 8};
   const QByteArray reply =
       "03(002-7A7),230405-130722_002-00F,230406-080000_010-080,"
       "230407-090000_081-0FF,\r\n";
   ASSERT_TRUE(ApplyVoiceIndexReply(reply, state));
-  ASSERT_TRUE(state.g_voice_index.has_value());
-  EXPECT_EQ(state.g_voice_index->size(), 5);
-  EXPECT_EQ(state.g_voice_index->at(1), "230405-130722_002-00F");
-  EXPECT_EQ(state.g_number_of_index, 3);
-  EXPECT_EQ(state.g_voice_data_block.first, 2);
-  EXPECT_EQ(state.g_voice_data_block.last, 1959);
+  ASSERT_TRUE(state.entries.has_value());
+  EXPECT_EQ(state.entries->size(), 5);
+  EXPECT_EQ(state.entries->at(1), "230405-130722_002-00F");
+  EXPECT_EQ(state.entryCount, 3);
+  EXPECT_EQ(state.ring.first, 2);
+  EXPECT_EQ(state.ring.last, 1959);
 
-  state.g_voice_data_block = {4, 900};
+  state.ring = {4, 900};
   EXPECT_TRUE(ApplyVoiceIndexReply("0(002-7A7),\r\n", state));
-  EXPECT_EQ(state.g_number_of_index, 0);
-  EXPECT_EQ(state.g_voice_data_block.first, 4);
-  EXPECT_EQ(state.g_voice_data_block.last, 900);
+  EXPECT_EQ(state.entryCount, 0);
+  EXPECT_EQ(state.ring.first, 4);
+  EXPECT_EQ(state.ring.last, 900);
 
   // A header without its ring, or bytes that are not text, clear the index.
   EXPECT_FALSE(ApplyVoiceIndexReply("03,230405-130722_002-00F,\r\n", state));
-  EXPECT_FALSE(state.g_voice_index.has_value());
-  state.g_voice_index = QStringList{"old"};
+  EXPECT_FALSE(state.entries.has_value());
+  state.entries = QStringList{"old"};
   EXPECT_FALSE(ApplyVoiceIndexReply("03(002-7A7),\xff\xfe\r\n", state));
-  EXPECT_FALSE(state.g_voice_index.has_value());
+  EXPECT_FALSE(state.entries.has_value());
 }
 
 // A reply ends only in a read that holds its line end whole: "\r" and "\n" in different

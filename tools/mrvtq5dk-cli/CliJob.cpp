@@ -77,7 +77,7 @@ CliJob::CliJob(CliRequest request)
 
 bool CliJob::waitUntil(const std::function<bool()> &done, int timeoutMs) {
   QTimer tick;
-  QObject::connect(&tick, &QTimer::timeout, [this] { session_.timer2Call(); });
+  QObject::connect(&tick, &QTimer::timeout, [this] { session_.tick(); });
   tick.start(kTickMs);
   QTimer progress;
   QObject::connect(&progress, &QTimer::timeout, [this] { showProgress(); });
@@ -116,10 +116,8 @@ void CliJob::pause() {
 
 void CliJob::showProgress() {
   const SessionState &state = session_.state();
-  if (state.g_receive_data_type_is_voice_record == eSERIAL_RX_VOICE_DATA &&
-      state.g_voice_download_active) {
-    const double received = state.g_voice_received_size,
-                 expected = std::max(1, state.g_voice_data_size.load());
+  if (state.receiveType == eSERIAL_RX_VOICE_DATA && state.clipDownloadActive) {
+    const double received = state.clipReceived, expected = std::max(1, state.clipSize.load());
     const double seconds = std::max(0.001, transferClock_.elapsed() / 1000.0);
     const double rate = received / seconds;
     const int width = 30, filled = int(width * std::min(1.0, received / expected));
@@ -129,8 +127,8 @@ void CliJob::showProgress() {
                  rate > 0 ? qPrintable(QStringLiteral("%1 s").arg(
                                 std::ceil((expected - received) / rate), 0, 'f', 0))
                           : "?");
-  } else if (state.g_serial_port_status == RX_LOG_HISTORY) {
-    std::fprintf(stderr, "\r\033[Kreading dive %d, %lld listed", state.g_log_number.load(),
+  } else if (state.phase == RX_LOG_HISTORY) {
+    std::fprintf(stderr, "\r\033[Kreading dive %d, %lld listed", state.logNumber.load(),
                  static_cast<long long>(window_.rows(IndexList::Log).size()));
   }
 }
@@ -151,7 +149,7 @@ int CliJob::discover() {
   SessionState &state = session_.state();
   state.initialRunning = false;
   discovery_ = std::make_unique<DeviceDiscovery>(&session_, MakePlatformRegistry());
-  discovery_->InitDevice();
+  discovery_->startDiscovery();
   if (state.deviceExist == 0) {
     std::fprintf(stderr,
                  "mrvtq5dk-cli: no device: no QM482 on the USB bus (USB 1209:4d52); plug it in, "
@@ -168,11 +166,11 @@ int CliJob::discover() {
 }
 
 int CliJob::connect() {
-  if (QString error; !session_.context().CreateFolder(&error)) {
+  if (QString error; !session_.context().createFolders(&error)) {
     std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(error));
     return kCliCannotWrite;
   }
-  logs_.SetIndexSearchDatatime();
+  logs_.setSearchFromDate();
   if (const int status = request_.port.isEmpty() ? discover() : openPort()) return status;
   const std::optional<Outcome> outcome = waitForOutcome(kExchangeTimeoutMs);
   if (outcome && outcome->ok()) {
@@ -325,7 +323,7 @@ int CliJob::run() {
   const StoragePaths paths = session_.state().paths.get();
   std::printf("Saved %lld %s in %s\n", static_cast<long long>(items.size() - failures.size()),
               voice ? "clip(s)" : "dive(s)",
-              qPrintable(voice ? paths.g_voice_folder_path : paths.g_log_folder_path));
+              qPrintable(voice ? paths.voiceFolder : paths.logFolder));
   if (failures.isEmpty()) return kCliOk;
   std::fprintf(stderr, "mrvtq5dk-cli: the transfer failed for %s\n",
                qPrintable(failures.join(QStringLiteral(", "))));

@@ -66,7 +66,7 @@ int main(int argc, char **argv) {
   int status = 1;
   {
     ViewController window;
-    window.viewDidLoad();
+    window.start();
     window.resize(900, 700);
     window.show();
     window.session().state().deviceExist = 1;
@@ -74,8 +74,7 @@ int main(int argc, char **argv) {
     auto *dives = window.findChild<QTableView *>(QStringLiteral("view_log_index"));
     auto *profile = window.findChild<DiveProfileView *>();
     if (!window.session().openSerialPort(device.slavePath(), 9600) && RunUntil([&] {
-          return state.g_serial_port_status == CONNECTED_IDLE && state.g_read_index_sequence == 0 &&
-                 dives->isEnabled();
+          return state.phase == CONNECTED_IDLE && state.indexSequence == 0 && dives->isEnabled();
         })) {
       // The first dive with a clip spoken during it.
       for (int row = 0; row < dives->model()->rowCount(); ++row) {
