@@ -9,7 +9,6 @@
 #include <QPushButton>
 #include <QThread>
 
-#include "Commands.h"
 #include "DevicePicture.h"
 #include "DiveProfileView.h"
 #include "DiveRecord.h"
@@ -38,15 +37,11 @@ QStringList DiveDetails(const QByteArray &page) {
 ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget *parent)
     : QWidget(parent),
       ui_(std::make_unique<Ui::ViewController>()),
-      session_(*this),
-      voice_(session_),
-      logs_(session_),
-      discovery_(&session_, std::move(registry)),
-      deviceLibrary_(session_, voice_, logs_, library_),
-      saveAll_(session_, deviceLibrary_) {
+      stack_(*this),
+      discovery_(&stack_.session, std::move(registry)) {
   ui_->setupUi(this);
   jobPanel_ = std::make_unique<SaveJobPanel>(
-      saveAll_,
+      stack_.saveAll,
       SaveJobPanel::Controls{ui_->progressBar_job, ui_->label_job, ui_->button_cancel,
                              ui_->progressBar_cdc, ui_->label_status},
       this);
@@ -91,7 +86,7 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
   deviceChooserLabel_->hide();
   deviceChooser_->hide();
   connect(deviceChooser_, &QComboBox::activated, this, [this](int index) {
-    const QList<DeviceKey> devices = library_.devices();
+    const QList<DeviceKey> devices = stack_.library.devices();
     if (index >= 0 && index < devices.size()) showShelf(devices[index]);
   });
   chooseExportFile = [this](const QString &suggested) {
@@ -106,10 +101,10 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
   ui_->progressBar_cdc->setRange(0, 100);
   setWindowTitle(QStringLiteral("Mrvtq5dk"));
   tickTimer_.setInterval(1000);
-  connect(&tickTimer_, &QTimer::timeout, this, [this] { session_.tick(); });
+  connect(&tickTimer_, &QTimer::timeout, this, [this] { stack_.session.tick(); });
   phaseTimer_.setInterval(250);
   connect(&phaseTimer_, &QTimer::timeout, this, [this] { showPhase(); });
-  session_.setConnectionHandler([this](const Outcome &outcome) { showOutcome(outcome); });
+  stack_.session.setConnectionHandler([this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
 ViewController::~ViewController() {
@@ -117,10 +112,10 @@ ViewController::~ViewController() {
 }
 
 void ViewController::start() {
-  SessionState &state = session_.state();
+  SessionState &state = stack_.session.state();
   state.initialRunning = true;
   state.deviceExist = 0;
-  session_.context().disableControls();
+  stack_.session.context().disableControls();
   ui_->label_type->setText(QString());
   ui_->label_version->setText(QString());
   ui_->label_serial_number->setText(QStringLiteral("SN."));
@@ -157,7 +152,7 @@ void ViewController::start() {
         Localized(QStringLiteral("comboBox_index_search_range%1").arg(i).toLatin1().constData()));
   }
   ui_->comboBox_index_search_range->setCurrentIndex(0);
-  logs_.setSearchFromDate();
+  stack_.logs.setSearchRange(chosenRangeMonths());
 
   for (IndexTable *t : {&voiceTable_, &logTable_}) {
     t->caption->setText(QString());
@@ -190,7 +185,7 @@ void ViewController::start() {
     header->installEventFilter(this);
   }
 
-  if (!session_.context().createFolders()) std::exit(1);  // the folder box has been shown
+  if (!stack_.session.context().createFolders()) std::exit(1);  // the folder box has been shown
   tickTimer_.start();
   phaseTimer_.start();
   startDiscovery();
@@ -203,23 +198,23 @@ void ViewController::startDiscovery() {
 
 void ViewController::viewDidAppear() {
   if (initDevice_.joinable()) initDevice_.join();
-  if (session_.state().deviceExist != 0) {
+  if (stack_.session.state().deviceExist != 0) {
     messageBox(Localized("corvamund_already_exist"));
     std::exit(1);
   }
   // A library that could not be read was set aside: the diver hears it once.
-  if (!library_.notice().isEmpty()) {
-    ui_->label_status->setText(library_.notice());
-    messageBox(library_.notice());
+  if (!stack_.library.notice().isEmpty()) {
+    ui_->label_status->setText(stack_.library.notice());
+    messageBox(stack_.library.notice());
   }
-  if (session_.state().phase == DISCONNECTED) {
+  if (stack_.session.state().phase == DISCONNECTED) {
     shelfLooked_ = true;
     showShelf();
   }
 }
 
 bool ViewController::windowShouldClose() const {
-  const SessionState &state = session_.state();
+  const SessionState &state = stack_.session.state();
   return !(state.clipDownloadActive && state.phase == CONNECTED_IDLE && state.deviceExist != 0);
 }
 
@@ -234,8 +229,8 @@ void ViewController::closeEvent(QCloseEvent *event) {
 void ViewController::changeEvent(QEvent *event) {
   QWidget::changeEvent(event);
   if (event->type() == QEvent::ActivationChange && isActiveWindow() &&
-      session_.state().phase == CONNECTED_IDLE && !jobPanel_->running() &&
-      !session_.context().operation.active())
+      stack_.session.state().phase == CONNECTED_IDLE && !jobPanel_->running() &&
+      !stack_.session.context().operation.active())
     refreshLibraryView();
 }
 
@@ -400,7 +395,7 @@ int ViewController::selectedRow(IndexList list) const {
   return std::min_element(rows.begin(), rows.end())->row();
 }
 
-int ViewController::searchRangeMonths() const {
+int ViewController::chosenRangeMonths() const {
   const int index = ui_->comboBox_index_search_range->currentIndex();
   return index >= 0 && index < int(kSearchRangeMonths.size()) ? kSearchRangeMonths[index] : 0;
 }
@@ -422,18 +417,18 @@ void ViewController::tableViewSelectionDidChange(IndexList list) {
 }
 
 void ViewController::showSelectedDive() {
-  const IndexLists &lists = session_.context().lists;
+  const IndexLists &lists = stack_.session.context().lists;
   const int row = selectedRow(IndexList::Log);
   std::optional<QByteArray> page;
   if (shelf_ && row >= 0 && row < shelf_->pages.size()) {
     page = shelf_->pages[row];
   } else if (!shelf_ && row >= 0) {
-    page = logs_.listedPage(lists.items_log_index_number.value(row, -1));
+    page = stack_.logs.listedPage(lists.items_log_index_number.value(row, -1));
   }
   std::optional<DiveRecord> dive;
   if (page) dive = DecodeDive(&*page);
   // Every clip the device holds, listed or not: a short one may still be on the dive.
-  const QStringList entries = voice_.index().entries.value_or(QStringList());
+  const QStringList entries = stack_.voice.index().entries.value_or(QStringList());
   QList<QDateTime> times;
   diveClipEntries_.clear();
   if (shelf_) {
@@ -451,7 +446,7 @@ void ViewController::showSelectedDive() {
 }
 
 void ViewController::showSelectedClip() {
-  const IndexLists &lists = session_.context().lists;
+  const IndexLists &lists = stack_.session.context().lists;
   const int row = selectedRow(IndexList::Voice);
   if (shelf_ && row >= 0 && row < shelf_->clipFiles.size()) {
     playerBar_->setClip(shelf_->clipFiles[row], shelf_->clipRows[row]);
@@ -465,8 +460,8 @@ void ViewController::showSelectedClip() {
 }
 
 std::optional<QString> ViewController::savedClip(int32_t entry) {
-  return library_.savedFile(deviceLibrary_.device(), ItemKind::Clip,
-                            DeviceLibrary::ClipKey(voice_.entryText(entry)));
+  return stack_.library.savedFile(stack_.deviceLibrary.device(), ItemKind::Clip,
+                                  DeviceLibrary::ClipKey(stack_.voice.entryText(entry)));
 }
 
 void ViewController::playClip(int32_t entry) {
@@ -476,7 +471,7 @@ void ViewController::playClip(int32_t entry) {
     playerBar_->player().play(shelf_->clipFiles[entry]);
     return;
   }
-  const DeviceLibrary::Item clip = deviceLibrary_.item(ItemKind::Clip, entry);
+  const DeviceLibrary::Item clip = stack_.deviceLibrary.item(ItemKind::Clip, entry);
   // True when the clip's file is there to play.
   const auto play = [this, entry, name = clip.name] {
     const std::optional<QString> path = savedClip(entry);
@@ -486,44 +481,24 @@ void ViewController::playClip(int32_t entry) {
     return true;
   };
   if (play()) return;
-  if (session_.state().phase != CONNECTED_IDLE || jobPanel_->running()) return;
-  deviceLibrary_.save(clip, [this, play](const Outcome &outcome) {
+  if (stack_.session.state().phase != CONNECTED_IDLE || jobPanel_->running()) return;
+  stack_.deviceLibrary.save(clip, [this, play](const Outcome &outcome) {
     showOutcome(outcome);
     if (outcome.ok()) play();
   });
 }
 
 void ViewController::comboBoxSelectionDidChange() {
-  SessionState &state = session_.state();
-  SessionContext &context = session_.context();
-  if (state.phase != CONNECTED_IDLE ||
-      !context.operation.begin(Operation::ConnectAndList,
-                               [this](const Outcome &outcome) { showOutcome(outcome); })) {
-    logs_.setSearchFromDate();
-    return;
-  }
-  ui_->comboBox_index_search_range->setEnabled(false);
-  ui_->button_reconnect->setEnabled(false);
-  logs_.setSearchFromDate();
-  state.indexSequence = 1;
-  context.clearList(IndexList::Voice);
-  context.clearList(IndexList::Log);
-  context.disableControls();
-  // The answer to the last listing's closing "#detail" may still be on its way.
-  context.whenLineQuiet([this] {
-    if (session_.state().phase != CONNECTED_IDLE) return;
-    session_.context().transitions.request(CONNECTED_IDLE, eSERIAL_RX_VOICE_INDEX,
-                                           QString::fromLatin1(Command::kVoiceIndex));
-  });
+  stack_.list(chosenRangeMonths(), [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
 void ViewController::action_button_reconnect() {
-  session_.restartHandshake();
+  stack_.session.restartHandshake();
 }
 
 void ViewController::action_button_download_voice() {
-  SessionContext &context = session_.context();
-  if (session_.state().phase != CONNECTED_IDLE) {
+  SessionContext &context = stack_.session.context();
+  if (stack_.session.state().phase != CONNECTED_IDLE) {
     context.disableControls();
     return;
   }
@@ -534,38 +509,36 @@ void ViewController::action_button_download_voice() {
   const IndexLists &lists = context.lists;
   const int row = selectedRow(IndexList::Voice);
   if (row < 0 || row >= lists.items_voice_index_number.size()) return;
-  deviceLibrary_.save(deviceLibrary_.item(ItemKind::Clip, lists.items_voice_index_number[row]),
+  stack_.downloadClip(lists.items_voice_index_number[row],
                       [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
 void ViewController::action_button_download_log() {
   if (const QList<DeviceLibrary::Item> items = selectedItems(IndexList::Log); items.size() > 1) {
-    if (session_.state().phase != CONNECTED_IDLE) return;
+    if (stack_.session.state().phase != CONNECTED_IDLE) return;
     runJob([this, items](std::function<void()> ended) { jobPanel_->save(items, ended); });
     return;
   }
   // One dive is asked of the device again, as it always was.
-  if (const std::optional<int32_t> number = logs_.selectedDive()) {
-    deviceLibrary_.save(
-        deviceLibrary_.item(ItemKind::Dive, *number),
-        [this](const Outcome &outcome) { showOutcome(outcome); }, DeviceLibrary::kOverTheWire);
+  if (const std::optional<int32_t> number = stack_.logs.selectedDive()) {
+    stack_.downloadDive(*number, [this](const Outcome &outcome) { showOutcome(outcome); });
   }
 }
 
 void ViewController::action_button_save_all_new() {
-  if (session_.state().phase != CONNECTED_IDLE) return;
+  if (stack_.session.state().phase != CONNECTED_IDLE) return;
   runJob([this](std::function<void()> ended) { jobPanel_->saveAllNew(ended); });
 }
 
 void ViewController::action_button_export_logbook() {
   // The device on show: the one plugged in, the library's one on the lists, else the last seen.
-  const QList<DeviceKey> devices = library_.devices();
-  const bool connected = !shelf_ && session_.state().phase == CONNECTED_IDLE;
+  const QList<DeviceKey> devices = stack_.library.devices();
+  const bool connected = !shelf_ && stack_.session.state().phase == CONNECTED_IDLE;
   const DeviceKey device = shelf_      ? shelf_->device
-                           : connected ? deviceLibrary_.device()
+                           : connected ? stack_.deviceLibrary.device()
                                        : devices.value(0, DeviceKey{});
   const QList<int32_t> &listed =
-      shelf_ ? shelf_->diveNumbers : session_.context().lists.items_log_index_number;
+      shelf_ ? shelf_->diveNumbers : stack_.session.context().lists.items_log_index_number;
   QList<int32_t> selected;
   for (const QModelIndex &index : logTable_.view->selectionModel()->selectedRows())
     if (index.row() < listed.size()) selected.append(listed[index.row()]);
@@ -590,19 +563,19 @@ void ViewController::action_button_export_logbook() {
       QDir(folder).filePath(QStringLiteral("Mrvtq5dk-%1-%2.uddf")
                                 .arg(device.serial, QDate::currentDate().toString(Qt::ISODate))));
   if (request.file.isEmpty()) return;
-  const LogbookExportResult result = ExportLogbook(library_, request);
+  const LogbookExportResult result = ExportLogbook(stack_.library, request);
   ui_->label_status->setText(result.sentence);
   messageBox(result.sentence);
 }
 
 QString ViewController::programFolder() const {
-  return QFileInfo(session_.state().paths.get().voiceFolder).absolutePath();
+  return QFileInfo(stack_.session.state().paths.get().voiceFolder).absolutePath();
 }
 
 void ViewController::runJob(const std::function<void(std::function<void()> ended)> &start) {
   if (jobPanel_->running()) return;
   start([this] { jobEnded(); });
-  session_.context().disableControls();
+  stack_.session.context().disableControls();
   ui_->comboBox_index_search_range->setEnabled(false);
   ui_->button_reconnect->setEnabled(false);
   updateSaveAllButton();
@@ -611,11 +584,12 @@ void ViewController::runJob(const std::function<void(std::function<void()> ended
 void ViewController::jobEnded() {
   refreshLibraryView();
   // An unplugged device leaves its controls grey; the session says so itself.
-  if (session_.state().phase == CONNECTED_IDLE) session_.context().enableTransferControls();
+  if (stack_.session.state().phase == CONNECTED_IDLE)
+    stack_.session.context().enableTransferControls();
 }
 
 QList<DeviceLibrary::Item> ViewController::selectedItems(IndexList list) {
-  const IndexLists &lists = session_.context().lists;
+  const IndexLists &lists = stack_.session.context().lists;
   const bool voice = list == IndexList::Voice;
   const QList<int32_t> &numbers =
       voice ? lists.items_voice_index_number : lists.items_log_index_number;
@@ -626,16 +600,16 @@ QList<DeviceLibrary::Item> ViewController::selectedItems(IndexList list) {
   QList<DeviceLibrary::Item> items;
   for (int row : rows) {
     if (row >= numbers.size()) continue;
-    items.append(deviceLibrary_.item(voice ? ItemKind::Clip : ItemKind::Dive, numbers[row]));
+    items.append(stack_.deviceLibrary.item(voice ? ItemKind::Clip : ItemKind::Dive, numbers[row]));
   }
   return items;
 }
 
 QList<QStringList> ViewController::diveDetails(qsizetype rows) {
-  const QList<int32_t> &numbers = session_.context().lists.items_log_index_number;
+  const QList<int32_t> &numbers = stack_.session.context().lists.items_log_index_number;
   QList<QStringList> details;
   for (qsizetype row = 0; row < rows && row < numbers.size(); ++row) {
-    const std::optional<QByteArray> page = logs_.listedPage(numbers[row]);
+    const std::optional<QByteArray> page = stack_.logs.listedPage(numbers[row]);
     if (!page) {
       details.append(QStringList());
       continue;
@@ -646,7 +620,7 @@ QList<QStringList> ViewController::diveDetails(qsizetype rows) {
 }
 
 void ViewController::refreshLibraryView() {
-  const QList<DeviceLibrary::Item> items = deviceLibrary_.listed();
+  const QList<DeviceLibrary::Item> items = stack_.deviceLibrary.listed();
   QList<std::optional<QString>> dives, clips;
   for (const DeviceLibrary::Item &item : items)
     (item.kind == ItemKind::Dive ? dives : clips).append(item.savedPath);
@@ -656,24 +630,24 @@ void ViewController::refreshLibraryView() {
   logTable_.model->setSaved(dives);
   voiceTable_.model->setSaved(clips);
   newItems_ = unsaved(dives) + unsaved(clips);
-  const int heldDives = std::max(0, int(session_.state().historyCount));
+  const int heldDives = std::max(0, int(stack_.session.state().historyCount));
   ui_->label_log_counts->setText(
       Localized("list_counts").arg(dives.size()).arg(heldDives).arg(unsaved(dives)));
-  const int hidden = voice_.hiddenShortClips();
+  const int hidden = stack_.voice.hiddenShortClips();
   const QString clipCounts =
       (hidden > 0 ? Localized("list_counts_short_hidden") : Localized("list_counts"))
           .arg(clips.size())
-          .arg(voice_.heldClips())
+          .arg(stack_.voice.heldClips())
           .arg(unsaved(clips));
   ui_->label_voice_counts->setText(hidden > 0 ? clipCounts.arg(hidden) : clipCounts);
   updateSaveAllButton();
 }
 
 void ViewController::showPhase() {
-  const SessionState &state = session_.state();
+  const SessionState &state = stack_.session.state();
   const int32_t status = state.phase;
   QString text;
-  if (!session_.context().channel.isOpen() || status == DISCONNECTED) {
+  if (!stack_.session.context().channel.isOpen() || status == DISCONNECTED) {
     // Once the device has gone, its lists give way to what the library kept of it.
     if (!shelfLooked_ && !jobPanel_->running()) {
       shelfLooked_ = true;
@@ -698,9 +672,9 @@ void ViewController::showPhase() {
 }
 
 void ViewController::showShelf(const std::optional<DeviceKey> &device) {
-  const QList<DeviceKey> devices = library_.devices();
+  const QList<DeviceKey> devices = stack_.library.devices();
   if (devices.isEmpty()) return;
-  shelf_ = ReadShelf(library_, device.value_or(devices.first()));
+  shelf_ = ReadShelf(stack_.library, device.value_or(devices.first()));
   deviceChooser_->clear();
   for (const DeviceKey &key : devices) deviceChooser_->addItem(ShelfDeviceName(key));
   deviceChooser_->setCurrentIndex(int(devices.indexOf(shelf_->device)));
@@ -753,14 +727,14 @@ void ViewController::putShelfAway() {
 }
 
 void ViewController::updateSaveAllButton() {
-  ui_->button_save_all_new->setEnabled(session_.state().phase == CONNECTED_IDLE &&
+  ui_->button_save_all_new->setEnabled(stack_.session.state().phase == CONNECTED_IDLE &&
                                        ui_->button_download_log->isEnabled() &&
                                        !jobPanel_->running() && newItems_ > 0);
 }
 
 void ViewController::showOutcome(const Outcome &outcome) {
   if (outcome.operation == Operation::DownloadClip) ui_->progressBar_cdc->hide();
-  if (session_.state().phase == CONNECTED_IDLE && !jobPanel_->running()) refreshLibraryView();
+  if (stack_.session.state().phase == CONNECTED_IDLE && !jobPanel_->running()) refreshLibraryView();
   ui_->label_status->setText(outcome.sentence);
   if (outcome.sentence.isEmpty()) return;
   switch (outcome.failure) {

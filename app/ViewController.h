@@ -6,15 +6,10 @@
 #include <thread>
 
 #include "DeviceDiscovery.h"
-#include "DeviceLibrary.h"
+#include "DeviceStack.h"
 #include "IndexListModel.h"
-#include "Library.h"
 #include "LibraryShelf.h"
-#include "LogTransfer.h"
-#include "SaveAllNew.h"
 #include "SaveJobPanel.h"
-#include "Session.h"
-#include "VoiceTransfer.h"
 #include "WindowOperations.h"
 
 namespace Ui {
@@ -64,9 +59,9 @@ class ViewController : public QWidget, public WindowOperations {
   // A modal question titled "Mrvtq5dk" with "OK" and "Cancel": 1000 for OK, 1001 for Cancel.
   long confirmBox(const QString &text);
 
-  Session &session() { return session_; }
-  Library &library() { return library_; }
-  LogTransfer &logs() { return logs_; }
+  Session &session() { return stack_.session; }
+  Library &library() { return stack_.library; }
+  LogTransfer &logs() { return stack_.logs; }
   // Where the quit guard learns whether a clip is under way.
   std::function<void(bool)> isProcessingChanged;
   DeviceDiscovery &discovery() { return discovery_; }
@@ -84,7 +79,6 @@ class ViewController : public QWidget, public WindowOperations {
   void reloadList(IndexList list, const QStringList &rows) override;
   void selectRow(IndexList list, int row) override;
   int selectedRow(IndexList list) const override;
-  int searchRangeMonths() const override;
   void setIsProcessing(bool processing) override;
 
  protected:
@@ -110,6 +104,8 @@ class ViewController : public QWidget, public WindowOperations {
     return list == IndexList::Voice ? voiceTable_ : logTable_;
   }
   void enableIndexTable(IndexList list, bool enable);
+  // The period chosen in the range box, in months; none chosen reads as 0.
+  int chosenRangeMonths() const;
   void tableViewSelectionDidChange(IndexList list);
   void showCaption(IndexTable &table);
   // What the diver sees of an operation's end: the status line, and the box it calls for.
@@ -147,16 +143,11 @@ class ViewController : public QWidget, public WindowOperations {
   std::unique_ptr<Ui::ViewController> ui_;
   IndexTable voiceTable_, logTable_;
   MainThreadQueue mainThread_;  // outlives the session, whose threads post into it
-  Session session_;
-  VoiceTransfer voice_;
-  LogTransfer logs_;
+  DeviceStack stack_;
   DeviceDiscovery discovery_;  // goes before the session it opens ports on
   std::thread initDevice_;
   QTimer tickTimer_;
   QTimer phaseTimer_;
-  Library library_;
-  DeviceLibrary deviceLibrary_;
-  SaveAllNew saveAll_;
   std::unique_ptr<SaveJobPanel> jobPanel_;
   int newItems_ = 0;  // listed rows the library does not hold; main thread
   DiveProfileView *profileView_ = nullptr;

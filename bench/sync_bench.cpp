@@ -28,6 +28,7 @@
 #include "ProcessCost.h"
 #include "RecordingWindow.h"
 #include "SaveAllNew.h"
+#include "SearchRange.h"
 #include "SystemLog.h"
 
 namespace {
@@ -130,9 +131,8 @@ struct Host {
         voice(session),
         logs(session),
         deviceLibrary(session, voice, logs, library) {
-    window.rangeMonths = kLongestSearchRangeMonths;
     logs.today = [] { return kToday; };
-    logs.setSearchFromDate();
+    logs.setSearchRange(kLongestSearchRangeMonths);
     session.context().downloadsFolder = [this] { return home.path(); };
     session.context().createFolders();
   }

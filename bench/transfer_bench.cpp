@@ -21,6 +21,7 @@
 #include "LogTransfer.h"
 #include "ProcessCost.h"
 #include "RecordingWindow.h"
+#include "SearchRange.h"
 #include "SystemLog.h"
 #include "TestSupport.h"
 #include "VoiceTransfer.h"
@@ -71,12 +72,11 @@ struct Figures {
 Figures Run(const char *firmware, int64_t rate, const Setup &setup) {
   const bool listingOnly = setup.listingOnly;
   RecordingWindow window;
-  window.rangeMonths = kLongestSearchRangeMonths;
   Session session(window);
   VoiceTransfer voice(session);
   LogTransfer logs(session);
   logs.today = [] { return kToday; };
-  logs.setSearchFromDate();
+  logs.setSearchRange(kLongestSearchRangeMonths);
   QTemporaryDir home;
   session.context().downloadsFolder = [&home] { return home.path(); };
   session.context().createFolders();

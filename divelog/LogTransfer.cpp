@@ -197,8 +197,8 @@ void LogTransfer::addDiveRow(const QString &text, int32_t number) {
   });
 }
 
-void LogTransfer::setSearchFromDate() {
-  context_.state.searchFromDate = SearchDateBound(context_.window.searchRangeMonths(), today());
+void LogTransfer::setSearchRange(int months) {
+  context_.state.searchFromDate = SearchDateBound(months, today());
 }
 
 std::optional<int32_t> LogTransfer::selectedDive() {

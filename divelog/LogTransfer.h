@@ -43,8 +43,9 @@ class LogTransfer {
     pageHandler_ = std::move(handler);
   }
 
-  // Recomputes searchFromDate from the chosen range and today (main thread).
-  void setSearchFromDate();
+  // The listings from now on show what was recorded in the last months (one of
+  // kSearchRangeMonths) up to today (main thread).
+  void setSearchRange(int months);
   // Appends a row to the log list, on the main thread.
   void addDiveRow(const QString &text, int32_t number);
   // One step of the page dump: "lr000" to "lr499", then "lh". The offset is never reset,

@@ -5,7 +5,6 @@
 #include <QStringList>
 #include <mutex>
 
-#include "SearchRange.h"
 #include "WindowOperations.h"
 
 // The window's operations kept as values instead of shown: texts, rows, the selection and
@@ -26,14 +25,11 @@ class HeadlessWindow : public WindowOperations {
   void reloadList(IndexList list, const QStringList &rows) override;
   void selectRow(IndexList list, int row) override;
   int selectedRow(IndexList list) const override;
-  int searchRangeMonths() const override { return rangeMonths; }
   void setIsProcessing(bool processing) override;
 
   QString text(Outlet outlet) const;
   QStringList rows(IndexList list) const;
   bool isProcessing() const;
-
-  int rangeMonths = kLongestSearchRangeMonths;  // set before the session asks for it
 
  protected:
   mutable std::mutex mutex_;

@@ -1,5 +1,6 @@
 #include "Session.h"
 
+#include "Commands.h"
 #include "Localization.h"
 #include "SystemLog.h"
 
@@ -66,6 +67,27 @@ void Session::connectAndList(OutcomeHandler done) {
   context_.operation.fail(Failure::Cancelled, Localized("transfer_cancelled"));
   context_.operation.begin(Operation::ConnectAndList, std::move(done));
   handshake_.reconnect();
+}
+
+bool Session::relist(OutcomeHandler done) {
+  SessionState &state = context_.state;
+  if (state.phase != CONNECTED_IDLE ||
+      !context_.operation.begin(Operation::ConnectAndList, std::move(done))) {
+    return false;
+  }
+  context_.window.setEnabled(Outlet::comboBox_index_search_range, false);
+  context_.window.setEnabled(Outlet::button_reconnect, false);
+  state.indexSequence = 1;
+  context_.clearList(IndexList::Voice);
+  context_.clearList(IndexList::Log);
+  context_.disableControls();
+  // The answer to the last listing's closing "#detail" may still be on its way.
+  context_.whenLineQuiet([this] {
+    if (context_.state.phase != CONNECTED_IDLE) return;
+    context_.transitions.request(CONNECTED_IDLE, eSERIAL_RX_VOICE_INDEX,
+                                 QString::fromLatin1(Command::kVoiceIndex));
+  });
+  return true;
 }
 
 void Session::reconnect() {

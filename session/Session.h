@@ -33,6 +33,10 @@ class Session {
   // Identifies the device and reads both lists again; done hears how it ended. A port
   // that hung up is opened again first.
   void connectAndList(OutcomeHandler done);
+  // Reads both lists again from an idle device ("vi" once the line is quiet, then the
+  // dives); done hears how it ended. False, with nothing asked, unless the session is idle
+  // and no other operation is under way.
+  bool relist(OutcomeHandler done);
   // The reconnect button: connectAndList, reported to the connection handler.
   void reconnect();
   // Drops what the session was doing, greys the controls and identifies the device again:

@@ -62,10 +62,6 @@ class WindowOperations {
   // The selected row, -1 for none. Main thread only.
   virtual int selectedRow(IndexList list) const = 0;
 
-  // The period chosen in comboBox_index_search_range, in months (one of
-  // kSearchRangeMonths); 0 for none. Main thread only.
-  virtual int searchRangeMonths() const = 0;
-
   // Whether a voice download is under way on a connected device, for the quit guard.
   virtual void setIsProcessing(bool processing) = 0;
 };

@@ -69,10 +69,7 @@ class LogTransferTest : public DeviceSessionFixture {
     ASSERT_TRUE(settle());
     QCoreApplication::processEvents();  // the rows, handed to this thread
   }
-  void setRange(int months) {
-    window.rangeMonths = months;
-    logs.setSearchFromDate();
-  }
+  void setRange(int months) { logs.setSearchRange(months); }
   QList<QByteArray> pageRequests() const {
     QList<QByteArray> requests = wire();
     requests.removeIf([](const QByteArray &command) { return !command.startsWith("lp"); });

@@ -14,7 +14,6 @@
 // "EnableButtonDownloadVoice:1", "outcome:" and the sentence), and how an operation ended.
 class RecordingWindow : public HeadlessWindow {
  public:
-  RecordingWindow() { rangeMonths = 1; }
   void messageBox(const QString &text) override { record("messageBox:" + text); }
   void setText(Outlet outlet, const QString &text) override {
     HeadlessWindow::setText(outlet, text);

@@ -59,25 +59,18 @@ int CliStatusOf(Failure failure) {
   }
 }
 
-CliJob::CliJob(CliRequest request)
-    : request_(std::move(request)),
-      session_(window_),
-      voice_(session_),
-      logs_(session_),
-      deviceLibrary_(session_, voice_, logs_, library_),
-      saveAll_(session_, deviceLibrary_) {
-  window_.rangeMonths = request_.rangeMonths;
+CliJob::CliJob(CliRequest request) : request_(std::move(request)), stack_(window_) {
   window_.interactive = isatty(STDERR_FILENO);
   if (!request_.output.isEmpty()) {
     const QString output = request_.output;
-    session_.context().downloadsFolder = [output] { return output; };
+    stack_.session.context().downloadsFolder = [output] { return output; };
   }
-  session_.setConnectionHandler([this](const Outcome &outcome) { outcome_ = outcome; });
+  stack_.session.setConnectionHandler([this](const Outcome &outcome) { outcome_ = outcome; });
 }
 
 bool CliJob::waitUntil(const std::function<bool()> &done, int timeoutMs) {
   QTimer tick;
-  QObject::connect(&tick, &QTimer::timeout, [this] { session_.tick(); });
+  QObject::connect(&tick, &QTimer::timeout, [this] { stack_.session.tick(); });
   tick.start(kTickMs);
   QTimer progress;
   QObject::connect(&progress, &QTimer::timeout, [this] { showProgress(); });
@@ -90,8 +83,7 @@ bool CliJob::waitUntil(const std::function<bool()> &done, int timeoutMs) {
     if (g_interrupted && !cancelled) {
       // What is complete stays saved; the item under way ends as cancelled.
       cancelled = true;
-      saveAll_.cancel();
-      session_.cancel();
+      stack_.cancel();
     }
     QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
     QThread::msleep(5);
@@ -115,7 +107,7 @@ void CliJob::pause() {
 }
 
 void CliJob::showProgress() {
-  const SessionState &state = session_.state();
+  const SessionState &state = stack_.session.state();
   if (state.receiveType == eSERIAL_RX_VOICE_DATA && state.clipDownloadActive) {
     const double received = state.clipReceived, expected = std::max(1, state.clipSize.load());
     const double seconds = std::max(0.001, transferClock_.elapsed() / 1000.0);
@@ -134,8 +126,8 @@ void CliJob::showProgress() {
 }
 
 int CliJob::openPort() {
-  session_.state().deviceExist = 1;  // the diver vouches for the port
-  if (const auto error = session_.openSerialPort(request_.port, kDeviceBaudRate)) {
+  stack_.session.state().deviceExist = 1;  // the diver vouches for the port
+  if (const auto error = stack_.session.openSerialPort(request_.port, kDeviceBaudRate)) {
     std::fprintf(stderr, "mrvtq5dk-cli: no device: %s (%s)\n", qPrintable(*error),
                  qPrintable(request_.port));
     return kCliNoDevice;
@@ -146,9 +138,9 @@ int CliJob::openPort() {
 int CliJob::discover() {
   // The window refuses a device plugged in before it starts; a command is started with the
   // device plugged in, so its first pass opens what it finds.
-  SessionState &state = session_.state();
+  SessionState &state = stack_.session.state();
   state.initialRunning = false;
-  discovery_ = std::make_unique<DeviceDiscovery>(&session_, MakePlatformRegistry());
+  discovery_ = std::make_unique<DeviceDiscovery>(&stack_.session, MakePlatformRegistry());
   discovery_->startDiscovery();
   if (state.deviceExist == 0) {
     std::fprintf(stderr,
@@ -156,7 +148,7 @@ int CliJob::discover() {
                  "or give its serial port with --port\n");
     return kCliNoDevice;
   }
-  if (!session_.channel().isOpen()) {
+  if (!stack_.session.channel().isOpen()) {
     std::fprintf(stderr,
                  "mrvtq5dk-cli: no device: a QM482 is plugged in, but its serial port did not "
                  "open (see --verbose, and the README on serial permissions)\n");
@@ -166,11 +158,11 @@ int CliJob::discover() {
 }
 
 int CliJob::connect() {
-  if (QString error; !session_.context().createFolders(&error)) {
+  if (QString error; !stack_.session.context().createFolders(&error)) {
     std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(error));
     return kCliCannotWrite;
   }
-  logs_.setSearchFromDate();
+  stack_.logs.setSearchRange(request_.rangeMonths);
   if (const int status = request_.port.isEmpty() ? discover() : openPort()) return status;
   const std::optional<Outcome> outcome = waitForOutcome(kExchangeTimeoutMs);
   if (outcome && outcome->ok()) {
@@ -209,7 +201,7 @@ void CliJob::printLists() {
   };
   // A row saved before, its file still there unchanged, is marked with "*".
   QSet<QString> saved;
-  for (const DeviceLibrary::Item &item : deviceLibrary_.listed()) {
+  for (const DeviceLibrary::Item &item : stack_.deviceLibrary.listed()) {
     if (item.savedPath) saved.insert(item.name);
   }
   const auto marked = [&saved](const QStringList &rows) {
@@ -224,7 +216,7 @@ void CliJob::printLists() {
 }
 
 Outcome CliJob::download(bool voice, int item) {
-  const IndexLists &lists = session_.context().lists;
+  const IndexLists &lists = stack_.session.context().lists;
   const OutcomeHandler keep = [this](const Outcome &outcome) { outcome_ = outcome; };
   transferClock_.start();
   // Through the library, which records the file; a dive comes over the wire again, as
@@ -232,11 +224,14 @@ Outcome CliJob::download(bool voice, int item) {
   const QList<int32_t> &numbers =
       voice ? lists.items_voice_index_number : lists.items_log_index_number;
   const int32_t number = numbers.value(item - 1);
-  deviceLibrary_.save(deviceLibrary_.item(voice ? ItemKind::Clip : ItemKind::Dive, number), keep,
-                      DeviceLibrary::kOverTheWire);
+  if (voice) {
+    stack_.downloadClip(number, keep);
+  } else {
+    stack_.downloadDive(number, keep);
+  }
   std::optional<Outcome> outcome = waitForOutcome(voice ? kClipTimeoutMs : kExchangeTimeoutMs);
   if (!outcome) {
-    session_.cancel();
+    stack_.session.cancel();
     outcome_.reset();
     return Outcome{voice ? Operation::DownloadClip : Operation::DownloadDive,
                    Failure::NotAnswering,
@@ -250,7 +245,7 @@ int CliJob::sync() {
   std::printf("Model %s, firmware %s, %s\n", qPrintable(window_.text(Outlet::label_type)),
               qPrintable(window_.text(Outlet::label_version)),
               qPrintable(window_.text(Outlet::label_serial_number)));
-  saveAll_.setItemHandler([this](const DeviceLibrary::Item &item, const Outcome &outcome) {
+  stack_.saveAll.setItemHandler([this](const DeviceLibrary::Item &item, const Outcome &outcome) {
     if (outcome.ok()) {
       std::printf("saved %s\n", qPrintable(QDir::toNativeSeparators(outcome.path)));
       std::fflush(stdout);
@@ -261,7 +256,7 @@ int CliJob::sync() {
     }
   });
   std::optional<SaveAllReport> report;
-  saveAll_.start([&report](const SaveAllReport &ended) { report = ended; });
+  stack_.saveAll.start([&report](const SaveAllReport &ended) { report = ended; });
   if (!waitUntil([&report] { return report.has_value(); }, kJobTimeoutMs)) {
     std::fprintf(stderr, "mrvtq5dk-cli: the device stopped answering\n");
     return kCliTransferFailed;
@@ -285,8 +280,8 @@ int CliJob::sync() {
 
 int CliJob::run() {
   CatchInterrupt();
-  if (!library_.notice().isEmpty()) {
-    std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(library_.notice()));
+  if (!stack_.library.notice().isEmpty()) {
+    std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(stack_.library.notice()));
   }
   if (const int status = connect()) return status;
   if (request_.verb == u"sync") return sync();
@@ -320,7 +315,7 @@ int CliJob::run() {
     failures << QStringLiteral("%1 %2").arg(voice ? u"clip" : u"dive").arg(item);
     statuses << CliStatusOf(outcome.failure);
   }
-  const StoragePaths paths = session_.state().paths.get();
+  const StoragePaths paths = stack_.session.state().paths.get();
   std::printf("Saved %lld %s in %s\n", static_cast<long long>(items.size() - failures.size()),
               voice ? "clip(s)" : "dive(s)",
               qPrintable(voice ? paths.voiceFolder : paths.logFolder));

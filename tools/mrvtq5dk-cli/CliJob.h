@@ -7,14 +7,9 @@
 #include <optional>
 
 #include "DeviceDiscovery.h"
-#include "DeviceLibrary.h"
-#include "Library.h"
-#include "LogTransfer.h"
-#include "SaveAllNew.h"
+#include "DeviceStack.h"
 #include "SearchRange.h"
-#include "Session.h"
 #include "TerminalWindow.h"
-#include "VoiceTransfer.h"
 
 // Exit statuses of mrvtq5dk-cli.
 enum CliStatus : int {
@@ -66,12 +61,7 @@ class CliJob {
 
   CliRequest request_;
   TerminalWindow window_;
-  Session session_;
-  VoiceTransfer voice_;
-  LogTransfer logs_;
-  Library library_;
-  DeviceLibrary deviceLibrary_;
-  SaveAllNew saveAll_;
+  DeviceStack stack_;
   std::unique_ptr<DeviceDiscovery> discovery_;  // goes before the session it opens ports on
   std::optional<Outcome> outcome_;              // the last operation's, until taken
   QElapsedTimer transferClock_;                 // since the current clip was asked for
