@@ -1,14 +1,15 @@
 #include "CliJob.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QSet>
-#include <QThread>
+#include <QSocketNotifier>
 #include <QTimer>
 #include <algorithm>
 #include <atomic>
@@ -28,13 +29,18 @@ constexpr int kExchangeTimeoutMs = 6 * int(kReplyDeadlineMs);
 constexpr int kJobTimeoutMs = 24 * 3600 * 1000;
 
 std::atomic<bool> g_interrupted{false};
+// The signal handler writes a byte here; the event loop reads it and stops the job.
+int g_interruptPipe[2] = {-1, -1};
 
 void Interrupted(int) {
   g_interrupted = true;
+  const char byte = 1;
+  [[maybe_unused]] const ssize_t written = write(g_interruptPipe[1], &byte, 1);
 }
 
 // Ctrl-C asks the job to stop; a second one ends the program at once.
 void CatchInterrupt() {
+  if (pipe2(g_interruptPipe, O_CLOEXEC | O_NONBLOCK) != 0) return;
   struct sigaction action {};
   action.sa_handler = Interrupted;
   action.sa_flags = SA_RESETHAND;
@@ -65,30 +71,41 @@ CliJob::CliJob(CliRequest request) : request_(std::move(request)), stack_(window
     const QString output = request_.output;
     stack_.session.context().downloadsFolder = [output] { return output; };
   }
-  stack_.session.setConnectionHandler([this](const Outcome &outcome) { outcome_ = outcome; });
+  stack_.session.setConnectionHandler(keepOutcome());
 }
 
 bool CliJob::waitUntil(const std::function<bool()> &done, int timeoutMs) {
+  if (done()) return true;
+  QEventLoop loop;
   QTimer tick;
   QObject::connect(&tick, &QTimer::timeout, [this] { stack_.session.tick(); });
   tick.start(kTickMs);
   QTimer progress;
   QObject::connect(&progress, &QTimer::timeout, [this] { showProgress(); });
   if (window_.interactive) progress.start(250);
-  QElapsedTimer clock;
-  clock.start();
-  bool cancelled = false;
-  while (!done()) {
-    if (clock.elapsed() > timeoutMs) return false;
-    if (g_interrupted && !cancelled) {
-      // What is complete stays saved; the item under way ends as cancelled.
-      cancelled = true;
-      stack_.cancel();
-    }
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-    QThread::msleep(5);
-  }
-  return true;
+  QTimer deadline;
+  deadline.setSingleShot(true);
+  QObject::connect(&deadline, &QTimer::timeout, [&loop] { loop.exit(1); });
+  deadline.start(timeoutMs);
+  wake_ = [&loop, &done] {
+    if (done()) loop.exit(0);
+  };
+  // What is complete stays saved; the item under way ends as cancelled.
+  if (g_interrupted) stack_.cancel();
+  const bool ended = loop.exec() == 0;
+  wake_ = nullptr;
+  return ended;
+}
+
+OutcomeHandler CliJob::keepOutcome() {
+  return [this](const Outcome &outcome) {
+    outcome_ = outcome;
+    wake();
+  };
+}
+
+void CliJob::wake() {
+  if (wake_) wake_();
 }
 
 std::optional<Outcome> CliJob::waitForOutcome(int timeoutMs) {
@@ -101,9 +118,15 @@ std::optional<Outcome> CliJob::waitForOutcome(int timeoutMs) {
 }
 
 void CliJob::pause() {
-  QElapsedTimer clock;
-  clock.start();
-  waitUntil([&clock] { return clock.elapsed() >= kTickMs; }, 2 * kTickMs);
+  bool over = false;
+  QTimer tick;
+  tick.setSingleShot(true);
+  QObject::connect(&tick, &QTimer::timeout, [this, &over] {
+    over = true;
+    wake();
+  });
+  tick.start(kTickMs);
+  waitUntil([&over] { return over; }, 2 * kTickMs);
 }
 
 void CliJob::showProgress() {
@@ -217,7 +240,7 @@ void CliJob::printLists() {
 
 Outcome CliJob::download(bool voice, int item) {
   const IndexLists &lists = stack_.session.context().lists;
-  const OutcomeHandler keep = [this](const Outcome &outcome) { outcome_ = outcome; };
+  const OutcomeHandler keep = keepOutcome();
   transferClock_.start();
   // Through the library, which records the file; a dive comes over the wire again, as
   // the diver asked for it.
@@ -256,7 +279,10 @@ int CliJob::sync() {
     }
   });
   std::optional<SaveAllReport> report;
-  stack_.saveAll.start([&report](const SaveAllReport &ended) { report = ended; });
+  stack_.saveAll.start([this, &report](const SaveAllReport &ended) {
+    report = ended;
+    wake();
+  });
   if (!waitUntil([&report] { return report.has_value(); }, kJobTimeoutMs)) {
     std::fprintf(stderr, "mrvtq5dk-cli: the device stopped answering\n");
     return kCliTransferFailed;
@@ -280,6 +306,11 @@ int CliJob::sync() {
 
 int CliJob::run() {
   CatchInterrupt();
+  QSocketNotifier interrupt(g_interruptPipe[0], QSocketNotifier::Read);
+  QObject::connect(&interrupt, &QSocketNotifier::activated, [this, &interrupt] {
+    interrupt.setEnabled(false);  // a second Ctrl-C ends the program
+    stack_.cancel();
+  });
   if (!stack_.library.notice().isEmpty()) {
     std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(stack_.library.notice()));
   }

@@ -47,8 +47,13 @@ class CliJob {
   int discover();  // the device found on the USB bus
   // Downloads one item of the printed list (1-based) and says how it ended.
   Outcome download(bool voice, int item);
-  // Runs the event loop (the session timer ticking) until done() or the time runs out.
+  // Runs the event loop (the session timer ticking) until done() holds when the job's
+  // handlers wake it, or the time runs out.
   bool waitUntil(const std::function<bool()> &done, int timeoutMs);
+  // Something waitUntil may be waiting for has happened.
+  void wake();
+  // Keeps an operation's outcome for waitForOutcome.
+  OutcomeHandler keepOutcome();
   // Waits for the operation under way to end; none when the time ran out.
   std::optional<Outcome> waitForOutcome(int timeoutMs);
   // One whole session tick, as a diver pauses between steps: the device's answer to the
@@ -64,5 +69,6 @@ class CliJob {
   DeviceStack stack_;
   std::unique_ptr<DeviceDiscovery> discovery_;  // goes before the session it opens ports on
   std::optional<Outcome> outcome_;              // the last operation's, until taken
+  std::function<void()> wake_;                  // while waiting: ends the wait when done
   QElapsedTimer transferClock_;                 // since the current clip was asked for
 };
