@@ -71,3 +71,7 @@ double LeadingDecimal(QStringView text) {
       std::from_chars(bytes.constData(), bytes.constData() + bytes.size(), value);
   return read.ec == std::errc() ? value : 0.0;
 }
+
+QStringList SplitAtBlanks(const QString &text) {
+  return text.isNull() ? QStringList() : text.split(u' ');
+}

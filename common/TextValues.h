@@ -30,6 +30,10 @@ inline int32_t Wrap32(int64_t value) {
 // input gives an empty, non-null text).
 QString DecodeUtf8Strict(QByteArrayView bytes);
 
+// A reply's fields, split at each single blank; none for a null text (bytes that were not
+// UTF-8).
+QStringList SplitAtBlanks(const QString &text);
+
 // Splits at every character of separators, keeping empty pieces.
 QStringList SplitAtAnyOf(QStringView text, QStringView separators);
 

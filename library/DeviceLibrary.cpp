@@ -18,16 +18,16 @@ DeviceLibrary::DeviceLibrary(Session &session, VoiceTransfer &voice, LogTransfer
   });
   // A name is taken when the library saved another recording there: two clips of the
   // same minute share a name. A file the library did not save is replaced, as before.
-  voice_.nameTakenByAnother = [this](const QString &path, const QString &entry) {
+  voice_.setNameTakenByAnother([this](const QString &path, const QString &entry) {
     const std::optional<Library::ItemRef> held = library_.itemAt(path);
     return held && (held->kind != ItemKind::Clip || held->itemKey != ClipKey(entry) ||
                     !(held->device == device()));
-  };
+  });
 }
 
 DeviceLibrary::~DeviceLibrary() {
   logs_.setPageHandler(nullptr);
-  voice_.nameTakenByAnother = nullptr;
+  voice_.setNameTakenByAnother(nullptr);
 }
 
 DeviceKey DeviceLibrary::device() const {

@@ -14,10 +14,6 @@ namespace {
 // Firmware from this version on paces clips in windows acknowledged with "vx".
 constexpr double kFlowControlVersion = 1.175;
 
-QStringList SplitAtBlanks(const QString &text) {
-  return text.isNull() ? QStringList() : text.split(u' ');
-}
-
 }  // namespace
 
 double FirmwareVersion(const QString &field) {
@@ -59,7 +55,8 @@ void IdentityReplies::handle(const char *text, size_t length) {
     case TRY_CONNECT_RX_GSER:
       return serialNumberReply(text);
     case TRY_RX_VOICE_WAIT:
-      return cdcwaitReply(text);
+      if (context_.hooks.cdcwaitReply) context_.hooks.cdcwaitReply(text);
+      return;
     case RX_ERASE_ALL_RECORDED_VOICE:
       return eraseReply(text);
     case RX_CLEAR_LOG_HISTORY:
@@ -124,30 +121,6 @@ void IdentityReplies::serialNumberReply(const char *text) {
     context_.transitions.finish(
         Outcome{Operation::ConnectAndList, Failure::None, Localized("status_connected"), {}});
   }
-}
-
-void IdentityReplies::cdcwaitReply(const char *text) {
-  if (std::strstr(text, "cdcwait") == nullptr) return;
-  const QStringList values =
-      SplitAtBlanks(DecodeUtf8Strict(QByteArrayView(text, qsizetype(std::strlen(text)))));
-  if (values.size() < 3 || values[0] != u"cdcwait" || values[1] != u"=") return;
-  SessionState &state = context_.state;
-  const int32_t level = state.cdcwaitLevel;
-  const bool matches = level >= 0 && level <= kHighestCdcwaitLevel &&
-                       IntValue(values[2]) == CDCWAIT_LEVELS[size_t(level)];
-  if (matches && state.clipRetries >= 1) {
-    // The device took the new pacing: the next session tick fetches the clip again.
-    context_.transitions.enter(TRY_TX_VOICE_RETRY);
-    return;
-  }
-  const bool abandoned = state.clipRetries >= 1;
-  context_.transitions.enter(CONNECTED_IDLE);
-  context_.enableTransferControls();
-  // A clip whose retry the device did not take is dropped without a word to the window;
-  // the command line still learns that it failed.
-  context_.transitions.idleAgain(
-      abandoned ? std::optional(Outcome{Operation::DownloadClip, Failure::Abandoned, QString(), {}})
-                : std::nullopt);
 }
 
 void IdentityReplies::eraseReply(const char *text) {

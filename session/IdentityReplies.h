@@ -5,8 +5,9 @@
 
 class SessionContext;
 
-// The text replies of the handshake and the cdcwait exchange, judged by the session state
-// alone: there is no header on the wire to say what a reply is.
+// The text replies of the handshake, the erase and the clear, judged by the session state
+// alone: there is no header on the wire to say what a reply is. The answer to "#cdcwait"
+// goes to the clip download, which asked for it.
 class IdentityReplies {
  public:
   explicit IdentityReplies(SessionContext &context) : context_(context) {}
@@ -19,7 +20,6 @@ class IdentityReplies {
   void modelReply(const char *text, size_t length);
   void detailReply(const char *text);
   void serialNumberReply(const char *text);
-  void cdcwaitReply(const char *text);
   void eraseReply(const char *text);
   void clearReply(const char *text);
   // An identity reply that makes no sense: the handshake ends, disconnected.

@@ -4,11 +4,8 @@
 #include "Localization.h"
 #include "SystemLog.h"
 
-Session::Session(WindowOperations &window, std::unique_ptr<SupervisionTimer> timer1)
-    : context_(window),
-      receive_(context_),
-      handshake_(context_),
-      supervision_(context_, std::move(timer1)) {}
+Session::Session(WindowOperations &window)
+    : context_(window), receive_(context_), handshake_(context_) {}
 
 Session::~Session() = default;
 

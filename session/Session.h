@@ -6,17 +6,15 @@
 #include <optional>
 
 #include "Handshake.h"
-#include "LinkSupervision.h"
 #include "ReceiveLoop.h"
 #include "SessionContext.h"
 
 // The device session: one serial channel, the receive thread, the handshake and the link
-// supervision around one shared state, reporting through the window's operations. The
-// front end drives tick once a second; timer1 runs itself during clip transfers.
+// one shared state, reporting through the window's operations. The front end drives tick
+// once a second.
 class Session {
  public:
-  explicit Session(WindowOperations &window,
-                   std::unique_ptr<SupervisionTimer> timer1 = MakeQtSupervisionTimer());
+  explicit Session(WindowOperations &window);
   ~Session();
 
   // Opens the device's port at baud and starts the receive thread. A port already open is
@@ -47,8 +45,6 @@ class Session {
   void setConnectionHandler(OutcomeHandler handler) { connectionHandler_ = std::move(handler); }
   // Ends the operation under way at once, reporting it cancelled.
   void cancel() { context_.transitions.cancel(); }
-  void startWatching() { supervision_.startWatching(); }
-  void watchTick() { supervision_.watchTick(); }
 
   SessionContext &context() { return context_; }
   SessionState &state() { return context_.state; }
@@ -65,5 +61,4 @@ class Session {
   OutcomeHandler connectionHandler_;
   ReceiveLoop receive_;
   Handshake handshake_;
-  LinkSupervision supervision_;
 };

@@ -29,10 +29,10 @@ int64_t SteadyClockMs();
 struct SessionHooks {
   // Reads of the receive thread by selector, bytes followed by a terminating zero.
   std::function<void(char *bytes, size_t length)> voiceIndex, voiceData, logHistory, logData;
-  // Main thread: request the clip again; end a complete clip, saying whether its file was
-  // saved; close the clip file.
+  // The device's answer to "#cdcwait" (receive thread).
+  std::function<void(const char *text)> cdcwaitReply;
+  // Main thread: request the clip again; close the clip file.
   std::function<void()> downloadClip, closeClipFile;
-  std::function<Outcome()> makeWaveFile;
 };
 
 // What every component of the session shares: the state, the one serial channel, the

@@ -24,8 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   // Whatever a list holds, its first row is the one chosen.
   static HeadlessWindow window;  // the longest range: every dive is a row
   window.selectRow(IndexList::Voice, 0), window.selectRow(IndexList::Log, 0);
-  Session session(window, std::make_unique<ManualTimer>());
-  VoiceTransfer voice(session);
+  Session session(window);
+  VoiceTransfer voice(session, std::make_unique<ManualTimer>());
   LogTransfer logs(session);
   session.context().createFolders();
   SessionState &state = session.state();

@@ -75,7 +75,7 @@ class LogTransferTest : public DeviceSessionFixture {
     requests.removeIf([](const QByteArray &command) { return !command.startsWith("lp"); });
     return requests;
   }
-  VoiceTransfer voice{*session};  // reads the voice index, which the listing waits for
+  VoiceTransfer voice{*session, std::move(clipTimer)};  // reads the voice index, which the listing waits for
   LogTransfer logs{*session};
 };
 

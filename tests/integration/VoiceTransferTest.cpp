@@ -40,7 +40,7 @@ class VoiceTransferTest : public DeviceSessionFixture {
     voice.downloadClip(session->context().lists.items_voice_index_number.value(row),
                        window.outcomes());
   }
-  VoiceTransfer voice{*session};
+  VoiceTransfer voice{*session, std::move(clipTimer)};
   SessionState &state = session->state();
 };
 
@@ -89,9 +89,9 @@ TEST_F(VoiceTransferTest, ShortTailIsRetriedTwiceThenGivenUp) {
   downloadSelected();
   for (const QByteArray level : {"#cdcwait 5", "#cdcwait 8", ""}) {
     ASSERT_TRUE(WaitFor([&] { return state.clipReceived == options.stallAfterBytes; }));
-    for (int tick = 0; tick < 50; ++tick) session->watchTick();
+    for (int tick = 0; tick < 50; ++tick) timer1->tick();
     EXPECT_TRUE(timer1->running);
-    session->watchTick();
+    timer1->tick();
     if (level.isEmpty()) break;
     ASSERT_TRUE(waitForState(TRY_TX_VOICE_RETRY));
     EXPECT_EQ(wire().last(), level);

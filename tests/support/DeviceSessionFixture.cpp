@@ -4,14 +4,13 @@
 #include <cstdio>
 
 DeviceSessionFixture::DeviceSessionFixture(bool realTimer) {
-  std::unique_ptr<SupervisionTimer> timer;
   if (realTimer) {
-    timer = MakeQtSupervisionTimer();
+    clipTimer = MakeQtSupervisionTimer();
   } else {
     timer1 = new ManualTimer;
-    timer.reset(timer1);
+    clipTimer.reset(timer1);
   }
-  session = std::make_unique<Session>(window, std::move(timer));
+  session = std::make_unique<Session>(window);
   EXPECT_TRUE(session->context().createFolders());
 }
 
@@ -42,7 +41,7 @@ bool DeviceSessionFixture::tickUntil(int32_t status, int timeoutMs) {
 }
 
 void DeviceSessionFixture::stall() {
-  for (int tick = 0; tick < 51; ++tick) session->watchTick();
+  for (int tick = 0; tick < 51; ++tick) timer1->tick();
 }
 
 bool DeviceSessionFixture::settle() {

@@ -35,7 +35,10 @@ class DeviceSessionFixture : public ::testing::Test {
   TemporaryHome home;
   LogCapture log;
   RecordingWindow window;
-  ManualTimer *timer1 = nullptr;  // when ticked by the test
+  // The clip's supervision timer, for the voice transfer a test makes; timer1 ticks it by hand
+  // unless the test asked for a real one.
+  std::unique_ptr<SupervisionTimer> clipTimer;
+  ManualTimer *timer1 = nullptr;
   std::unique_ptr<sim::SimulatedDevice> device;
   std::unique_ptr<Session> session;
 };
