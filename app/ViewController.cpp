@@ -266,16 +266,6 @@ void ViewController::messageBox(const QString &text) {
   });
 }
 
-long ViewController::confirmBox(const QString &text) {
-  QMessageBox box(QMessageBox::Question, QStringLiteral("Mrvtq5dk"), text, QMessageBox::NoButton,
-                  this);
-  box.setObjectName(QStringLiteral("confirmBox"));
-  QPushButton *ok = box.addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
-  box.addButton(Localized("Cancel"), QMessageBox::RejectRole);
-  box.exec();
-  return box.clickedButton() == ok ? 1000 : 1001;
-}
-
 void ViewController::setText(Outlet which, const QString &text) {
   onMainThread([this, which, text] {
     if (auto *label = qobject_cast<QLabel *>(outlet(which))) label->setText(text);

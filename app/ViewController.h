@@ -56,8 +56,6 @@ class ViewController : public QWidget, public WindowOperations {
   std::function<QString(const QString &suggested)> chooseExportFile;
   // A new search range: stored, and while idle the lists are read again from the device.
   void comboBoxSelectionDidChange();
-  // A modal question titled "Mrvtq5dk" with "OK" and "Cancel": 1000 for OK, 1001 for Cancel.
-  long confirmBox(const QString &text);
 
   Session &session() { return stack_.session; }
   Library &library() { return stack_.library; }

@@ -75,7 +75,8 @@ class LogTransferTest : public DeviceSessionFixture {
     requests.removeIf([](const QByteArray &command) { return !command.startsWith("lp"); });
     return requests;
   }
-  VoiceTransfer voice{*session, std::move(clipTimer)};  // reads the voice index, which the listing waits for
+  VoiceTransfer voice{*session,
+                      std::move(clipTimer)};  // reads the voice index, which the listing waits for
   LogTransfer logs{*session};
 };
 
@@ -117,7 +118,6 @@ TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched
   ASSERT_TRUE(tickUntil(TRY_TX_LOG_HISTORY));
   for (const int range : ranges) {
     setRange(range);
-    session->context().clearList(IndexList::Log);
     relist();
     const int32_t bound = session->state().searchFromDate;
     QStringList rows;
@@ -171,10 +171,11 @@ TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
 // save" (never "Download complete") and is left as it was.
 TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   const sim::Dive dive = DiveAt(QDateTime(QDate(2023, 11, 5), QTime(14, 0), QTimeZone::utc()), 45);
+  const sim::Dive older = DiveAt(QDateTime(QDate(2023, 10, 1), QTime(2, 0), QTimeZone::utc()), 30);
   sim::Options slowLink;
   slowLink.bytesPerSecond = 4000;  // a page takes a second
   setRange(60);
-  connectAndList(Holding({dive}, 1), slowLink);
+  connectAndList(Holding({older, dive}, 2), slowLink);
   const QString folder = paths().logFolder, csv = folder + "/2023-11-05_23-00_45_profile.csv";
   WriteFile(csv, "an older download");
 
@@ -190,6 +191,9 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   ASSERT_TRUE(WaitFor([&] { return window.lastOutcome()->ok(); }, 10000));
   EXPECT_EQ(QDir(folder).entryList(QDir::Files).size(), 1);
   EXPECT_EQ(ReadFile(csv), Csv(dive));
+  ASSERT_TRUE(waitForState(CONNECTED_IDLE) && settle());
+  relist();  // a listing after a download only reads the pages
+  EXPECT_EQ(QDir(folder).entryList(QDir::Files).size(), 1);
 
   ASSERT_TRUE(waitForState(CONNECTED_IDLE) && settle());
   ASSERT_TRUE(QDir(folder).removeRecursively());

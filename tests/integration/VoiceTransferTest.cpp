@@ -45,6 +45,7 @@ class VoiceTransferTest : public DeviceSessionFixture {
 };
 
 TEST_F(VoiceTransferTest, ListShowsClipsOfAMinuteOrMoreFromTheSearchDateInDeviceOrder) {
+  state.searchFromDate = 20240211;  // the period's first day, the day of the first clip shown
   connectAndList(Device());
   // Clip 0 is from 2021, clip 1 under a minute.
   EXPECT_EQ(
@@ -56,10 +57,14 @@ TEST_F(VoiceTransferTest, ListShowsClipsOfAMinuteOrMoreFromTheSearchDateInDevice
 
 // Every whole window of 2040 clip bytes is acknowledged at once, one exactly full included; the
 // rest is carried to the next read. A clip cancelled mid-way is ended on the device ("#cdcwait")
-// once the line is quiet, so its tail cannot run into the next request.
+// once the line is quiet, so its tail cannot run into the next request; a device that never
+// answers that is given up at the reply deadline, not waited for.
 TEST_F(VoiceTransferTest, AcknowledgesEvery2040BytesAndCarriesTheRemainder) {
   sim::Options silent;
   silent.stallAfterBytes = 0;  // the device sends nothing of the clip itself
+  silent.silentCommands = {"cdcwait"};
+  int64_t ahead = 0;  // the session's clock, moved on by hand past the reply deadline
+  session->context().clockMs = [&ahead] { return SteadyClockMs() + ahead; };
   connectAndList(Device(), silent);
   downloadSelected();
   ASSERT_TRUE(WaitFor([&] { return wireCount("vh02") == 1; }));
@@ -76,7 +81,10 @@ TEST_F(VoiceTransferTest, AcknowledgesEvery2040BytesAndCarriesTheRemainder) {
   session->cancel();
   EXPECT_TRUE(WaitFor(
       [&] { return window.lastOutcome() && window.lastOutcome()->failure == Failure::Cancelled; }));
-  EXPECT_TRUE(WaitFor([&] { return wire().last().startsWith("#cdcwait"); }));
+  ASSERT_TRUE(WaitFor([&] { return wire().last().startsWith("#cdcwait"); }));
+  ahead += kReplyDeadlineMs;
+  session->tick();
+  EXPECT_EQ(state.phase, DISCONNECTED);
 }
 
 // A clip that stalls for good just short of its end: 50 quiet ticks are not yet a stall, the 51st
@@ -91,15 +99,29 @@ TEST_F(VoiceTransferTest, ShortTailIsRetriedTwiceThenGivenUp) {
     ASSERT_TRUE(WaitFor([&] { return state.clipReceived == options.stallAfterBytes; }));
     for (int tick = 0; tick < 50; ++tick) timer1->tick();
     EXPECT_TRUE(timer1->running);
+    EXPECT_TRUE(window.called("setProgress:99"));
     timer1->tick();
     if (level.isEmpty()) break;
     ASSERT_TRUE(waitForState(TRY_TX_VOICE_RETRY));
     EXPECT_EQ(wire().last(), level);
-    session->tick();  // the retry tick asks for the clip again
+    session->tick();                     // the retry tick asks for the clip again
+    EXPECT_TRUE(window.isProcessing());  // closing the window would cut the clip
   }
   ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
   EXPECT_EQ(window.lastOutcome()->sentence, Localized("retry_recive_fail"));
   EXPECT_EQ(wireCount("vh02"), 3);
+  session->tick();
+  EXPECT_FALSE(window.isProcessing());
+
+  // At the table's last level a stall still retries, at that level.
+  state.cdcwaitLevel = kHighestCdcwaitLevel;
+  window.clear();
+  downloadSelected();
+  ASSERT_TRUE(WaitFor([&] { return wireCount("vh02") == 4; }));
+  ASSERT_TRUE(WaitFor([&] { return state.clipReceived == options.stallAfterBytes; }));
+  stall();
+  EXPECT_TRUE(waitForState(TRY_TX_VOICE_RETRY));
+  EXPECT_EQ(state.cdcwaitLevel, kHighestCdcwaitLevel);
 }
 
 TEST_F(VoiceTransferTest, HangUpMidClipFailsWithoutAWave) {
@@ -128,9 +150,14 @@ TEST_F(WholeClipTest, ClipAcrossTheHoleBecomesItsWaveFile) {
   const QString name = "2024-02-13_04-53_5_voice.wav", wave = paths().voiceFolder + "/" + name;
   WriteFile(wave, "an older download of the same clip");
 
+  // A clean clip asks the device for a shorter wait, and its answer does not fetch it again.
+  state.cdcwaitLevel = 2;
   window.selectRow(IndexList::Voice, 1);
   downloadSelected();
-  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }, 120000));
+  ASSERT_TRUE(WaitFor([&] { return wire().last() == "#cdcwait 5"; }, 120000));
+  ASSERT_TRUE(waitForState(CONNECTED_IDLE));
+  session->tick();
+  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
   EXPECT_EQ(window.lastOutcome()->sentence, Localized("download_complete") + name);
   const QByteArray audio = Audio(contents, 3);
   EXPECT_EQ(ReadFile(wave), WaveHeader(uint64_t(audio.size())) + audio);

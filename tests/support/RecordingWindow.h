@@ -25,6 +25,7 @@ class RecordingWindow : public HeadlessWindow {
   void EnableComboBoxVoiceIndex(bool on) override {
     record(QString("EnableComboBoxVoiceIndex:%1").arg(int(on)));
   }
+  void setProgress(int percent) override { record(QString("setProgress:%1").arg(percent)); }
   void EnableButtonDownloadVoice(bool on) override {
     record(QString("EnableButtonDownloadVoice:%1").arg(int(on)));
   }
