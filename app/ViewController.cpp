@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QThread>
 
+#include "DeviceControls.h"
 #include "DevicePicture.h"
 #include "DiveProfileView.h"
 #include "DiveRecord.h"
@@ -37,7 +38,6 @@ QStringList DiveDetails(const QByteArray &page) {
 ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget *parent)
     : QWidget(parent),
       ui_(std::make_unique<Ui::ViewController>()),
-      stack_(*this),
       discovery_(&stack_.session, std::move(registry)) {
   ui_->setupUi(this);
   jobPanel_ = std::make_unique<SaveJobPanel>(
@@ -105,6 +105,9 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
   phaseTimer_.setInterval(250);
   connect(&phaseTimer_, &QTimer::timeout, this, [this] { showPhase(); });
   stack_.session.setConnectionHandler([this](const Outcome &outcome) { showOutcome(outcome); });
+  DeviceModel &model = stack_.session.model();
+  connect(&model, &DeviceModel::changed, this, [this](const DeviceState &state) { render(state); });
+  connect(&model, &DeviceModel::notice, this, [this](const QString &text) { messageBox(text); });
 }
 
 ViewController::~ViewController() {
@@ -115,7 +118,6 @@ void ViewController::start() {
   SessionState &state = stack_.session.state();
   state.initialRunning = true;
   state.deviceExist = 0;
-  stack_.session.context().disableControls();
   ui_->label_type->setText(QString());
   ui_->label_version->setText(QString());
   ui_->label_serial_number->setText(QStringLiteral("SN."));
@@ -185,6 +187,7 @@ void ViewController::start() {
     header->installEventFilter(this);
   }
 
+  offerControls(shown_);
   if (!stack_.session.context().createFolders()) std::exit(1);  // the folder box has been shown
   tickTimer_.start();
   phaseTimer_.start();
@@ -244,59 +247,80 @@ bool ViewController::eventFilter(QObject *watched, QEvent *event) {
   return QWidget::eventFilter(watched, event);
 }
 
-bool ViewController::onMainThread(std::function<void()> work) {
-  if (QThread::currentThread() == thread()) {
-    work();
-    return true;
-  }
-  mainThread_.post(std::move(work));
-  return false;
-}
-
-QWidget *ViewController::outlet(Outlet outlet) const {
-  return findChild<QWidget *>(QString::fromLatin1(OutletName(outlet)));
-}
-
 void ViewController::messageBox(const QString &text) {
-  onMainThread([this, text] {
-    QMessageBox box(QMessageBox::Information, QStringLiteral("MrvTq5dk"), text, QMessageBox::Ok,
-                    this);
-    box.setObjectName(QStringLiteral("messageBox"));
-    box.exec();
-  });
+  QMessageBox box(QMessageBox::Information, QStringLiteral("MrvTq5dk"), text, QMessageBox::Ok,
+                  this);
+  box.setObjectName(QStringLiteral("messageBox"));
+  box.exec();
 }
 
-void ViewController::setText(Outlet which, const QString &text) {
-  onMainThread([this, which, text] {
-    if (auto *label = qobject_cast<QLabel *>(outlet(which))) label->setText(text);
-  });
-}
-
-void ViewController::setVisible(Outlet which, bool visible) {
-  onMainThread([this, which, visible] {
-    // A list's title comes with its (empty, grey) table, so the title never floats alone.
-    if (visible && (which == Outlet::label_recorded_voice || which == Outlet::label_dive_log)) {
-      IndexTable &t =
-          table(which == Outlet::label_recorded_voice ? IndexList::Voice : IndexList::Log);
-      if (t.container->isHidden()) {
-        t.view->setEnabled(false);
-        t.container->show();
-        t.caption->show();
-      }
+void ViewController::render(const DeviceState &state) {
+  const DeviceState before = std::exchange(shown_, state);
+  ui_->label_type->setText(state.identity.model);
+  ui_->label_version->setText(state.identity.versionText);
+  ui_->label_serial_number->setText(QStringLiteral("SN.") + state.identity.serialNumber);
+  if (state.portOpenFailed) {
+    ui_->label_poweron_message->setText(Localized("initial_error"));
+  } else if (state.phase != DevicePhase::Absent && before.phase == DevicePhase::Absent) {
+    ui_->label_poweron_message->setText(Localized("open_serial_port"));
+  }
+  // Once a device has answered, the plug-in instruction gives way to the lists for good.
+  const bool answering = state.phase != DevicePhase::Absent && state.phase != DevicePhase::Opening;
+  if (answering && !ui_->pictureBox_set_corvamund2->isHidden()) {
+    ui_->label_poweron_message->hide();
+    ui_->pictureBox_set_corvamund2->hide();
+    for (IndexList list : {IndexList::Voice, IndexList::Log}) {
+      IndexTable &t = table(list);
+      if (!t.container->isHidden()) continue;
+      // A list's title comes with its (empty, grey) table, so the title never floats alone.
+      t.view->setEnabled(false);
+      t.container->show();
+      t.caption->show();
     }
-    // While a job runs its one bar stands for every item.
-    const bool jobBar = which == Outlet::progressBar_cdc && jobPanel_->running();
-    outlet(which)->setVisible(visible && !jobBar);
-  });
+    ui_->label_recorded_voice->show();
+    ui_->label_dive_log->show();
+  }
+  if (answering) ui_->label_com_number->hide();
+  if (state.phase == DevicePhase::Absent && before.phase != DevicePhase::Absent)
+    ui_->label_com_number->show();
+  showLists(state, before);
+  offerControls(state);
+  ui_->progressBar_cdc->setValue(state.clipPercent);
+  if (state.clipUnderWay != before.clipUnderWay && isProcessingChanged)
+    isProcessingChanged(state.clipUnderWay);
 }
 
-void ViewController::setEnabled(Outlet which, bool enabled) {
-  onMainThread(
-      [this, which, enabled] { outlet(which)->setEnabled(enabled && !jobPanel_->running()); });
+void ViewController::showLists(const DeviceState &state, const DeviceState &before) {
+  if (state.clips != before.clips) {
+    reloadList(IndexList::Voice, RowTexts(state.clips));
+    // A new clip list is shown with its first row picked.
+    if (!state.clips.isEmpty()) selectRow(IndexList::Voice, 0);
+  }
+  if (state.dives != before.dives) {
+    reloadList(IndexList::Log, RowTexts(state.dives));
+    // The first dive is picked as it comes; later rows keep the pick.
+    if (before.dives.isEmpty() && !state.dives.isEmpty()) selectRow(IndexList::Log, 0);
+  }
 }
 
-void ViewController::setProgress(int percent) {
-  onMainThread([this, percent] { ui_->progressBar_cdc->setValue(percent); });
+void ViewController::offerControls(const DeviceState &state) {
+  const DeviceControls offered = ControlsFor(state.phase, state.heldDives > 0);
+  const bool job = jobPanel_->running();
+  ui_->comboBox_index_search_range->setEnabled(offered.range && !job);
+  ui_->button_reconnect->setEnabled(offered.reconnect && !job);
+  enableIndexTable(IndexList::Voice, offered.clipList);
+  enableIndexTable(IndexList::Log, offered.diveList);
+  // A download button shows the first time it is offered, and stays.
+  if (offered.clipDownload) ui_->button_download_voice->show();
+  ui_->button_download_voice->setEnabled(offered.clipDownload && !job);
+  if (offered.diveDownload && ui_->button_download_log->isHidden()) {
+    ui_->button_download_log->show();
+    ui_->button_save_all_new->show();
+  }
+  ui_->button_download_log->setEnabled(offered.diveDownload && !job);
+  updateSaveAllButton();
+  // While a job runs its one bar stands for every item.
+  ui_->progressBar_cdc->setVisible(state.operation == Operation::DownloadClip && !job);
 }
 
 void ViewController::showCaption(IndexTable &t) {
@@ -326,57 +350,23 @@ void ViewController::enableIndexTable(IndexList list, bool enable) {
   showCaption(t);
 }
 
-void ViewController::EnableComboBoxVoiceIndex(bool enable) {
-  if (!onMainThread([this, enable] { enableIndexTable(IndexList::Voice, enable); })) {
-    onMainThread([this] {
-      SystemLog("EnableComboBoxVoiceIndex(Thread):comboBox_voice_index=%ld",
-                long(selectedRow(IndexList::Voice)));
-    });
-  }
-}
-
-void ViewController::EnableComboBoxLogIndex(bool enable) {
-  onMainThread([this, enable] { enableIndexTable(IndexList::Log, enable); });
-}
-
-void ViewController::EnableButtonDownloadVoice(bool enable) {
-  onMainThread([this, enable] {
-    if (enable && ui_->button_download_voice->isHidden()) ui_->button_download_voice->show();
-    ui_->button_download_voice->setEnabled(enable && !jobPanel_->running());
-  });
-}
-
-void ViewController::EnableButtonDownloadLog(bool enable) {
-  onMainThread([this, enable] {
-    if (enable && ui_->button_download_log->isHidden()) {
-      ui_->button_download_log->show();
-      ui_->button_save_all_new->show();
-    }
-    ui_->button_download_log->setEnabled(enable && !jobPanel_->running());
-    updateSaveAllButton();
-  });
-}
-
 void ViewController::reloadList(IndexList list, const QStringList &rows) {
-  onMainThread([this, list, rows] {
-    // A reload keeps the selection, as long as the row is still there.
-    if (shelf_) putShelfAway();
-    IndexTable &t = table(list);
-    const int row = selectedRow(list);
-    QSignalBlocker quiet(t.view->selectionModel());
-    t.model->setRows(rows);
-    if (list == IndexList::Log) t.model->setDetails(diveDetails(rows.size()));
-    // The row's text takes the room the depth and temperature leave.
-    if (t.model->columnCount() > 0)
-      t.view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
-    if (row >= 0 && row < rows.size()) t.view->selectRow(row);
-    if (rows.isEmpty())
-      (list == IndexList::Voice ? ui_->label_voice_counts : ui_->label_log_counts)->clear();
-  });
+  if (shelf_) putShelfAway();
+  IndexTable &t = table(list);
+  const int row = selectedRow(list);
+  QSignalBlocker quiet(t.view->selectionModel());
+  t.model->setRows(rows);
+  if (list == IndexList::Log) t.model->setDetails(diveDetails(rows.size()));
+  // The row's text takes the room the depth and temperature leave.
+  if (t.model->columnCount() > 0)
+    t.view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+  if (row >= 0 && row < rows.size()) t.view->selectRow(row);
+  if (rows.isEmpty())
+    (list == IndexList::Voice ? ui_->label_voice_counts : ui_->label_log_counts)->clear();
 }
 
 void ViewController::selectRow(IndexList list, int row) {
-  onMainThread([this, list, row] { table(list).view->selectRow(row); });
+  table(list).view->selectRow(row);
 }
 
 int ViewController::selectedRow(IndexList list) const {
@@ -388,10 +378,6 @@ int ViewController::selectedRow(IndexList list) const {
 int ViewController::chosenRangeMonths() const {
   const int index = ui_->comboBox_index_search_range->currentIndex();
   return index >= 0 && index < int(kSearchRangeMonths.size()) ? kSearchRangeMonths[index] : 0;
-}
-
-void ViewController::setIsProcessing(bool processing) {
-  if (isProcessingChanged) isProcessingChanged(processing);
 }
 
 void ViewController::tableViewSelectionDidChange(IndexList list) {
@@ -407,13 +393,12 @@ void ViewController::tableViewSelectionDidChange(IndexList list) {
 }
 
 void ViewController::showSelectedDive() {
-  const IndexLists &lists = stack_.session.context().lists;
   const int row = selectedRow(IndexList::Log);
   std::optional<QByteArray> page;
   if (shelf_ && row >= 0 && row < shelf_->pages.size()) {
     page = shelf_->pages[row];
   } else if (!shelf_ && row >= 0) {
-    page = stack_.logs.listedPage(lists.items_log_index_number.value(row, -1));
+    page = stack_.logs.listedPage(RowNumbers(shown_.dives).value(row, -1));
   }
   std::optional<DiveRecord> dive;
   if (page) dive = DecodeDive(&*page);
@@ -436,17 +421,16 @@ void ViewController::showSelectedDive() {
 }
 
 void ViewController::showSelectedClip() {
-  const IndexLists &lists = stack_.session.context().lists;
   const int row = selectedRow(IndexList::Voice);
   if (shelf_ && row >= 0 && row < shelf_->clipFiles.size()) {
     playerBar_->setClip(shelf_->clipFiles[row], shelf_->clipRows[row]);
     return;
   }
-  if (shelf_ || row < 0 || row >= lists.items_voice_index_number.size()) {
+  if (shelf_ || row < 0 || row >= shown_.clips.size()) {
     playerBar_->setClip(std::nullopt, QString());
     return;
   }
-  playerBar_->setClip(savedClip(lists.items_voice_index_number[row]), lists.items_voice_index[row]);
+  playerBar_->setClip(savedClip(shown_.clips[row].number), shown_.clips[row].text);
 }
 
 std::optional<QString> ViewController::savedClip(int32_t entry) {
@@ -487,32 +471,39 @@ void ViewController::action_button_reconnect() {
 }
 
 void ViewController::action_button_download_voice() {
-  SessionContext &context = stack_.session.context();
-  if (stack_.session.state().phase != CONNECTED_IDLE) {
-    context.disableControls();
-    return;
-  }
+  if (stack_.session.state().phase != CONNECTED_IDLE) return;
   if (const QList<DeviceLibrary::Item> items = selectedItems(IndexList::Voice); items.size() > 1) {
     runJob([this, items](std::function<void()> ended) { jobPanel_->save(items, ended); });
     return;
   }
-  const IndexLists &lists = context.lists;
   const int row = selectedRow(IndexList::Voice);
-  if (row < 0 || row >= lists.items_voice_index_number.size()) return;
-  stack_.downloadClip(lists.items_voice_index_number[row],
+  if (row < 0 || row >= shown_.clips.size()) return;
+  stack_.downloadClip(shown_.clips[row].number,
                       [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
 void ViewController::action_button_download_log() {
+  if (stack_.session.state().phase != CONNECTED_IDLE) return;
   if (const QList<DeviceLibrary::Item> items = selectedItems(IndexList::Log); items.size() > 1) {
-    if (stack_.session.state().phase != CONNECTED_IDLE) return;
     runJob([this, items](std::function<void()> ended) { jobPanel_->save(items, ended); });
     return;
   }
-  // One dive is asked of the device again, as it always was.
-  if (const std::optional<int32_t> number = stack_.logs.selectedDive()) {
-    stack_.downloadDive(*number, [this](const Outcome &outcome) { showOutcome(outcome); });
+  // The picked dive, or the first when none is picked (which picks it); one dive is asked
+  // of the device again, as it always was.
+  const QList<ListedItem> &dives = shown_.dives;
+  const long count = long(dives.size());
+  if (count > 0 && selectedRow(IndexList::Log) < 0) selectRow(IndexList::Log, 0);
+  const long row = selectedRow(IndexList::Log);
+  if (count == 0 || row < 0) return;
+  if (row >= count) {
+    SystemLog("action_button_download_log:error:count=%ld,sel=%ld", count, row);
+    return;
   }
+  if (dives[row].text.isEmpty()) {
+    SystemLog("action_button_download_log:sdtring error:count=%ld,sel=%ld", count, row);
+    return;
+  }
+  stack_.downloadDive(dives[row].number, [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
 void ViewController::action_button_save_all_new() {
@@ -527,8 +518,7 @@ void ViewController::action_button_export_logbook() {
   const DeviceKey device = shelf_      ? shelf_->device
                            : connected ? stack_.deviceLibrary.device()
                                        : devices.value(0, DeviceKey{});
-  const QList<int32_t> &listed =
-      shelf_ ? shelf_->diveNumbers : stack_.session.context().lists.items_log_index_number;
+  const QList<int32_t> listed = shelf_ ? shelf_->diveNumbers : RowNumbers(shown_.dives);
   QList<int32_t> selected;
   for (const QModelIndex &index : logTable_.view->selectionModel()->selectedRows())
     if (index.row() < listed.size()) selected.append(listed[index.row()]);
@@ -565,24 +555,17 @@ QString ViewController::programFolder() const {
 void ViewController::runJob(const std::function<void(std::function<void()> ended)> &start) {
   if (jobPanel_->running()) return;
   start([this] { jobEnded(); });
-  stack_.session.context().disableControls();
-  ui_->comboBox_index_search_range->setEnabled(false);
-  ui_->button_reconnect->setEnabled(false);
-  updateSaveAllButton();
+  offerControls(shown_);
 }
 
 void ViewController::jobEnded() {
   refreshLibraryView();
-  // An unplugged device leaves its controls grey; the session says so itself.
-  if (stack_.session.state().phase == CONNECTED_IDLE)
-    stack_.session.context().enableTransferControls();
+  offerControls(shown_);
 }
 
 QList<DeviceLibrary::Item> ViewController::selectedItems(IndexList list) {
-  const IndexLists &lists = stack_.session.context().lists;
   const bool voice = list == IndexList::Voice;
-  const QList<int32_t> &numbers =
-      voice ? lists.items_voice_index_number : lists.items_log_index_number;
+  const QList<int32_t> numbers = RowNumbers(voice ? shown_.clips : shown_.dives);
   QList<int> rows;
   for (const QModelIndex &index : table(list).view->selectionModel()->selectedRows())
     rows.append(index.row());
@@ -596,7 +579,7 @@ QList<DeviceLibrary::Item> ViewController::selectedItems(IndexList list) {
 }
 
 QList<QStringList> ViewController::diveDetails(qsizetype rows) {
-  const QList<int32_t> &numbers = stack_.session.context().lists.items_log_index_number;
+  const QList<int32_t> numbers = RowNumbers(shown_.dives);
   QList<QStringList> details;
   for (qsizetype row = 0; row < rows && row < numbers.size(); ++row) {
     const std::optional<QByteArray> page = stack_.logs.listedPage(numbers[row]);

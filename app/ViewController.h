@@ -10,7 +10,6 @@
 #include "IndexListModel.h"
 #include "LibraryShelf.h"
 #include "SaveJobPanel.h"
-#include "WindowOperations.h"
 
 namespace Ui {
 class ViewController;
@@ -22,12 +21,13 @@ class QComboBox;
 class QLabel;
 class QTableView;
 
+enum class IndexList { Voice, Log };
+
 // The one window: the device's identity, the voice and dive lists with their download
 // buttons and what of them is saved, "Save all new", the date range, and the boxes that
-// tell the diver what happened. It is the
-// session's window: every change the session makes reaches the controls through here,
-// from any thread, on the main thread.
-class ViewController : public QWidget, public WindowOperations {
+// tell the diver what happened. It shows the device session's published state and turns
+// the diver's clicks into the stack's requests.
+class ViewController : public QWidget {
  public:
   explicit ViewController(std::unique_ptr<DeviceRegistry> registry = MakePlatformRegistry(),
                           QWidget *parent = nullptr);
@@ -64,20 +64,8 @@ class ViewController : public QWidget, public WindowOperations {
   std::function<void(bool)> isProcessingChanged;
   DeviceDiscovery &discovery() { return discovery_; }
 
-  // WindowOperations.
-  void messageBox(const QString &text) override;
-  void setText(Outlet outlet, const QString &text) override;
-  void setVisible(Outlet outlet, bool visible) override;
-  void setEnabled(Outlet outlet, bool enabled) override;
-  void setProgress(int percent) override;
-  void EnableComboBoxVoiceIndex(bool enable) override;
-  void EnableButtonDownloadVoice(bool enable) override;
-  void EnableComboBoxLogIndex(bool enable) override;
-  void EnableButtonDownloadLog(bool enable) override;
-  void reloadList(IndexList list, const QStringList &rows) override;
-  void selectRow(IndexList list, int row) override;
-  int selectedRow(IndexList list) const override;
-  void setIsProcessing(bool processing) override;
+  // A modal information box titled "MrvTq5dk" with one "OK" button.
+  void messageBox(const QString &text);
 
  protected:
   void closeEvent(QCloseEvent *event) override;
@@ -94,9 +82,16 @@ class ViewController : public QWidget, public WindowOperations {
     IndexListModel *model;
     const char *name;
   };
-  // Runs work here at once on the main thread, or queues it there from another thread.
-  bool onMainThread(std::function<void()> work);
-  QWidget *outlet(Outlet outlet) const;
+  // Shows the device session's state: the identity, the lists, the controls its phase
+  // offers, the clip's progress.
+  void render(const DeviceState &state);
+  void showLists(const DeviceState &state, const DeviceState &before);
+  void offerControls(const DeviceState &state);
+  // The rows of a list changed; the view reloads them, keeping the picked row.
+  void reloadList(IndexList list, const QStringList &rows);
+  void selectRow(IndexList list, int row);
+  // The picked row, -1 for none.
+  int selectedRow(IndexList list) const;
   IndexTable &table(IndexList list) { return list == IndexList::Voice ? voiceTable_ : logTable_; }
   const IndexTable &table(IndexList list) const {
     return list == IndexList::Voice ? voiceTable_ : logTable_;
@@ -140,8 +135,8 @@ class ViewController : public QWidget, public WindowOperations {
 
   std::unique_ptr<Ui::ViewController> ui_;
   IndexTable voiceTable_, logTable_;
-  MainThreadQueue mainThread_;  // outlives the session, whose threads post into it
   DeviceStack stack_;
+  DeviceState shown_;          // what the window shows of the session; main thread
   DeviceDiscovery discovery_;  // goes before the session it opens ports on
   std::thread initDevice_;
   QTimer tickTimer_;

@@ -26,7 +26,6 @@
 #include "DeviceLibrary.h"
 #include "Localization.h"
 #include "ProcessCost.h"
-#include "RecordingWindow.h"
 #include "SaveAllNew.h"
 #include "SearchRange.h"
 #include "SystemLog.h"
@@ -126,11 +125,7 @@ struct Figures {
 
 // The whole host side on a fresh Downloads folder and library.
 struct Host {
-  Host()
-      : session(window),
-        voice(session),
-        logs(session),
-        deviceLibrary(session, voice, logs, library) {
+  Host() : voice(session), logs(session), deviceLibrary(session, voice, logs, library) {
     logs.today = [] { return kToday; };
     logs.setSearchRange(kLongestSearchRangeMonths);
     session.context().downloadsFolder = [this] { return home.path(); };
@@ -166,7 +161,6 @@ struct Host {
   }
 
   QTemporaryDir home;
-  RecordingWindow window;
   Session session;
   VoiceTransfer voice;
   LogTransfer logs;

@@ -20,7 +20,6 @@
 #include "Localization.h"
 #include "LogTransfer.h"
 #include "ProcessCost.h"
-#include "RecordingWindow.h"
 #include "SearchRange.h"
 #include "SystemLog.h"
 #include "TestSupport.h"
@@ -71,8 +70,7 @@ struct Figures {
 // Plugs in, lists (timed), then downloads the clip (timed).
 Figures Run(const char *firmware, int64_t rate, const Setup &setup) {
   const bool listingOnly = setup.listingOnly;
-  RecordingWindow window;
-  Session session(window);
+  Session session;
   VoiceTransfer voice(session);
   LogTransfer logs(session);
   logs.today = [] { return kToday; };
@@ -106,7 +104,7 @@ Figures Run(const char *firmware, int64_t rate, const Setup &setup) {
   }
   figures.listingSeconds = (clock.elapsed() - listingStart) / 1000.0;
   figures.listingCpu = CpuSeconds() - cpuAtListingStart;
-  WaitFor([&] { return window.called("EnableComboBoxLogIndex:1"); }, 5000);
+  WaitFor([&] { return session.model().state().phase == DevicePhase::Idle; }, 5000);
   WaitFor([] { return false; }, 300);  // the answer to the closing "#detail"
 
   figures.peakRssKb = PeakRssKilobytes();
@@ -117,14 +115,14 @@ Figures Run(const char *firmware, int64_t rate, const Setup &setup) {
   }
   clock.restart();
   const double cpuAtClipStart = CpuSeconds();
-  voice.downloadClip(
-      session.context().lists.items_voice_index_number.value(window.selectedRow(IndexList::Voice)),
-      window.outcomes());
+  std::optional<Outcome> outcome;
+  voice.downloadClip(session.model().state().clips.value(0).number,
+                     [&outcome](const Outcome &ended) { outcome = ended; });
   // Sleeps in the event loop as the program does, woken by the supervision timer and a
   // look every 0.1 s; polling here would count against the session's CPU time.
   QTimer look;
   look.start(100);
-  while (!window.lastOutcome() && clock.elapsed() < 3600000)
+  while (!outcome && clock.elapsed() < 3600000)
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   figures.clipBytes = session.state().clipSize;
   figures.clipSeconds = clock.elapsed() / 1000.0;

@@ -44,6 +44,8 @@ void LogTransfer::receiveHistory(char *bytes, size_t length) {
   state.historyCount = history.numberOf;
   state.historyStart = history.start;
   state.logNumber = history.start;
+  context_.model.update(
+      [held = history.numberOf](DeviceState &published) { published.heldDives = held; });
   SystemLog("history number_of:%08d start:%08d{No.%08d}", history.numberOf, history.start,
             history.historyNumber);
   listedPages_.set({});
@@ -59,18 +61,16 @@ void LogTransfer::receiveHistory(char *bytes, size_t length) {
 
 void LogTransfer::endOfIndexSequence(bool sendDetail) {
   SessionState &state = context_.state;
-  WindowOperations &window = context_.window;
   // The answer to the closing "#detail" is due before the session is idle: whatever
   // starts next waits for it rather than reading it as its own reply.
   if (sendDetail) state.trailingReplyPending = true;
-  window.setEnabled(Outlet::comboBox_index_search_range, true);
-  window.setEnabled(Outlet::button_reconnect, true);
-  window.EnableButtonDownloadVoice(true);
+  context_.transitions.offerRequests(true);
   context_.transitions.enter(CONNECTED_IDLE);
   context_.transitions.finish(
       Outcome{Operation::ConnectAndList, Failure::None, Localized("status_connected"), {}});
   if (sendDetail) closeWithDetail();
   state.indexSequence = 0;
+  context_.transitions.publishPhase();
 }
 
 void LogTransfer::closeWithDetail() {
@@ -114,13 +114,6 @@ void LogTransfer::listingPage() {
     requestPage(next, false);
     return;
   }
-  mainThread_.post([this] {
-    if (!context_.lists.items_log_index.isEmpty()) {
-      context_.window.reloadList(IndexList::Log, context_.lists.items_log_index);
-      context_.window.EnableComboBoxLogIndex(true);
-    }
-  });
-  context_.window.EnableButtonDownloadLog(true);
   if (state.indexSequence == 1) endOfIndexSequence(true);
 }
 
@@ -165,16 +158,10 @@ Outcome LogTransfer::saveListedDive(int32_t number) {
 
 void LogTransfer::downloadPage() {
   SessionState &state = context_.state;
-  WindowOperations &window = context_.window;
   pageRead(state.logNumber, pageBuffer);
   Outcome outcome = saveDivePage(pageBuffer);
   state.logDownloadMode = kListing;
-  window.EnableComboBoxVoiceIndex(true);
-  window.EnableComboBoxLogIndex(true);
-  window.EnableButtonDownloadVoice(true);
-  window.EnableButtonDownloadLog(true);
-  window.setEnabled(Outlet::comboBox_index_search_range, true);
-  window.setEnabled(Outlet::button_reconnect, true);
+  context_.transitions.offerRequests(true);
   context_.transitions.finish(std::move(outcome));
   closeWithDetail();
 }
@@ -185,55 +172,18 @@ void LogTransfer::addDiveRow(const QString &text, int32_t number) {
     return;
   }
   mainThread_.post([this, text, number] {
-    IndexLists &lists = context_.lists;
-    const bool wasEmpty = lists.items_log_index.isEmpty();
-    lists.items_log_index.append(text);
-    lists.items_log_index_number.append(number);
-    context_.window.reloadList(IndexList::Log, lists.items_log_index);
-    if (wasEmpty) {
-      context_.window.selectRow(IndexList::Log, 0);
-      SystemLog("AddDiveLogIndex:select=%ld", long(context_.window.selectedRow(IndexList::Log)));
-    }
+    bool first = false;
+    context_.model.update([&](DeviceState &published) {
+      first = published.dives.isEmpty();
+      published.dives.append({number, text});
+    });
+    // The first row is picked as it comes.
+    if (first) SystemLog("AddDiveLogIndex:select=%ld", 0L);
   });
 }
 
 void LogTransfer::setSearchRange(int months) {
   context_.state.searchFromDate = SearchDateBound(months, today());
-}
-
-std::optional<int32_t> LogTransfer::selectedDive() {
-  SessionState &state = context_.state;
-  WindowOperations &window = context_.window;
-  IndexLists &lists = context_.lists;
-  if (state.phase != CONNECTED_IDLE) {
-    context_.disableControls();
-    return std::nullopt;
-  }
-  const long count = long(lists.items_log_index.size());
-  if (count > 0 && window.selectedRow(IndexList::Log) < 0) {
-    window.reloadList(IndexList::Log, lists.items_log_index);
-    window.selectRow(IndexList::Log, 0);
-  }
-  const long row = window.selectedRow(IndexList::Log);
-  if (count == 0 || row < 0) return std::nullopt;
-  if (row >= count) {
-    SystemLog("action_button_download_log:error:count=%ld,sel=%ld", count, row);
-    return std::nullopt;
-  }
-  if (lists.items_log_index[row].isEmpty()) {
-    SystemLog("action_button_download_log:sdtring error:count=%ld,sel=%ld", count, row);
-    return std::nullopt;
-  }
-  if (lists.items_log_index_number.size() != count) {
-    SystemLog("action_button_download_log:error:index=%ld,number=%ld", count,
-              long(lists.items_log_index_number.size()));
-    return std::nullopt;
-  }
-  return lists.items_log_index_number[row];
-}
-
-void LogTransfer::action_button_download_log(OutcomeHandler done) {
-  if (const std::optional<int32_t> number = selectedDive()) downloadDive(*number, std::move(done));
 }
 
 void LogTransfer::downloadDive(int32_t number, OutcomeHandler done) {
@@ -258,10 +208,7 @@ void LogTransfer::downloadDive(int32_t number, OutcomeHandler done) {
   context_.operation.begin(Operation::DownloadDive, std::move(done));
   context_.whenLineQuiet([this, number] {
     SessionState &state = context_.state;
-    WindowOperations &window = context_.window;
-    context_.disableControls();
-    window.setEnabled(Outlet::button_reconnect, false);
-    window.setEnabled(Outlet::comboBox_index_search_range, false);
+    context_.transitions.offerRequests(false);
     state.pageReceived = 0;
     state.logDownloadMode = kDownload;
     context_.transitions.request(CONNECTED_IDLE, eSERIAL_RX_LOG_DATA, Command::Page(number));

@@ -20,12 +20,6 @@ class LogTransfer {
   LogTransfer(const LogTransfer &) = delete;
   LogTransfer &operator=(const LogTransfer &) = delete;
 
-  // The log download button (main thread): downloads the selected dive, reported to done.
-  void action_button_download_log(OutcomeHandler done);
-  // The dive the button means: the selected row's, or the first row's when none is
-  // selected (which selects it). None when the device is not idle (the controls go grey)
-  // or the lists do not add up (logged).
-  std::optional<int32_t> selectedDive();
   // Downloads the dive with that history number as its CSV file; done hears how it ended,
   // on the main thread. Refused at once while the session is not idle, when the storage
   // folders cannot be made, or for a dive the device no longer holds.

@@ -59,12 +59,11 @@ QString DeviceLibrary::DiveKey(int32_t number, const QByteArray &page) {
 
 QList<DeviceLibrary::Item> DeviceLibrary::listed() {
   const DeviceKey key = device();
-  const IndexLists &lists = session_.context().lists;
+  const DeviceState lists = session_.model().state();
   QList<Item> items;
-  for (qsizetype row = 0; row < lists.items_log_index.size(); ++row) {
-    const int32_t number = lists.items_log_index_number.value(row);
-    const QString itemKey = diveKey(number);
-    items.append(Item{ItemKind::Dive, number, itemKey, lists.items_log_index[row],
+  for (const ListedItem &dive : lists.dives) {
+    const QString itemKey = diveKey(dive.number);
+    items.append(Item{ItemKind::Dive, dive.number, itemKey, dive.text,
                       library_.savedFile(key, ItemKind::Dive, itemKey)});
   }
   const VoiceIndexState index = voice_.index();
@@ -76,22 +75,19 @@ QList<DeviceLibrary::Item> DeviceLibrary::listed() {
     library_.recordClip(
         key, StoredClip{ClipKey(entries[i]), entries[i], VoiceRecordingTime(entries[i])});
   }
-  for (qsizetype row = 0; row < lists.items_voice_index.size(); ++row) {
-    const int32_t number = lists.items_voice_index_number.value(row);
-    const QString entry = entries.value(number);
-    const QString itemKey = ClipKey(entry);
-    items.append(Item{ItemKind::Clip, number, itemKey, lists.items_voice_index[row],
+  for (const ListedItem &clip : lists.clips) {
+    const QString itemKey = ClipKey(entries.value(clip.number));
+    items.append(Item{ItemKind::Clip, clip.number, itemKey, clip.text,
                       library_.savedFile(key, ItemKind::Clip, itemKey)});
   }
   return items;
 }
 
 DeviceLibrary::Item DeviceLibrary::item(ItemKind kind, int32_t number) const {
-  const IndexLists &lists = session_.context().lists;
+  const DeviceState lists = session_.model().state();
   const bool dive = kind == ItemKind::Dive;
-  const qsizetype row =
-      (dive ? lists.items_log_index_number : lists.items_voice_index_number).indexOf(number);
-  const QString name = (dive ? lists.items_log_index : lists.items_voice_index).value(row);
+  const QList<ListedItem> &rows = dive ? lists.dives : lists.clips;
+  const QString name = RowTexts(rows).value(RowNumbers(rows).indexOf(number));
   return Item{kind, number, dive ? diveKey(number) : ClipKey(voice_.entryText(number)), name,
               std::nullopt};
 }

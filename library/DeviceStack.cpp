@@ -1,7 +1,5 @@
 #include "DeviceStack.h"
 
-DeviceStack::DeviceStack(WindowOperations &window) : session(window) {}
-
 bool DeviceStack::list(int months, OutcomeHandler done) {
   logs.setSearchRange(months);
   return session.relist(std::move(done));

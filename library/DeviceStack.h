@@ -13,7 +13,7 @@
 // every front end. The diver's requests are calls that end in an outcome. Main thread.
 class DeviceStack {
  public:
-  explicit DeviceStack(WindowOperations &window);
+  DeviceStack() = default;
   DeviceStack(const DeviceStack &) = delete;
   DeviceStack &operator=(const DeviceStack &) = delete;
 

@@ -6,17 +6,10 @@
 
 void Handshake::tick() {
   SessionState &state = context_.state;
-  WindowOperations &window = context_.window;
   Transitions &transitions = context_.transitions;
   switch (state.phase.load()) {
     case TRY_CONNECT_TX_KIND:
       if (!context_.channel.isOpen() || !state.readThreadRunning) break;
-      window.setVisible(Outlet::label_poweron_message, false);
-      window.setVisible(Outlet::pictureBox_set_corvamund2, false);
-      window.setVisible(Outlet::label_recorded_voice, true);
-      window.setVisible(Outlet::label_dive_log, true);
-      window.setEnabled(Outlet::comboBox_index_search_range, false);
-      window.setVisible(Outlet::label_com_number, false);
       state.indexSequence = 1;
       transitions.request(TRY_CONNECT_RX_KIND, eSERIAL_RX_RESPONSE, Command::kKind);
       break;
@@ -37,9 +30,8 @@ void Handshake::tick() {
       // The device's removal is noticed here only; during a handshake the failed read
       // of the receive thread tells.
       if (state.deviceExist == 0) {
-        window.setVisible(Outlet::label_com_number, true);
         transitions.enter(DISCONNECTED);
-        context_.disableControls();
+        transitions.offerRequests(false);
         context_.operation.fail(Failure::Unplugged, QString());
       }
       break;
@@ -48,12 +40,12 @@ void Handshake::tick() {
       if (context_.hooks.downloadClip) context_.hooks.downloadClip();
       break;
     case TRY_TX_VOICE_INDEX:
-      context_.clearList(IndexList::Voice);
+      context_.clearClips();
       transitions.request(RX_VOICE_INDEX, eSERIAL_RX_VOICE_INDEX, Command::kVoiceIndex);
       break;
     case TRY_TX_LOG_HISTORY:
       state.pageReceived = 0;
-      context_.clearList(IndexList::Log);
+      context_.clearDives();
       transitions.request(RX_LOG_HISTORY, eSERIAL_RX_LOG_HISTORY, Command::kLogHistory);
       break;
     default:
@@ -61,8 +53,10 @@ void Handshake::tick() {
   }
   transitions.checkDeadline();
 
-  window.setIsProcessing(state.clipDownloadActive == 1 && state.phase == CONNECTED_IDLE &&
-                         state.deviceExist != 0);
+  const bool clipUnderWay =
+      state.clipDownloadActive == 1 && state.phase == CONNECTED_IDLE && state.deviceExist != 0;
+  context_.model.update(
+      [clipUnderWay](DeviceState &published) { published.clipUnderWay = clipUnderWay; });
 }
 
 void Handshake::reconnect() {

@@ -69,7 +69,8 @@ void IdentityReplies::modelReply(const char *text, size_t length) {
   static constexpr char kModelReply[] = "OK QM482CS\r";
   if (length >= 11 && std::memcmp(text, kModelReply, 11) == 0) {
     context_.transitions.enter(TRY_CONNECT_KIND_DONE);
-    context_.window.setText(Outlet::label_type, QStringLiteral("QM482"));
+    context_.model.update(
+        [](DeviceState &published) { published.identity.model = QStringLiteral("QM482"); });
     return;
   }
   context_.transitions.disconnect(Failure::WrongModel, Localized("target_model_error"),
@@ -95,10 +96,11 @@ void IdentityReplies::detailReply(const char *text) {
     return;
   }
   const bool seven = values.size() == 7;
-  context_.window.setText(Outlet::label_version,
-                          QStringList{values[1], values[seven ? 5 : 4], values[2],
-                                      values[seven ? 4 : 3], values[seven ? 6 : 5]}
-                              .join(u' '));
+  const QString versionText = QStringList{values[1], values[seven ? 5 : 4], values[2],
+                                          values[seven ? 4 : 3], values[seven ? 6 : 5]}
+                                  .join(u' ');
+  context_.model.update(
+      [&versionText](DeviceState &published) { published.identity.versionText = versionText; });
   if (FirmwareVersion(values[1]) >= kFlowControlVersion) state.flowControl = 1;
   context_.transitions.enter(TRY_CONNECT_DETAIL_DONE);
 }
@@ -112,12 +114,13 @@ void IdentityReplies::serialNumberReply(const char *text) {
     return;
   }
   state.serialNumber.set(values[3]);
-  context_.window.setText(Outlet::label_serial_number, QStringLiteral("SN.") + values[3]);
+  context_.model.update(
+      [&values](DeviceState &published) { published.identity.serialNumber = values[3]; });
   if (state.indexSequence == 1) {
     context_.transitions.enter(TRY_TX_VOICE_INDEX);
   } else {
-    context_.window.setEnabled(Outlet::comboBox_index_search_range, true);
     context_.transitions.enter(CONNECTED_IDLE);
+    context_.transitions.offerRequests(true);
     context_.transitions.finish(
         Outcome{Operation::ConnectAndList, Failure::None, Localized("status_connected"), {}});
   }
@@ -125,12 +128,12 @@ void IdentityReplies::serialNumberReply(const char *text) {
 
 void IdentityReplies::eraseReply(const char *text) {
   if (std::strstr(text, "EraceAllVoiceData") == nullptr) return;
-  context_.window.messageBox(std::strstr(text, "Success") ? QStringLiteral("Erace successful!")
-                                                          : QStringLiteral("Erace failure!"));
+  context_.model.tell(std::strstr(text, "Success") ? QStringLiteral("Erace successful!")
+                                                   : QStringLiteral("Erace failure!"));
 }
 
 void IdentityReplies::clearReply(const char *text) {
   if (std::strstr(text, "Dive") == nullptr || std::strstr(text, "history") == nullptr) return;
-  context_.window.messageBox(std::strstr(text, "OK") ? QStringLiteral("Clear successful!")
-                                                     : QStringLiteral("Clear failure!"));
+  context_.model.tell(std::strstr(text, "OK") ? QStringLiteral("Clear successful!")
+                                              : QStringLiteral("Clear failure!"));
 }

@@ -19,11 +19,14 @@ const char *OperationName(Operation operation) {
 }  // namespace
 
 bool PendingOperation::begin(Operation operation, OutcomeHandler handler) {
-  std::lock_guard lock(mutex_);
-  if (active_) return false;
-  operation_ = operation;
-  handler_ = std::move(handler);
-  active_ = true;
+  {
+    std::lock_guard lock(mutex_);
+    if (active_) return false;
+    operation_ = operation;
+    handler_ = std::move(handler);
+    active_ = true;
+  }
+  if (changed) changed(operation);  // unlocked: a listener may ask what is under way
   return true;
 }
 
@@ -36,6 +39,7 @@ bool PendingOperation::finish(Outcome outcome) {
     handler = std::move(handler_);
     handler_ = nullptr;
   }
+  if (changed) changed(std::nullopt);
   SystemLog("operation %s ended: %d", OperationName(outcome.operation), int(outcome.failure));
   if (!handler) return true;
   mainThread_.post(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <optional>
 
@@ -24,6 +25,10 @@ class PendingOperation {
 
   bool active() const { return active_.load(); }
   std::optional<Operation> current() const;
+
+  // Hears each operation begin and end (none under way), on the thread that began or
+  // ended it. Set before the first operation.
+  std::function<void(std::optional<Operation>)> changed;
 
  private:
   mutable std::mutex mutex_;

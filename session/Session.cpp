@@ -4,8 +4,7 @@
 #include "Localization.h"
 #include "SystemLog.h"
 
-Session::Session(WindowOperations &window)
-    : context_(window), receive_(context_), handshake_(context_) {}
+Session::Session() : receive_(context_), handshake_(context_) {}
 
 Session::~Session() = default;
 
@@ -27,15 +26,12 @@ std::optional<QString> Session::openPort(const QString &path, unsigned baud, Out
   context_.channel.closePort();
   lastPortPath_.set(path);
 
-  WindowOperations &window = context_.window;
-  if (std::optional<QString> error = context_.channel.openPort(path, baud)) {
-    window.setText(Outlet::label_poweron_message, Localized("initial_error"));
-    return error;
-  }
-  window.setText(Outlet::label_serial_number, QStringLiteral("SN."));
-  window.setText(Outlet::label_type, QString());
-  window.setText(Outlet::label_version, QString());
-  window.setText(Outlet::label_poweron_message, Localized("open_serial_port"));
+  const std::optional<QString> error = context_.channel.openPort(path, baud);
+  context_.model.update([failed = error.has_value()](DeviceState &published) {
+    published.portOpenFailed = failed;
+    if (!failed) published.identity = {};
+  });
+  if (error) return error;
   // A port opened again after an unplug or a hang-up is identified and listed afresh,
   // exactly as on the first plug-in.
   context_.transitions.freshStart();
@@ -72,12 +68,10 @@ bool Session::relist(OutcomeHandler done) {
       !context_.operation.begin(Operation::ConnectAndList, std::move(done))) {
     return false;
   }
-  context_.window.setEnabled(Outlet::comboBox_index_search_range, false);
-  context_.window.setEnabled(Outlet::button_reconnect, false);
   state.indexSequence = 1;
-  context_.clearList(IndexList::Voice);
-  context_.clearList(IndexList::Log);
-  context_.disableControls();
+  context_.clearClips();
+  context_.clearDives();
+  context_.transitions.offerRequests(false);
   // The answer to the last listing's closing "#detail" may still be on its way.
   context_.whenLineQuiet([this] {
     if (context_.state.phase != CONNECTED_IDLE) return;
@@ -93,6 +87,6 @@ void Session::reconnect() {
 
 void Session::restartHandshake() {
   context_.transitions.enter(DISCONNECTED);
-  context_.disableControls();
+  context_.transitions.offerRequests(false);
   reconnect();
 }

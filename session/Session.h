@@ -9,12 +9,12 @@
 #include "ReceiveLoop.h"
 #include "SessionContext.h"
 
-// The device session: one serial channel, the receive thread, the handshake and the link
-// one shared state, reporting through the window's operations. The front end drives tick
-// once a second.
+// The device session: one serial channel, the receive thread and the handshake around one
+// shared state, publishing what the front ends show in its model. The front end drives
+// tick once a second.
 class Session {
  public:
-  explicit Session(WindowOperations &window);
+  Session();
   ~Session();
 
   // Opens the device's port at baud and starts the receive thread. A port already open is
@@ -47,6 +47,8 @@ class Session {
   void cancel() { context_.transitions.cancel(); }
 
   SessionContext &context() { return context_; }
+  // What the front ends show, and where they hear of each change.
+  DeviceModel &model() { return context_.model; }
   SessionState &state() { return context_.state; }
   const SessionState &state() const { return context_.state; }
   SerialChannel &channel() { return context_.channel; }

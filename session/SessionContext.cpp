@@ -4,28 +4,11 @@
 #include <QTimer>
 #include <chrono>
 
-void SessionContext::disableControls() {
-  const int32_t status = state.phase;
-  const bool offline = status == DISCONNECTED || status == TRY_CONNECT_TX_KIND;
-  if (offline) {
-    window.setText(Outlet::label_type, QString());
-    window.setText(Outlet::label_version, QString());
-    window.setText(Outlet::label_serial_number, QStringLiteral("SN."));
-  }
-  window.EnableComboBoxVoiceIndex(false);
-  window.EnableComboBoxLogIndex(false);
-  window.EnableButtonDownloadVoice(false);
-  window.EnableButtonDownloadLog(false);
-  if (offline) window.setEnabled(Outlet::button_reconnect, false);
-}
-
-void SessionContext::enableTransferControls() {
-  window.setEnabled(Outlet::comboBox_index_search_range, true);
-  window.setEnabled(Outlet::button_reconnect, true);
-  window.EnableComboBoxVoiceIndex(true);
-  window.EnableComboBoxLogIndex(true);
-  window.EnableButtonDownloadVoice(true);
-  window.EnableButtonDownloadLog(true);
+SessionContext::SessionContext() {
+  operation.changed = [this](std::optional<Operation> underWay) {
+    model.update([underWay](DeviceState &published) { published.operation = underWay; });
+    transitions.publishPhase();
+  };
 }
 
 void SessionContext::whenLineQuiet(std::function<void()> start) {
@@ -53,15 +36,12 @@ int64_t SteadyClockMs() {
       .count();
 }
 
-void SessionContext::clearList(IndexList list) {
-  if (list == IndexList::Voice) {
-    lists.items_voice_index.clear();
-    lists.items_voice_index_number.clear();
-  } else {
-    lists.items_log_index.clear();
-    lists.items_log_index_number.clear();
-  }
-  window.reloadList(list, {});
+void SessionContext::clearClips() {
+  model.update([](DeviceState &published) { published.clips.clear(); });
+}
+
+void SessionContext::clearDives() {
+  model.update([](DeviceState &published) { published.dives.clear(); });
 }
 
 bool SessionContext::createFolders(QString *error) {
@@ -70,7 +50,7 @@ bool SessionContext::createFolders(QString *error) {
     if (error) {
       *error = text;
     } else {
-      window.messageBox(text);
+      model.tell(text);
     }
   });
   state.paths.set(paths);

@@ -9,6 +9,48 @@
 
 void Transitions::enter(SessionStatus next) {
   context_.state.phase = next;
+  reconnectOffered_ = false;
+  publishPhase();
+}
+
+void Transitions::offerRequests(bool offered) {
+  offered_ = offered;
+  const int32_t status = context_.state.phase;
+  if (!offered && (status == DISCONNECTED || status == TRY_CONNECT_TX_KIND)) {
+    context_.model.update([](DeviceState &published) { published.identity = {}; });
+  }
+  publishPhase();
+}
+
+DevicePhase Transitions::devicePhase() const {
+  const SessionState &state = context_.state;
+  switch (state.phase.load()) {
+    case DISCONNECTED:
+      return reconnectOffered_ ? DevicePhase::Stopped : DevicePhase::Absent;
+    case TRY_CONNECT_TX_KIND:
+      return context_.channel.isOpen() ? DevicePhase::Opening : DevicePhase::Absent;
+    case TRY_CONNECT_RX_KIND:
+    case TRY_CONNECT_KIND_DONE:
+    case TRY_CONNECT_TX_DETAIL:
+    case TRY_CONNECT_RX_DETAIL:
+    case TRY_CONNECT_DETAIL_DONE:
+    case TRY_CONNECT_TX_GSER:
+    case TRY_CONNECT_RX_GSER:
+      return DevicePhase::Identifying;
+    default:
+      break;
+  }
+  if (state.indexSequence == 1) return DevicePhase::Listing;
+  // A download is under way from the moment it is asked for, even while its request waits
+  // for the line to fall quiet.
+  const std::optional<Operation> underWay = context_.operation.current();
+  const bool transfer = underWay && *underWay != Operation::ConnectAndList;
+  return offered_ && !transfer ? DevicePhase::Idle : DevicePhase::Busy;
+}
+
+void Transitions::publishPhase() {
+  const DevicePhase phase = devicePhase();
+  context_.model.update([phase](DeviceState &published) { published.phase = phase; });
 }
 
 bool Transitions::request(int32_t status, int32_t selector, const QString &command,
@@ -95,9 +137,9 @@ void Transitions::portGoneBeforeRequest() {
 
 void Transitions::endUnsentAtIdle(Failure failure, const QString &sentence, bool boxWhenIdle) {
   stopTransfers();
-  context_.enableTransferControls();
+  offerRequests(true);
   if (!context_.operation.fail(failure, sentence) && boxWhenIdle) {
-    context_.window.messageBox(sentence);
+    context_.model.tell(sentence);
   }
 }
 
@@ -128,7 +170,7 @@ void Transitions::cancel() {
   enter(CONNECTED_IDLE);
   context_.operation.fail(Failure::Cancelled, Localized("transfer_cancelled"));
   if (!clipUnderWay) {
-    context_.enableTransferControls();
+    offerRequests(true);
     return;
   }
   context_.whenLineQuiet([this] {
@@ -161,12 +203,13 @@ void Transitions::idleAgain(std::optional<Outcome> outcome) {
 void Transitions::disconnect(Failure failure, const QString &sentence, bool offerReconnect) {
   stopTransfers();
   enter(DISCONNECTED);
-  context_.disableControls();
+  offerRequests(false);
   if (offerReconnect && context_.channel.isOpen()) {
-    context_.window.setEnabled(Outlet::button_reconnect, true);
+    reconnectOffered_ = true;
+    publishPhase();
   }
   if (!context_.operation.fail(failure, sentence) && !sentence.isEmpty()) {
-    context_.window.messageBox(sentence);
+    context_.model.tell(sentence);
   }
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QString>
+#include <atomic>
 #include <cstdint>
 #include <optional>
 
+#include "DeviceState.h"
 #include "Outcome.h"
 #include "SessionState.h"
 
@@ -40,8 +42,17 @@ class Transitions {
  public:
   explicit Transitions(SessionContext &context) : context_(context) {}
 
-  // The one place the state changes.
+  // The one place the state changes; the phase the front ends see follows it.
   void enter(SessionStatus next);
+  // Whether the device takes requests once it is idle: withdrawn while a transfer or an
+  // exchange runs, offered again when it has ended. Withdrawn with the device offline,
+  // what it said of itself is forgotten.
+  void offerRequests(bool offered);
+  // The phase the front ends see, worked out from the protocol state alone.
+  DevicePhase devicePhase() const;
+  // Publishes the phase again, after a change that enter() does not see (the listing's
+  // sequence starting or ending).
+  void publishPhase();
 
   // Sets state and selector, then sends command as the start of an exchange. On a failed
   // write the user is told "Corvamund power is off" (through the operation under way, if
@@ -90,9 +101,9 @@ class Transitions {
   // outcome when one is given.
   void idleAgain(std::optional<Outcome> outcome);
 
-  // Ends the operation under way with failure, in state DISCONNECTED with the controls
-  // greyed but, unless told otherwise, Reconnect offered where a port is open. A failure
-  // that no operation waits for goes to the window as a box, if it has a sentence.
+  // Ends the operation under way with failure, in state DISCONNECTED with requests
+  // withdrawn but, unless told otherwise, Reconnect offered where a port is open. A failure
+  // that no operation waits for goes to the front end as a box, if it has a sentence.
   static constexpr bool kNoReconnect = false;
   void disconnect(Failure failure, const QString &sentence, bool offerReconnect = true);
 
@@ -107,4 +118,6 @@ class Transitions {
 
   SessionContext &context_;
   Guarded<std::optional<Outcome>> kept_;
+  std::atomic<bool> offered_{false};
+  std::atomic<bool> reconnectOffered_{false};
 };

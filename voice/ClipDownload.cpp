@@ -49,22 +49,18 @@ void ClipDownload::start(int32_t entry, OutcomeHandler done) {
 
 void ClipDownload::request() {
   SessionState &state = context_.state;
-  WindowOperations &window = context_.window;
-  const IndexLists &lists = context_.lists;
   const int32_t entry = entry_;
-  const qsizetype count = lists.items_voice_index.size();
-  const qsizetype row = lists.items_voice_index_number.indexOf(entry);
-  if (count == 0 || row < 0 || row >= count) {
+  const QList<ListedItem> clips = context_.model.state().clips;
+  const qsizetype row = RowNumbers(clips).indexOf(entry);
+  if (row < 0) {
     fail(Failure::NotOnDevice, Localized("item_not_on_device"));
     return;
   }
-  const QString &sel = lists.items_voice_index[row];
-  SystemLog("DownloadVoiceData:sel:%s,%lu", qUtf8Printable(sel), static_cast<unsigned long>(row));
+  SystemLog("DownloadVoiceData:sel:%s,%lu", qUtf8Printable(clips[row].text),
+            static_cast<unsigned long>(row));
 
-  context_.disableControls();
-  window.setEnabled(Outlet::button_reconnect, false);
-  window.setEnabled(Outlet::comboBox_index_search_range, false);
-  window.setVisible(Outlet::progressBar_cdc, true);
+  context_.transitions.offerRequests(false);
+  context_.model.update([](DeviceState &published) { published.clipPercent = 0; });
   // Set before the checks below: a refused request still leaves the receive loop taking
   // clip bytes.
   state.receiveType = eSERIAL_RX_VOICE_DATA;
@@ -178,7 +174,7 @@ void ClipDownload::startWatching() {
 void ClipDownload::giveUp(Failure failure, const char *key) {
   context_.state.clipRetries = 0;
   closeClipFile();
-  context_.enableTransferControls();
+  context_.transitions.offerRequests(true);
   context_.transitions.finish(Outcome{Operation::DownloadClip, failure, Localized(key), {}});
 }
 
@@ -188,7 +184,8 @@ void ClipDownload::watchTick() {
   const int64_t expected = state.clipSize;
   const int64_t received = state.clipReceived;
   const double percent = expected > 0 ? double(received) / double(expected) * 100.0 : 100.0;
-  context_.window.setProgress(static_cast<int>(std::clamp(percent, 0.0, 100.0)));
+  const int shown = static_cast<int>(std::clamp(percent, 0.0, 100.0));
+  context_.model.update([shown](DeviceState &published) { published.clipPercent = shown; });
 
   if (received == expected) {
     timer_->invalidate();
@@ -202,7 +199,7 @@ void ClipDownload::watchTick() {
       return;
     }
     state.clipRetries = 0;
-    context_.enableTransferControls();
+    context_.transitions.offerRequests(true);
     context_.transitions.finish(std::move(saved));
     return;
   }
@@ -242,7 +239,7 @@ void ClipDownload::cdcwaitReply(const char *text) {
   }
   const bool abandoned = state.clipRetries >= 1;
   context_.transitions.enter(CONNECTED_IDLE);
-  context_.enableTransferControls();
+  context_.transitions.offerRequests(true);
   // A clip whose retry the device did not take is dropped without a word to the window;
   // the command line still learns that it failed.
   context_.transitions.idleAgain(

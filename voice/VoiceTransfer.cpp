@@ -35,9 +35,7 @@ void VoiceTransfer::receiveIndex(char *bytes, size_t length) {
 
 void VoiceTransfer::rebuildVoiceList() {
   mainThread_.post([this] {
-    WindowOperations &window = context_.window;
-    context_.clearList(IndexList::Voice);
-    window.EnableButtonDownloadVoice(false);
+    context_.clearClips();
     heldClips_ = hiddenShortClips_ = 0;
     const VoiceIndexState state = index_.get();
     const QStringList index = state.entries.value_or(QStringList());
@@ -46,16 +44,14 @@ void VoiceTransfer::rebuildVoiceList() {
       return;
     }
     const VoiceList list = BuildVoiceList(index, context_.state.searchFromDate, state.ring);
-    context_.lists.items_voice_index = list.lines;
-    context_.lists.items_voice_index_number = list.numbers;
     heldClips_ = list.held;
     hiddenShortClips_ = list.tooShort;
-    window.reloadList(IndexList::Voice, list.lines);
-    if (list.lines.isEmpty()) return;
-    window.EnableComboBoxVoiceIndex(true);
-    window.selectRow(IndexList::Voice, 0);
-    SystemLog("UpdateVoiceIndex:comboBox_voice_index=%ld",
-              long(window.selectedRow(IndexList::Voice)));
+    QList<ListedItem> clips;
+    for (qsizetype row = 0; row < list.lines.size(); ++row)
+      clips.append({list.numbers.value(row), list.lines[row]});
+    context_.model.update([&clips](DeviceState &published) { published.clips = clips; });
+    // A new list is shown with its first row picked.
+    if (!clips.isEmpty()) SystemLog("UpdateVoiceIndex:comboBox_voice_index=%ld", 0L);
   });
 }
 

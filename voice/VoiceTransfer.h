@@ -26,9 +26,6 @@ class VoiceTransfer {
   void setNameTakenByAnother(std::function<bool(const QString &path, const QString &entry)> check) {
     clip_.nameTakenByAnother = std::move(check);
   }
-  // Rebuilds the voice list from the last index, on the main thread.
-  void rebuildVoiceList();
-
   VoiceIndexState index() const { return index_.get(); }
   // What the voice list leaves out (main thread): the clips the device holds, and those
   // in the range hidden for being under a minute.
@@ -39,6 +36,8 @@ class VoiceTransfer {
 
  private:
   void receiveIndex(char *bytes, size_t length);  // receive thread
+  // Rebuilds the voice list from the last index, on the main thread.
+  void rebuildVoiceList();
 
   Session &session_;
   MainThreadQueue mainThread_;

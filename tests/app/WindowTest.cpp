@@ -174,8 +174,8 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
             Localized("status_browsing_library").arg("QM482 SN.11110000"));
 }
 
-// Without a device: the power-on instruction, a range that is only stored, and the close veto,
-// which holds only while a clip downloads from the device.
+// Without a device: the power-on instruction, a range that is only stored, Reconnect once a
+// device stopped answering, and the close veto, which holds only while a clip downloads.
 TEST_F(WindowTest, WithoutADeviceTheRangeIsOnlyStoredAndTheCloseVetoHoldsDuringAClip) {
   EXPECT_TRUE(Outlet(window, "pictureBox_set_corvamund2")->isVisible());
   EXPECT_FALSE(Outlet(window, "button_reconnect")->isEnabled());
@@ -186,6 +186,12 @@ TEST_F(WindowTest, WithoutADeviceTheRangeIsOnlyStoredAndTheCloseVetoHoldsDuringA
   EXPECT_EQ(window.session().state().searchFromDate,
             std::max(20220101, (today.year() - 1) * 10000 + today.month() * 100 + today.day()));
   EXPECT_FALSE(log.contains("writeString:"));
+
+  // A device that stopped answering leaves Reconnect as the way on; nothing else is offered.
+  window.session().model().update(
+      [](DeviceState &published) { published.phase = DevicePhase::Stopped; });
+  EXPECT_TRUE(Outlet(window, "button_reconnect")->isEnabled());
+  EXPECT_FALSE(Outlet(window, "button_download_voice")->isEnabled());
 
   SessionState &state = window.session().state();
   state.phase = CONNECTED_IDLE;

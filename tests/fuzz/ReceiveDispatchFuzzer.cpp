@@ -4,7 +4,6 @@
 #include <QByteArray>
 
 #include "FuzzSupport.h"
-#include "HeadlessWindow.h"
 #include "LogTransfer.h"
 #include "ManualTimer.h"
 #include "Session.h"
@@ -21,10 +20,7 @@ constexpr int32_t kSelectors[] = {eSERIAL_RX_RESPONSE, eSERIAL_RX_VOICE_INDEX,
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   StartFuzzing();
   if (size < 3) return 0;
-  // Whatever a list holds, its first row is the one chosen.
-  static HeadlessWindow window;  // the longest range: every dive is a row
-  window.selectRow(IndexList::Voice, 0), window.selectRow(IndexList::Log, 0);
-  Session session(window);
+  Session session;
   VoiceTransfer voice(session, std::make_unique<ManualTimer>());
   LogTransfer logs(session);
   session.context().createFolders();

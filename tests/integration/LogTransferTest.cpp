@@ -70,6 +70,8 @@ class LogTransferTest : public DeviceSessionFixture {
     QCoreApplication::processEvents();  // the rows, handed to this thread
   }
   void setRange(int months) { logs.setSearchRange(months); }
+  // The newest dive listed, as the window's button asks for it with the first row picked.
+  void downloadNewest() { logs.downloadDive(published().dives.value(0).number, watch.outcomes()); }
   QList<QByteArray> pageRequests() const {
     QList<QByteArray> requests = wire();
     requests.removeIf([](const QByteArray &command) { return !command.startsWith("lp"); });
@@ -86,7 +88,7 @@ TEST_F(LogTransferTest, ListingFetchesTheHeldDivesNewestFirstThenIdles) {
   connectAndList(Holding(Dives(2), 2, 0x90));
   EXPECT_TRUE(pageRequests().isEmpty());
   EXPECT_EQ(wire().last(), "lh");
-  EXPECT_TRUE(window.called("EnableButtonDownloadVoice:1"));
+  EXPECT_EQ(published().phase, DevicePhase::Idle);
 
   connectAndList(Holding(Dives(2), 2, 5));
   EXPECT_EQ(pageRequests(), (QList<QByteArray>{"lp000001", "lp000000"}));
@@ -129,8 +131,8 @@ TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched
       numbers << firstNumber + i;
     }
     EXPECT_TRUE(rows.last().endsWith("00:10 33min")) << range;
-    EXPECT_EQ(window.rows(IndexList::Log), rows) << range;
-    EXPECT_EQ(session->context().lists.items_log_index_number, numbers) << range;
+    EXPECT_EQ(RowTexts(published().dives), rows) << range;
+    EXPECT_EQ(RowNumbers(published().dives), numbers) << range;
   }
   EXPECT_EQ(pageRequests().size(), 3 * dives.size());
 }
@@ -145,22 +147,18 @@ TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
     state.historyStart = 9;
     state.historyCount = 3;
   };
-  session->context().lists.items_log_index = {"2023/11/05 23:00 45min", "2023/11/04 23:00 40min"};
-  session->context().lists.items_log_index_number = {7, 6};
   idle();
-  logs.action_button_download_log(window.outcomes());
-  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
-  EXPECT_EQ(window.lastOutcome()->failure, Failure::Unplugged);
-  EXPECT_TRUE(window.called("setEnabled:button_reconnect=1"));
+  logs.downloadDive(7, watch.outcomes());
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome().has_value(); }));
+  EXPECT_EQ(watch.lastOutcome()->failure, Failure::Unplugged);
+  EXPECT_EQ(published().phase, DevicePhase::Idle);
 
   plugIn(Holding(Dives(3), 10));
   idle();
   session->context().operation.fail(Failure::Cancelled, QString());  // the test takes over
-  window.selectRow(IndexList::Log, 1);
-  logs.action_button_download_log(window.outcomes());  // 9 - 6 = 3: gone from the device
-  EXPECT_EQ(window.lastOutcome()->failure, Failure::NotOnDevice);
-  window.selectRow(IndexList::Log, 0);
-  logs.action_button_download_log(window.outcomes());
+  logs.downloadDive(6, watch.outcomes());  // 9 - 6 = 3: gone from the device
+  EXPECT_EQ(watch.lastOutcome()->failure, Failure::NotOnDevice);
+  logs.downloadDive(7, watch.outcomes());
   ASSERT_TRUE(WaitFor([&] { return !pageRequests().isEmpty(); }));
   EXPECT_EQ(pageRequests(), QList<QByteArray>{"lp000007"});
 }
@@ -179,16 +177,16 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   const QString folder = paths().logFolder, csv = folder + "/2023-11-05_23-00_45_profile.csv";
   WriteFile(csv, "an older download");
 
-  logs.action_button_download_log(window.outcomes());
+  downloadNewest();
   ASSERT_TRUE(WaitFor([&] { return session->state().pageReceived > 500; }));
   session->cancel();
-  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
-  EXPECT_EQ(window.lastOutcome()->failure, Failure::Cancelled);
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome().has_value(); }));
+  EXPECT_EQ(watch.lastOutcome()->failure, Failure::Cancelled);
   ASSERT_TRUE(WaitFor([&] { return session->context().transitions.lineQuiet(); }));
   EXPECT_EQ(ReadFile(csv), "an older download");
 
-  logs.action_button_download_log(window.outcomes());
-  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome()->ok(); }, 10000));
+  downloadNewest();
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome()->ok(); }, 10000));
   EXPECT_EQ(QDir(folder).entryList(QDir::Files).size(), 1);
   EXPECT_EQ(ReadFile(csv), Csv(dive));
   ASSERT_TRUE(waitForState(CONNECTED_IDLE) && settle());
@@ -201,9 +199,9 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   EXPECT_FALSE(session->context().createFolders());
   ASSERT_TRUE(QFile::remove(folder));
   WriteFile(folder, "not a folder");
-  logs.action_button_download_log(window.outcomes());
-  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome()->failure == Failure::CannotSave; }, 10000));
-  EXPECT_FALSE(window.lastOutcome()->sentence.contains(Localized("download_complete")));
+  downloadNewest();
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome()->failure == Failure::CannotSave; }, 10000));
+  EXPECT_FALSE(watch.lastOutcome()->sentence.contains(Localized("download_complete")));
   EXPECT_EQ(ReadFile(folder), "not a folder");
   EXPECT_TRUE(waitForState(CONNECTED_IDLE));
 }

@@ -9,13 +9,12 @@ namespace {
 
 class SessionTest : public DeviceSessionFixture {
  protected:
-  void SetUp() override { session->setConnectionHandler(window.outcomes()); }
+  void SetUp() override { session->setConnectionHandler(watch.outcomes()); }
   void connect(sim::Options options = {}) {
     plugIn(sim::GenerateContents(3, QDate(2024, 2, 15)), options);
   }
   bool ended(Failure failure) {
-    return WaitFor(
-        [&] { return window.lastOutcome() && window.lastOutcome()->failure == failure; });
+    return WaitFor([&] { return watch.lastOutcome() && watch.lastOutcome()->failure == failure; });
   }
   SessionState &state = session->state();
 };
@@ -43,7 +42,7 @@ TEST_F(SessionTest, PortsThatCannotBeOpenedLeaveNothingOpenAndSayWhy) {
   sim::SimulatedDevice device(sim::GenerateContents(3, QDate(2024, 2, 15)));
   EXPECT_EQ(session->openSerialPort(device.slavePath(), 12345), "Error: Baud Rate out of bounds");
   EXPECT_FALSE(state.readThreadRunning);
-  EXPECT_TRUE(window.called("setText:label_poweron_message=" + Localized("initial_error")));
+  EXPECT_TRUE(published().portOpenFailed);
   // The errno is what a user with a missing permission is sent to the system log for.
   EXPECT_EQ(log.startingWith("serial port open error:Error: Baud Rate out of bounds no:").size(),
             1u);
@@ -71,7 +70,7 @@ TEST_F(SessionTest, UnplugEndsTheConnectionAndAReplugIsIdentifiedAfresh) {
 
   const std::unique_ptr<sim::SimulatedDevice> first = std::move(device);
   log.clear();
-  window.clear();
+  watch.clear();
   sim::Options silent;
   silent.silentCommands = {"gser"};
   connect(silent);
@@ -86,8 +85,8 @@ TEST_F(SessionTest, UnplugEndsTheConnectionAndAReplugIsIdentifiedAfresh) {
   session->tick();
   EXPECT_EQ(state.phase, DISCONNECTED);
   ASSERT_TRUE(ended(Failure::NotAnswering));
-  EXPECT_EQ(window.lastOutcome()->sentence, Localized("device_not_answering"));
-  EXPECT_TRUE(window.called("setEnabled:button_reconnect=1"));  // Reconnect is offered
+  EXPECT_EQ(watch.lastOutcome()->sentence, Localized("device_not_answering"));
+  EXPECT_EQ(published().phase, DevicePhase::Stopped);  // Reconnect is offered
 }
 
 }  // namespace

@@ -29,16 +29,14 @@ class VoiceTransferTest : public DeviceSessionFixture {
   void connectAndList(const sim::Contents &contents, sim::Options options = {}) {
     plugIn(contents, options);
     ASSERT_TRUE(tickUntil(TRY_TX_LOG_HISTORY));
-    ASSERT_TRUE(WaitFor([&] { return !window.rows(IndexList::Voice).isEmpty(); }));
+    ASSERT_TRUE(WaitFor([&] { return !published().clips.isEmpty(); }));
     session->state().phase = CONNECTED_IDLE;
     session->state().indexSequence = 0;
     session->context().operation.fail(Failure::Cancelled, QString());
   }
-  // The clip of the selected row, as the window's button asks for it.
-  void downloadSelected() {
-    const int row = window.selectedRow(IndexList::Voice);
-    voice.downloadClip(session->context().lists.items_voice_index_number.value(row),
-                       window.outcomes());
+  // The clip of a row of the list, as the window's button asks for it.
+  void downloadRow(int row = 0) {
+    voice.downloadClip(published().clips.value(row).number, watch.outcomes());
   }
   VoiceTransfer voice{*session, std::move(clipTimer)};
   SessionState &state = session->state();
@@ -49,10 +47,9 @@ TEST_F(VoiceTransferTest, ListShowsClipsOfAMinuteOrMoreFromTheSearchDateInDevice
   connectAndList(Device());
   // Clip 0 is from 2021, clip 1 under a minute.
   EXPECT_EQ(
-      window.rows(IndexList::Voice),
+      RowTexts(published().clips),
       QStringList({"2024/02/11 04:06 2min", "2024/02/13 04:53 7min", "2024/02/14 07:05 2min"}));
-  EXPECT_EQ(session->context().lists.items_voice_index_number, (QList<int32_t>{3, 4, 5}));
-  EXPECT_TRUE(window.called("EnableComboBoxVoiceIndex:1"));
+  EXPECT_EQ(RowNumbers(published().clips), (QList<int32_t>{3, 4, 5}));
 }
 
 // Every whole window of 2040 clip bytes is acknowledged at once, one exactly full included; the
@@ -66,7 +63,7 @@ TEST_F(VoiceTransferTest, AcknowledgesEvery2040BytesAndCarriesTheRemainder) {
   int64_t ahead = 0;  // the session's clock, moved on by hand past the reply deadline
   session->context().clockMs = [&ahead] { return SteadyClockMs() + ahead; };
   connectAndList(Device(), silent);
-  downloadSelected();
+  downloadRow();
   ASSERT_TRUE(WaitFor([&] { return wireCount("vh02") == 1; }));
   state.clipUnacked = 100;
   QByteArray chunk(4096, '\0');
@@ -80,7 +77,7 @@ TEST_F(VoiceTransferTest, AcknowledgesEvery2040BytesAndCarriesTheRemainder) {
   EXPECT_EQ(state.clipIdleTicks, 0);
   session->cancel();
   EXPECT_TRUE(WaitFor(
-      [&] { return window.lastOutcome() && window.lastOutcome()->failure == Failure::Cancelled; }));
+      [&] { return watch.lastOutcome() && watch.lastOutcome()->failure == Failure::Cancelled; }));
   ASSERT_TRUE(WaitFor([&] { return wire().last().startsWith("#cdcwait"); }));
   ahead += kReplyDeadlineMs;
   session->tick();
@@ -94,29 +91,29 @@ TEST_F(VoiceTransferTest, ShortTailIsRetriedTwiceThenGivenUp) {
   sim::Options options;
   options.stallAfterBytes = Audio(contents, 2).size() - 10;
   connectAndList(contents, options);
-  downloadSelected();
+  downloadRow();
   for (const QByteArray level : {"#cdcwait 5", "#cdcwait 8", ""}) {
     ASSERT_TRUE(WaitFor([&] { return state.clipReceived == options.stallAfterBytes; }));
     for (int tick = 0; tick < 50; ++tick) timer1->tick();
     EXPECT_TRUE(timer1->running);
-    EXPECT_TRUE(window.called("setProgress:99"));
+    EXPECT_EQ(published().clipPercent, 99);
     timer1->tick();
     if (level.isEmpty()) break;
     ASSERT_TRUE(waitForState(TRY_TX_VOICE_RETRY));
     EXPECT_EQ(wire().last(), level);
-    session->tick();                     // the retry tick asks for the clip again
-    EXPECT_TRUE(window.isProcessing());  // closing the window would cut the clip
+    session->tick();                        // the retry tick asks for the clip again
+    EXPECT_TRUE(published().clipUnderWay);  // closing the window would cut the clip
   }
-  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
-  EXPECT_EQ(window.lastOutcome()->sentence, Localized("retry_recive_fail"));
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome().has_value(); }));
+  EXPECT_EQ(watch.lastOutcome()->sentence, Localized("retry_recive_fail"));
   EXPECT_EQ(wireCount("vh02"), 3);
   session->tick();
-  EXPECT_FALSE(window.isProcessing());
+  EXPECT_FALSE(published().clipUnderWay);
 
   // At the table's last level a stall still retries, at that level.
   state.cdcwaitLevel = kHighestCdcwaitLevel;
-  window.clear();
-  downloadSelected();
+  watch.clear();
+  downloadRow();
   ASSERT_TRUE(WaitFor([&] { return wireCount("vh02") == 4; }));
   ASSERT_TRUE(WaitFor([&] { return state.clipReceived == options.stallAfterBytes; }));
   stall();
@@ -128,10 +125,11 @@ TEST_F(VoiceTransferTest, HangUpMidClipFailsWithoutAWave) {
   sim::Options options;
   options.hangupAfterBytes = 50000;
   connectAndList(Device(), options);
-  downloadSelected();
+  downloadRow();
   ASSERT_TRUE(WaitFor([&] { return !state.readThreadRunning; }));
   stall();
-  ASSERT_TRUE(WaitFor([&] { return window.called("outcome:" + Localized("recive_fail")); }));
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome().has_value(); }));
+  EXPECT_EQ(watch.lastOutcome()->sentence, Localized("recive_fail"));
   EXPECT_EQ(state.clipDownloadActive, 0);
   EXPECT_TRUE(QDir(paths().voiceFolder).isEmpty());
 }
@@ -152,20 +150,19 @@ TEST_F(WholeClipTest, ClipAcrossTheHoleBecomesItsWaveFile) {
 
   // A clean clip asks the device for a shorter wait, and its answer does not fetch it again.
   state.cdcwaitLevel = 2;
-  window.selectRow(IndexList::Voice, 1);
-  downloadSelected();
+  downloadRow(1);
   ASSERT_TRUE(WaitFor([&] { return wire().last() == "#cdcwait 5"; }, 120000));
   ASSERT_TRUE(waitForState(CONNECTED_IDLE));
   session->tick();
-  ASSERT_TRUE(WaitFor([&] { return window.lastOutcome().has_value(); }));
-  EXPECT_EQ(window.lastOutcome()->sentence, Localized("download_complete") + name);
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome().has_value(); }));
+  EXPECT_EQ(watch.lastOutcome()->sentence, Localized("download_complete") + name);
   const QByteArray audio = Audio(contents, 3);
   EXPECT_EQ(ReadFile(wave), WaveHeader(uint64_t(audio.size())) + audio);
   EXPECT_FALSE(QFile::exists(paths().clipInProgressFile));
   EXPECT_EQ(wireCount("vr03"), 1);
   EXPECT_EQ(wireCount("vx"), 0);
   EXPECT_EQ(state.clipDownloadActive, 0);
-  EXPECT_TRUE(window.called("EnableButtonDownloadVoice:1"));
+  EXPECT_EQ(published().phase, DevicePhase::Idle);
 }
 
 }  // namespace

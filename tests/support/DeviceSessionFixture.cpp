@@ -10,7 +10,6 @@ DeviceSessionFixture::DeviceSessionFixture(bool realTimer) {
     timer1 = new ManualTimer;
     clipTimer.reset(timer1);
   }
-  session = std::make_unique<Session>(window);
   EXPECT_TRUE(session->context().createFolders());
 }
 

@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "ManualTimer.h"
-#include "RecordingWindow.h"
 #include "Session.h"
+#include "SessionWatch.h"
 #include "SimulatedDevice.h"
 #include "SystemLog.h"
 #include "TestSupport.h"
@@ -32,13 +32,16 @@ class DeviceSessionFixture : public ::testing::Test {
   bool settle();
   StoragePaths paths() const { return session->state().paths.get(); }
 
+  // What the session publishes now.
+  DeviceState published() const { return session->model().state(); }
+
   TemporaryHome home;
   LogCapture log;
-  RecordingWindow window;
   // The clip's supervision timer, for the voice transfer a test makes; timer1 ticks it by hand
   // unless the test asked for a real one.
   std::unique_ptr<SupervisionTimer> clipTimer;
   ManualTimer *timer1 = nullptr;
   std::unique_ptr<sim::SimulatedDevice> device;
-  std::unique_ptr<Session> session;
+  std::unique_ptr<Session> session = std::make_unique<Session>();
+  SessionWatch watch{session->model()};
 };

@@ -4,8 +4,8 @@
 
 #include "IdentityReplies.h"
 #include "Localization.h"
-#include "RecordingWindow.h"
 #include "SessionContext.h"
+#include "SessionWatch.h"
 #include "SystemLog.h"
 
 namespace {
@@ -15,13 +15,14 @@ class IdentityRepliesTest : public ::testing::Test {
  protected:
   int32_t reply(int32_t status, QByteArray text) {
     context.state.phase = status;
-    window.clear();
+    watch.clear();
     replies.handle(text.constData(), size_t(text.size()));
     return context.state.phase;
   }
+  DeviceIdentity identity() const { return context.model.state().identity; }
   LogCapture log;
-  RecordingWindow window;
-  SessionContext context{window};
+  SessionContext context;
+  SessionWatch watch{context.model};
   IdentityReplies replies{context};
 };
 
@@ -29,16 +30,16 @@ class IdentityRepliesTest : public ::testing::Test {
 // seven fields; anything else disconnects.
 TEST_F(IdentityRepliesTest, ModelAndDetailRepliesAreJudgedByTheirShape) {
   EXPECT_EQ(reply(TRY_CONNECT_RX_KIND, "OK QM482CS\rtrailing bytes"), TRY_CONNECT_KIND_DONE);
-  EXPECT_EQ(window.text(Outlet::label_type), "QM482");
+  EXPECT_EQ(identity().model, "QM482");
   EXPECT_EQ(reply(TRY_CONNECT_RX_KIND, "OK QM482CSX\r\n"), DISCONNECTED);
-  EXPECT_TRUE(window.called("messageBox:" + Localized("target_model_error")));
+  EXPECT_EQ(watch.boxes(), QStringList{Localized("target_model_error")});
 
   EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1.180 QM482 2023-10-01 JPN BAT85\r\n"),
             TRY_CONNECT_DETAIL_DONE);
-  EXPECT_EQ(window.text(Outlet::label_version), "1.180 JPN QM482 2023-10-01 BAT85");
+  EXPECT_EQ(identity().versionText, "1.180 JPN QM482 2023-10-01 BAT85");
   EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1.180 QM482 2023-10-01 HW2 JPN BAT85\r\n"),
             TRY_CONNECT_DETAIL_DONE);
-  EXPECT_EQ(window.text(Outlet::label_version), "1.180 JPN QM482 HW2 BAT85");
+  EXPECT_EQ(identity().versionText, "1.180 JPN QM482 HW2 BAT85");
   EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1 2 3 4 5 6 7\r\n"), DISCONNECTED);
   EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "NG 1.180 QM482 2023-10-01 JPN BAT85\r\n"), DISCONNECTED);
 }
@@ -64,15 +65,15 @@ TEST_F(IdentityRepliesTest, FirmwareFromVersion1175PacesClipsWithVx) {
 TEST_F(IdentityRepliesTest, SerialNumberReplyNeedsExactlyFiveFields) {
   context.state.indexSequence = 1;
   EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305 00\r\n"), TRY_TX_VOICE_INDEX);
-  EXPECT_EQ(window.text(Outlet::label_serial_number), "SN.28417305");
+  EXPECT_EQ(identity().serialNumber, "28417305");
   context.state.indexSequence = 0;
   EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305 00\r\n"), CONNECTED_IDLE);
-  EXPECT_TRUE(window.called("setEnabled:comboBox_index_search_range=1"));
+  EXPECT_EQ(context.model.state().phase, DevicePhase::Idle);
 
   EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305\r\n"), DISCONNECTED);
   EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305 00 extra\r\n"), DISCONNECTED);
   EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN \xc3\x28 00\r\n"), DISCONNECTED);
-  EXPECT_FALSE(window.calls().join(',').contains("messageBox"));
+  EXPECT_TRUE(watch.boxes().isEmpty());
 }
 
 }  // namespace

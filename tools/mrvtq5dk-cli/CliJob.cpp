@@ -65,8 +65,13 @@ int CliStatusOf(Failure failure) {
   }
 }
 
-CliJob::CliJob(CliRequest request) : request_(std::move(request)), stack_(window_) {
-  window_.interactive = isatty(STDERR_FILENO);
+CliJob::CliJob(CliRequest request)
+    : request_(std::move(request)), interactive_(isatty(STDERR_FILENO)) {
+  DeviceModel &model = stack_.session.model();
+  QObject::connect(&model, &DeviceModel::notice, [this](const QString &text) { tell(text); });
+  QObject::connect(&model, &DeviceModel::changed, [this](const DeviceState &state) {
+    if (!state.identity.model.isEmpty()) identified_ = true;
+  });
   if (!request_.output.isEmpty()) {
     const QString output = request_.output;
     stack_.session.context().downloadsFolder = [output] { return output; };
@@ -82,7 +87,7 @@ bool CliJob::waitUntil(const std::function<bool()> &done, int timeoutMs) {
   tick.start(kTickMs);
   QTimer progress;
   QObject::connect(&progress, &QTimer::timeout, [this] { showProgress(); });
-  if (window_.interactive) progress.start(250);
+  if (interactive_) progress.start(250);
   QTimer deadline;
   deadline.setSingleShot(true);
   QObject::connect(&deadline, &QTimer::timeout, [&loop] { loop.exit(1); });
@@ -111,7 +116,7 @@ void CliJob::wake() {
 std::optional<Outcome> CliJob::waitForOutcome(int timeoutMs) {
   const bool ended = waitUntil([this] { return outcome_.has_value(); }, timeoutMs);
   // A failed transfer keeps its last progress line in sight; a finished one clears it.
-  if (window_.interactive) {
+  if (interactive_) {
     std::fprintf(stderr, ended && outcome_->ok() ? "\r\033[K" : "\n");
   }
   return std::exchange(outcome_, std::nullopt);
@@ -144,7 +149,7 @@ void CliJob::showProgress() {
                           : "?");
   } else if (state.phase == RX_LOG_HISTORY) {
     std::fprintf(stderr, "\r\033[Kreading dive %d, %lld listed", state.logNumber.load(),
-                 static_cast<long long>(window_.rows(IndexList::Log).size()));
+                 static_cast<long long>(stack_.session.model().state().dives.size()));
   }
 }
 
@@ -209,14 +214,24 @@ int CliJob::connect() {
     default:
       std::fprintf(stderr, "mrvtq5dk-cli: %s\n", qPrintable(outcome->sentence));
       // Silence before the device said what it is: no device there to speak of.
-      return window_.identified() ? CliStatusOf(outcome->failure) : kCliNoDevice;
+      return identified_ ? CliStatusOf(outcome->failure) : kCliNoDevice;
   }
 }
 
+void CliJob::tell(const QString &text) {
+  QString line = text;
+  line.replace(QStringLiteral("\r\n"), QStringLiteral(" ")).replace(u'\n', u' ');
+  std::fprintf(stderr, "%s%s\n", interactive_ ? "\r\033[K" : "", qPrintable(line.trimmed()));
+}
+
+void CliJob::printIdentity() {
+  const DeviceIdentity identity = stack_.session.model().state().identity;
+  std::printf("Model %s, firmware %s, SN.%s\n", qPrintable(identity.model),
+              qPrintable(identity.versionText), qPrintable(identity.serialNumber));
+}
+
 void CliJob::printLists() {
-  std::printf("Model %s, firmware %s, %s\n", qPrintable(window_.text(Outlet::label_type)),
-              qPrintable(window_.text(Outlet::label_version)),
-              qPrintable(window_.text(Outlet::label_serial_number)));
+  printIdentity();
   const auto print = [](const char *title, const QStringList &rows) {
     std::printf("%s (%lld)\n", title, static_cast<long long>(rows.size()));
     for (qsizetype i = 0; i < rows.size(); ++i)
@@ -233,20 +248,19 @@ void CliJob::printLists() {
       lines << row + (saved.contains(row) ? QStringLiteral(" *") : QString());
     return lines;
   };
-  print("Voice clips", marked(window_.rows(IndexList::Voice)));
-  print("Dive logs", marked(window_.rows(IndexList::Log)));
+  const DeviceState lists = stack_.session.model().state();
+  print("Voice clips", marked(RowTexts(lists.clips)));
+  print("Dive logs", marked(RowTexts(lists.dives)));
   std::fflush(stdout);
 }
 
 Outcome CliJob::download(bool voice, int item) {
-  const IndexLists &lists = stack_.session.context().lists;
+  const DeviceState lists = stack_.session.model().state();
   const OutcomeHandler keep = keepOutcome();
   transferClock_.start();
   // Through the library, which records the file; a dive comes over the wire again, as
   // the diver asked for it.
-  const QList<int32_t> &numbers =
-      voice ? lists.items_voice_index_number : lists.items_log_index_number;
-  const int32_t number = numbers.value(item - 1);
+  const int32_t number = RowNumbers(voice ? lists.clips : lists.dives).value(item - 1);
   if (voice) {
     stack_.downloadClip(number, keep);
   } else {
@@ -265,15 +279,13 @@ Outcome CliJob::download(bool voice, int item) {
 }
 
 int CliJob::sync() {
-  std::printf("Model %s, firmware %s, %s\n", qPrintable(window_.text(Outlet::label_type)),
-              qPrintable(window_.text(Outlet::label_version)),
-              qPrintable(window_.text(Outlet::label_serial_number)));
+  printIdentity();
   stack_.saveAll.setItemHandler([this](const DeviceLibrary::Item &item, const Outcome &outcome) {
     if (outcome.ok()) {
       std::printf("saved %s\n", qPrintable(QDir::toNativeSeparators(outcome.path)));
       std::fflush(stdout);
     } else if (outcome.failure != Failure::Cancelled) {
-      window_.messageBox(outcome.sentence);
+      tell(outcome.sentence);
       std::fprintf(stderr, "mrvtq5dk-cli: %s %s was not saved\n",
                    item.kind == ItemKind::Dive ? "dive" : "clip", qPrintable(item.name));
     }
@@ -320,7 +332,8 @@ int CliJob::run() {
   if (request_.verb == u"list") return kCliOk;
 
   const bool voice = request_.verb == u"download-voice";
-  const qsizetype count = window_.rows(voice ? IndexList::Voice : IndexList::Log).size();
+  const DeviceState lists = stack_.session.model().state();
+  const qsizetype count = (voice ? lists.clips : lists.dives).size();
   QList<int> items = request_.items;
   if (request_.all) {
     items.clear();
@@ -338,7 +351,7 @@ int CliJob::run() {
   QList<int> statuses;
   for (int item : items) {
     const Outcome outcome = download(voice, item);
-    if (!outcome.sentence.isEmpty()) window_.messageBox(outcome.sentence);
+    if (!outcome.sentence.isEmpty()) tell(outcome.sentence);
     if (outcome.ok()) {
       pause();
       continue;

@@ -9,7 +9,6 @@
 #include "DeviceDiscovery.h"
 #include "DeviceStack.h"
 #include "SearchRange.h"
-#include "TerminalWindow.h"
 
 // Exit statuses of mrvtq5dk-cli.
 enum CliStatus : int {
@@ -59,14 +58,19 @@ class CliJob {
   // One whole session tick, as a diver pauses between steps: the device's answer to the
   // "#detail" that ends a listing or a download arrives before the next request.
   void pause();
+  // The device's identity line: "Model QM482, firmware ..., SN.28417305".
+  void printIdentity();
   void printLists();
+  // What the window would say in a box, as one line on stderr.
+  void tell(const QString &text);
   // Saves everything new on the device and says what it did.
   int sync();
   void showProgress();
 
   CliRequest request_;
-  TerminalWindow window_;
   DeviceStack stack_;
+  const bool interactive_;   // stderr is a terminal: a progress line may need clearing
+  bool identified_ = false;  // the device said which model it is
   std::unique_ptr<DeviceDiscovery> discovery_;  // goes before the session it opens ports on
   std::optional<Outcome> outcome_;              // the last operation's, until taken
   std::function<void()> wake_;                  // while waiting: ends the wait when done
