@@ -173,6 +173,18 @@ TEST_F(SyncTest, CtrlCStopsMidClipWithNothingPartial) {
   EXPECT_EQ(cli.exitCode(), 130);
   EXPECT_TRUE(files("voice").filter(".wav").isEmpty());
   EXPECT_EQ(files("log").size(), 6);  // what was complete stays saved
+
+  // Stopped again before the first clip ended, with the dives saved before: nothing was
+  // saved this time, yet it was stopped, not done.
+  const qsizetype asked = device.device().commands().count("vx");
+  QProcess again;
+  again.start(MRVTQ5DK_CLI_PATH, arguments({"sync"}, device));
+  ASSERT_TRUE(WaitFor([&] { return device.device().commands().count("vx") >= asked + 5; }, 60000));
+  ::kill(pid_t(again.processId()), SIGINT);
+  ASSERT_TRUE(again.waitForFinished(30000));
+  EXPECT_EQ(again.exitCode(), 130);
+  EXPECT_FALSE(again.readAllStandardOutput().contains("Nothing new"));
+  EXPECT_TRUE(files("voice").filter(".wav").isEmpty());
 }
 
 }  // namespace
