@@ -78,6 +78,13 @@ TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
                   .mkpath("Mrvtq5dk/log/" + japan.toString("yyyy-MM-dd_HH-mm_") +
                           QString::number(newest.diveMinutes) + "_profile.csv"));
   EXPECT_EQ(cli({"download-log", "1"}, sim::SimulatedDevice(contents)).status, 6);
+  // So is a download folder that cannot be made (here a file is where it belongs).
+  WriteFile(output.filePath("blocked"), "not a folder");
+  const sim::SimulatedDevice device(contents);
+  EXPECT_EQ(RunProcess(MRVTQ5DK_CLI_PATH, {"download-log", "1", "--port", device.slavePath(),
+                                           "--output", output.filePath("blocked")})
+                .status,
+            6);
 }
 
 // Six dives and three clips are listed for the default range; a fourth clip starts in the same
