@@ -47,6 +47,7 @@ TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
   EXPECT_EQ(wrong.status, 2);
   EXPECT_EQ(wrong.err.count('\n'), 1) << qPrintable(wrong.err);
   EXPECT_TRUE(wrong.err.contains("--help")) << qPrintable(wrong.err);
+  EXPECT_EQ(RunProcess(MRVTQ5DK_CLI_PATH, {"download-voice", "1", "--all"}).status, 2);  // both?
 
   sim::Options mute;  // a port where nothing answers is no device
   mute.silentCommands = {"kind"};
