@@ -136,6 +136,8 @@ TEST_F(UddfExport, DivesReadBackAsDecodedAndTheClipDuringADiveIsLinked) {
 TEST_F(UddfExport, FiltersAnEmptyLibraryAndAFileThatCannotBeWritten) {
   const QString later = home.path() + "/later.uddf";
   EXPECT_EQ(exportTo(later, QDate(2024, 3, 5)).dives, 1);
+  // A dive is on the day Japan time gives it: 23:30 UTC on the 1st is the 2nd, 08:30.
+  EXPECT_EQ(exportTo(later, QDate(2024, 3, 2)).dives, 3);
   ExpectValid(later);
   EXPECT_EQ(exportTo(later, {}, "99999999").failure, ExportFailure::UnknownDevice);
 
