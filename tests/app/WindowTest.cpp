@@ -60,6 +60,9 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
   EXPECT_EQ(Outlet<QLabel>(window, "label_voice_counts")->text(),
             "2 of 3 shown, 2 new, 1 short hidden");
   EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 shown, 3 new");
+  // The first clip comes picked, ready to download or play.
+  EXPECT_EQ(Outlet<QLabel>(window, "label_voice_index")->text(),
+            Outlet<QTableView>(window, "view_voice_index")->model()->index(0, 0).data().toString());
 
   // A new range while connected empties both lists at once and reads them again.
   auto *range = Outlet<QComboBox>(window, "comboBox_index_search_range");

@@ -190,7 +190,8 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   EXPECT_EQ(QDir(folder).entryList(QDir::Files).size(), 1);
   EXPECT_EQ(ReadFile(csv), Csv(dive));
   ASSERT_TRUE(waitForState(CONNECTED_IDLE) && settle());
-  relist();  // a listing after a download only reads the pages
+  relist();  // a listing after a download reads every page and saves none
+  EXPECT_EQ(published().dives.size(), 2);
   EXPECT_EQ(QDir(folder).entryList(QDir::Files).size(), 1);
 
   ASSERT_TRUE(waitForState(CONNECTED_IDLE) && settle());
