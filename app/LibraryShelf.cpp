@@ -23,12 +23,13 @@ int ClipMinutes(const QString &wavePath) {
 LibraryShelf ReadShelf(const Library &library, const DeviceKey &device) {
   LibraryShelf shelf;
   shelf.device = device;
-  for (const StoredDive &dive : library.dives(device)) {
-    shelf.diveRows.append(DiveLogRowText(dive.page));
-    shelf.pages.append(dive.page);
-    shelf.diveNumbers.append(dive.number);
+  for (const StoredDive &stored : library.dives(device)) {
+    const DiveRecord dive = DecodeDive(&stored.page);
+    shelf.diveRows.append(DiveLogRowText(dive));
+    shelf.dives.append(dive);
+    shelf.diveNumbers.append(stored.number);
     shelf.diveFiles.append(
-        library.savedFile(device, ItemKind::Dive, DeviceLibrary::DiveKey(dive.number, dive.page)));
+        library.savedFile(device, ItemKind::Dive, DeviceLibrary::DiveKey(stored.number, dive)));
   }
   for (const StoredClip &clip : library.clips(device)) {
     const std::optional<QString> file = library.savedFile(device, ItemKind::Clip, clip.key);

@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <optional>
 
+#include "DiveRecord.h"
 #include "Library.h"
 
 // What the library holds of one device, row by row as the window's lists show it when no
@@ -13,9 +14,9 @@
 // there to play. Rows are newest first, as the library gives them.
 struct LibraryShelf {
   DeviceKey device;
-  QStringList diveRows;  // as the device's list shows them: date, entry time, minutes
-  QList<QByteArray> pages;
-  QList<int32_t> diveNumbers;               // the device's history numbers
+  QStringList diveRows;        // as the device's list shows them: date, entry time, minutes
+  QList<DiveRecord> dives;     // decoded once from the pages the library kept
+  QList<int32_t> diveNumbers;  // the device's history numbers
   QList<std::optional<QString>> diveFiles;  // the saved CSV, while it is there unchanged
   QStringList clipRows;                     // recording time and minutes, from the WAV's length
   QStringList clipFiles;

@@ -27,8 +27,7 @@ namespace {
 constexpr int kSearchRanges = 6;
 
 // A dive's deepest point and water temperature, as the dive list's further columns.
-QStringList DiveDetails(const QByteArray &page) {
-  const DiveRecord dive = DecodeDive(&page);
+QStringList DiveDetails(const DiveRecord &dive) {
   return {QStringLiteral("%1 m").arg(dive.maxDepthWord / 100.0, 0, 'f', 1),
           QStringLiteral("%1 °C").arg(DeviceTemperature(dive.temperatureWord), 0, 'f', 1)};
 }
@@ -394,14 +393,13 @@ void ViewController::tableViewSelectionDidChange(IndexList list) {
 
 void ViewController::showSelectedDive() {
   const int row = selectedRow(IndexList::Log);
-  std::optional<QByteArray> page;
-  if (shelf_ && row >= 0 && row < shelf_->pages.size()) {
-    page = shelf_->pages[row];
-  } else if (!shelf_ && row >= 0) {
-    page = stack_.logs.listedPage(RowNumbers(shown_.dives).value(row, -1));
-  }
   std::optional<DiveRecord> dive;
-  if (page) dive = DecodeDive(&*page);
+  if (shelf_ && row >= 0 && row < shelf_->dives.size()) {
+    dive = shelf_->dives[row];
+  } else if (!shelf_ && row >= 0) {
+    if (const auto page = stack_.logs.listedPage(RowNumbers(shown_.dives).value(row, -1)))
+      dive = page->dive;
+  }
   // Every clip the device holds, listed or not: a short one may still be on the dive.
   const QStringList entries = stack_.voice.index().entries.value_or(QStringList());
   QList<QDateTime> times;
@@ -582,12 +580,12 @@ QList<QStringList> ViewController::diveDetails(qsizetype rows) {
   const QList<int32_t> numbers = RowNumbers(shown_.dives);
   QList<QStringList> details;
   for (qsizetype row = 0; row < rows && row < numbers.size(); ++row) {
-    const std::optional<QByteArray> page = stack_.logs.listedPage(numbers[row]);
+    const std::optional<DecodedPage> page = stack_.logs.listedPage(numbers[row]);
     if (!page) {
       details.append(QStringList());
       continue;
     }
-    details.append(DiveDetails(*page));
+    details.append(DiveDetails(page->dive));
   }
   return details;
 }
@@ -669,7 +667,7 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   fill(IndexList::Voice, shelf_->clipRows, clipFiles);
   fill(IndexList::Log, shelf_->diveRows, shelf_->diveFiles);
   QList<QStringList> details;
-  for (const QByteArray &page : shelf_->pages) details.append(DiveDetails(page));
+  for (const DiveRecord &dive : shelf_->dives) details.append(DiveDetails(dive));
   logTable_.model->setDetails(details);
   logTable_.view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
   ui_->label_recorded_voice->show();

@@ -54,7 +54,7 @@ void CsvOfAFullDivePage(benchmark::State &state) {
   const QByteArray page = sim::DivePage(sim::GenerateDive(3, kStart, 84, 10, 3120, 265, 190));
   QTemporaryDir folder;
   const QString path = folder.filePath("dive.csv");
-  for (auto _ : state) benchmark::DoNotOptimize(DiveLogCsvSave(path, &page));
+  for (auto _ : state) benchmark::DoNotOptimize(DiveLogCsvSave(path, DecodeDive(&page)));
   state.SetBytesProcessed(state.iterations() * page.size());
   state.counters["csv bytes"] = double(QFile(path).size());
 }

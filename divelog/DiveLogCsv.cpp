@@ -97,12 +97,11 @@ bool WriteDiveLogCsv(QIODevice &out, const DiveRecord &dive) {
   return write.ok();
 }
 
-SaveResult DiveLogCsvSave(const QString &path, const QByteArray *pageBuffer) {
+SaveResult DiveLogCsvSave(const QString &path, const DiveRecord &dive) {
   if (path.isNull()) {
     SystemLog("DiveLogCsvSave:filename is nil!.");
     return {SaveError::Other, QStringLiteral("no file name")};
   }
-  const DiveRecord dive = DecodeDive(pageBuffer);
   if (dive.reach == PageReach::EndsInSummary) {
     // Nothing to save; the folder is not touched.
     LogPageEnd(dive);

@@ -16,8 +16,7 @@ class QIODevice;
 // the page held no summary.
 bool WriteDiveLogCsv(QIODevice &out, const DiveRecord &dive);
 
-// Decodes one dive page and saves it as the CSV file at path, committed whole or not at
-// all: an older file there stays as it was until the new one replaces it. A dive whose
-// profile runs past its page is saved as far as the page goes. A missing page (nullptr)
-// writes zeros.
-SaveResult DiveLogCsvSave(const QString &path, const QByteArray *pageBuffer);
+// Saves the dive as the CSV file at path, committed whole or not at all: an older file
+// there stays as it was until the new one replaces it. A dive whose profile runs past its
+// page is saved as far as the page goes.
+SaveResult DiveLogCsvSave(const QString &path, const DiveRecord &dive);

@@ -76,6 +76,10 @@ QString ElapsedText(int64_t seconds) {
   return QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar(u'0'));
 }
 
+DecodedPage DecodePage(const QByteArray &bytes) {
+  return DecodedPage{bytes, DecodeDive(&bytes)};
+}
+
 DiveRecord DecodeDive(const QByteArray *page) {
   DiveRecord dive;
   try {

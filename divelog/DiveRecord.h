@@ -80,6 +80,14 @@ struct DiveRecord {
 // logging it.
 DiveRecord DecodeDive(const QByteArray *page);
 
+// A page as the device sent it, kept with the dive decoded from it once: whatever is
+// shown, saved or exported of the page reads the dive; the bytes are kept for the library.
+struct DecodedPage {
+  QByteArray bytes;
+  DiveRecord dive;
+};
+DecodedPage DecodePage(const QByteArray &bytes);
+
 // How far into the dive a moment on the device's clock falls: its seconds from the entry
 // when it lies between the entry and the exit (both included), compared as instants. None
 // for a moment outside the dive, an invalid moment, or a dive without a valid entry; a dive

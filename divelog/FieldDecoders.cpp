@@ -73,26 +73,3 @@ int32_t bcd2bin(const QByteArray *data, int32_t index) {
   const uint8_t byte = ByteAt(*data, index);
   return (byte & 0x0F) + (byte >> 4) * 10;
 }
-
-QString JapanDateText(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                      int32_t hour, int32_t minute, uint8_t style) {
-  const QDateTime instant = InJapanTime(DeviceClockUtc(data, year, month, day, hour, minute));
-  if (!instant.isValid()) return {};
-  return instant.toString(style == kListStyle ? QStringLiteral("yyyy/MM/dd")
-                                              : QStringLiteral("yyyy-MM-dd"));
-}
-
-QString JapanTimeText(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                      int32_t hour, int32_t minute, uint8_t style) {
-  const QDateTime instant = InJapanTime(DeviceClockUtc(data, year, month, day, hour, minute));
-  if (!instant.isValid()) return {};
-  return instant.toString(style == kListStyle ? QStringLiteral("HH:mm") : QStringLiteral("HH-mm"));
-}
-
-int32_t JapanDateNumber(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                        int32_t hour, int32_t minute) {
-  const QDateTime instant = InJapanTime(DeviceClockUtc(data, year, month, day, hour, minute));
-  if (!instant.isValid()) return 20220101;
-  const QDate date = instant.date();
-  return date.year() * 10000 + date.month() * 100 + date.day();
-}

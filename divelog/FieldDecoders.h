@@ -22,10 +22,6 @@ int32_t PageWord(const QByteArray *data, int32_t index);
 // The byte as two packed BCD digits, unchecked: 0xFF reads 165, 0x1A reads 20.
 int32_t bcd2bin(const QByteArray *data, int32_t index);
 
-// Date and time styles: list text, or file names and CSV.
-inline constexpr uint8_t kListStyle = 1;  // "yyyy/MM/dd", "HH:mm"
-inline constexpr uint8_t kFileStyle = 0;  // "yyyy-MM-dd", "HH-mm"
-
 // The device's clock runs on UTC, while divers read its times in Japan time: the five BCD
 // bytes are read as a UTC instant and shown at UTC+9. The single date 99-12-31 is the
 // device's mark for an unset clock and lies in 1999; every other year in 2000-2099.
@@ -34,11 +30,3 @@ QDateTime DeviceClockUtc(const QByteArray *data, int32_t year, int32_t month, in
                          int32_t hour, int32_t minute);
 // An instant as divers read it.
 QDateTime InJapanTime(const QDateTime &instant);
-// The text readers return a null QString when the bytes make no valid date.
-QString JapanDateText(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                      int32_t hour, int32_t minute, uint8_t style);
-QString JapanTimeText(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                      int32_t hour, int32_t minute, uint8_t style);
-// The Japan-time day as yyyymmdd; 20220101 when the bytes make no valid date.
-int32_t JapanDateNumber(const QByteArray *data, int32_t year, int32_t month, int32_t day,
-                        int32_t hour, int32_t minute);

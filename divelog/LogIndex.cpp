@@ -11,19 +11,24 @@ int32_t Signed(char byte) {
 }
 constexpr int32_t kEarliestSearchDate = 20220101;
 
+// Date and time styles: list text, or file names.
+enum Style { kListStyle, kFileStyle };
+
 struct DiveTimes {
   QString date, time;
   int minutes;
 };
 
-DiveTimes Times(const QByteArray &page, uint8_t style) {
-  using namespace DiveLogPage;
+DiveTimes Times(const DiveRecord &dive, Style style) {
   const bool list = style == kListStyle;
-  QString date = JapanDateText(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute, style);
-  QString time = JapanTimeText(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute, style);
-  if (date.isNull()) date = list ? QStringLiteral("0000/00/00") : QStringLiteral("0000-00-00");
-  if (time.isNull()) time = list ? QStringLiteral("00:00") : QStringLiteral("00-00");
-  return {date, time, PageWord(&page, kDiveTimeMinutes)};
+  const QDateTime entry = dive.entryJapanTime();
+  if (!entry.isValid()) {
+    return {list ? QStringLiteral("0000/00/00") : QStringLiteral("0000-00-00"),
+            list ? QStringLiteral("00:00") : QStringLiteral("00-00"), dive.diveTimeMinutes};
+  }
+  return {entry.toString(list ? QStringLiteral("yyyy/MM/dd") : QStringLiteral("yyyy-MM-dd")),
+          entry.toString(list ? QStringLiteral("HH:mm") : QStringLiteral("HH-mm")),
+          dive.diveTimeMinutes};
 }
 
 }  // namespace
@@ -38,19 +43,21 @@ LogHistory DecodeLogHistory(const char *r) {
   return history;
 }
 
-QString DiveLogRowText(const QByteArray &page) {
-  const DiveTimes t = Times(page, kListStyle);
+QString DiveLogRowText(const DiveRecord &dive) {
+  const DiveTimes t = Times(dive, kListStyle);
   return QStringLiteral("%1 %2 %3min").arg(t.date, t.time).arg(t.minutes);
 }
 
-QString DiveLogFileBaseName(const QByteArray &page) {
-  const DiveTimes t = Times(page, kFileStyle);
+QString DiveLogFileBaseName(const DiveRecord &dive) {
+  const DiveTimes t = Times(dive, kFileStyle);
   return QStringLiteral("%1_%2_%3").arg(t.date, t.time).arg(t.minutes);
 }
 
-int32_t DiveLogDayNumber(const QByteArray &page) {
-  using namespace DiveLogPage;
-  return JapanDateNumber(&page, kYear, kMonth, kDay, kEntryHour, kEntryMinute);
+int32_t DiveLogDayNumber(const DiveRecord &dive) {
+  const QDateTime entry = dive.entryJapanTime();
+  if (!entry.isValid()) return kEarliestSearchDate;
+  const QDate day = entry.date();
+  return day.year() * 10000 + day.month() * 100 + day.day();
 }
 
 int32_t SearchDateBound(int months, QDate today) {

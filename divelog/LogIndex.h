@@ -5,6 +5,8 @@
 #include <QString>
 #include <cstdint>
 
+#include "DiveRecord.h"
+
 // The log history record, the device's reply to "lh": 32 bytes that say how many dives it
 // holds and the number of the newest.
 struct LogHistory {
@@ -21,13 +23,14 @@ inline constexpr int kLogHistoryBytes = 32;
 // each count from -128 to 127. Byte 27 is taken unsigned.
 LogHistory DecodeLogHistory(const char *record);
 
-// The dive list's row for a page, "2023/11/05 23:00 45min", and its file name's base,
+// The dive list's row for a dive, "2023/11/05 23:00 45min", and its file name's base,
 // "2023-11-05_23-00_45", both in Japan time. A date the device could not have meant
 // shows as zeros.
-QString DiveLogRowText(const QByteArray &page);
-QString DiveLogFileBaseName(const QByteArray &page);
-// The page's day in Japan time, yyyymmdd, as the date range compares it.
-int32_t DiveLogDayNumber(const QByteArray &page);
+QString DiveLogRowText(const DiveRecord &dive);
+QString DiveLogFileBaseName(const DiveRecord &dive);
+// The dive's day in Japan time, yyyymmdd, as the date range compares it; 20220101 when
+// its page makes no date.
+int32_t DiveLogDayNumber(const DiveRecord &dive);
 
 // The earliest day (yyyymmdd) the lists show for a range of months (one of
 // kSearchRangeMonths), counted back from today: a whole number of years counts back in

@@ -102,10 +102,11 @@ void LogTransfer::receivePage(char *bytes, size_t length) {
 void LogTransfer::listingPage() {
   SessionState &state = context_.state;
   const int32_t fetched = state.logNumber;
-  listedPages_.with([&](QMap<int32_t, QByteArray> &pages) { pages[fetched] = pageBuffer; });
-  pageRead(fetched, pageBuffer);
-  if (DiveLogDayNumber(pageBuffer) >= state.searchFromDate) {
-    addDiveRow(DiveLogRowText(pageBuffer), fetched);
+  const DecodedPage read = DecodePage(pageBuffer);
+  listedPages_.with([&](QMap<int32_t, DecodedPage> &pages) { pages[fetched] = read; });
+  pageRead(fetched, read);
+  if (DiveLogDayNumber(read.dive) >= state.searchFromDate) {
+    addDiveRow(DiveLogRowText(read.dive), fetched);
   }
   // Older dives are fetched all the same: the count, not the date, ends the listing.
   const int32_t next = --state.logNumber;
@@ -117,16 +118,16 @@ void LogTransfer::listingPage() {
   if (state.indexSequence == 1) endOfIndexSequence(true);
 }
 
-void LogTransfer::pageRead(int32_t number, const QByteArray &page) {
+void LogTransfer::pageRead(int32_t number, const DecodedPage &page) {
   if (!pageHandler_) return;
   mainThread_.post([this, number, page] { pageHandler_(number, page); });
 }
 
-Outcome LogTransfer::saveDivePage(const QByteArray &page) const {
-  const QString base = DiveLogFileBaseName(page);
+Outcome LogTransfer::saveDive(const DiveRecord &dive) const {
+  const QString base = DiveLogFileBaseName(dive);
   const QString name = base + QStringLiteral("_profile.csv");
   const QString path = AppendPathComponent(context_.state.paths.get().logFolder, name);
-  const SaveResult saved = DiveLogCsvSave(path, &page);
+  const SaveResult saved = DiveLogCsvSave(path, dive);
   // "Download complete" only for a file that is there, whole.
   if (saved.saved()) {
     return Outcome{Operation::DownloadDive, Failure::None,
@@ -136,16 +137,16 @@ Outcome LogTransfer::saveDivePage(const QByteArray &page) const {
       Operation::DownloadDive, Failure::CannotSave, DescribeSaveFailure(saved, name), {}};
 }
 
-std::optional<QByteArray> LogTransfer::listedPage(int32_t number) const {
+std::optional<DecodedPage> LogTransfer::listedPage(int32_t number) const {
   return listedPages_.with(
-      [number](const QMap<int32_t, QByteArray> &pages) -> std::optional<QByteArray> {
+      [number](const QMap<int32_t, DecodedPage> &pages) -> std::optional<DecodedPage> {
         if (!pages.contains(number)) return std::nullopt;
         return pages[number];
       });
 }
 
 Outcome LogTransfer::saveListedDive(int32_t number) {
-  const std::optional<QByteArray> page = listedPage(number);
+  const std::optional<DecodedPage> page = listedPage(number);
   if (!page) {
     return Outcome{
         Operation::DownloadDive, Failure::NotOnDevice, Localized("item_not_on_device"), {}};
@@ -153,13 +154,14 @@ Outcome LogTransfer::saveListedDive(int32_t number) {
   if (QString error; !context_.createFolders(&error)) {
     return Outcome{Operation::DownloadDive, Failure::CannotMakeFolder, error, {}};
   }
-  return saveDivePage(*page);
+  return saveDive(page->dive);
 }
 
 void LogTransfer::downloadPage() {
   SessionState &state = context_.state;
-  pageRead(state.logNumber, pageBuffer);
-  Outcome outcome = saveDivePage(pageBuffer);
+  const DecodedPage read = DecodePage(pageBuffer);
+  pageRead(state.logNumber, read);
+  Outcome outcome = saveDive(read.dive);
   state.logDownloadMode = kListing;
   context_.transitions.offerRequests(true);
   context_.transitions.finish(std::move(outcome));

@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 
+#include "DiveRecord.h"
 #include "Session.h"
 
 // Dive logs through the session: the history record, the listing of every held dive
@@ -29,11 +30,11 @@ class LogTransfer {
   // NotOnDevice when the listing did not read that dive. Main thread.
   Outcome saveListedDive(int32_t number);
   bool hasListedPage(int32_t number) const { return listedPage(number).has_value(); }
-  // The page of that dive as the last listing read it.
-  std::optional<QByteArray> listedPage(int32_t number) const;
+  // The page of that dive as the last listing read it, and the dive decoded from it.
+  std::optional<DecodedPage> listedPage(int32_t number) const;
   // Hears every dive page read, listed or downloaded, with its history number, on the
   // main thread. Set before the port opens.
-  void setPageHandler(std::function<void(int32_t number, const QByteArray &page)> handler) {
+  void setPageHandler(std::function<void(int32_t number, const DecodedPage &page)> handler) {
     pageHandler_ = std::move(handler);
   }
 
@@ -55,8 +56,9 @@ class LogTransfer {
   void listingPage();
   void downloadPage();
   // Writes page as its CSV file in the log folder and says how it went.
-  Outcome saveDivePage(const QByteArray &page) const;
-  void pageRead(int32_t number, const QByteArray &page);  // receive thread
+  // Saves the dive as its CSV file; the outcome names the file.
+  Outcome saveDive(const DiveRecord &dive) const;
+  void pageRead(int32_t number, const DecodedPage &page);  // receive thread
   void endOfIndexSequence(bool sendDetail);
   // Back to idle, with the "#detail" that closes a listing or a download.
   void closeWithDetail();
@@ -65,7 +67,7 @@ class LogTransfer {
   Session &session_;
   SessionContext &context_;
   MainThreadQueue mainThread_;
-  QByteArray pageBuffer;                            // receive thread only
-  Guarded<QMap<int32_t, QByteArray>> listedPages_;  // of the last listing, by number
-  std::function<void(int32_t, const QByteArray &)> pageHandler_;
+  QByteArray pageBuffer;                             // receive thread only
+  Guarded<QMap<int32_t, DecodedPage>> listedPages_;  // of the last listing, by number
+  std::function<void(int32_t, const DecodedPage &)> pageHandler_;
 };

@@ -13,8 +13,8 @@ constexpr char kModel[] = "QM482";
 DeviceLibrary::DeviceLibrary(Session &session, VoiceTransfer &voice, LogTransfer &logs,
                              Library &library)
     : session_(session), voice_(voice), logs_(logs), library_(library) {
-  logs_.setPageHandler([this](int32_t number, const QByteArray &page) {
-    library_.recordDive(device(), StoredDive{number, DecodeDive(&page).entry, page});
+  logs_.setPageHandler([this](int32_t number, const DecodedPage &page) {
+    library_.recordDive(device(), StoredDive{number, page.dive.entry, page.bytes});
   });
   // A name is taken when the library saved another recording there: two clips of the
   // same minute share a name. A file the library did not save is replaced, as before.
@@ -47,14 +47,14 @@ QString DeviceLibrary::ClipKey(const QString &entry) {
 }
 
 QString DeviceLibrary::diveKey(int32_t number) const {
-  const std::optional<QByteArray> page = logs_.listedPage(number);
+  const std::optional<DecodedPage> page = logs_.listedPage(number);
   if (!page) return QString::number(number);  // never the case for a listed dive
-  return DiveKey(number, *page);
+  return DiveKey(number, page->dive);
 }
 
-QString DeviceLibrary::DiveKey(int32_t number, const QByteArray &page) {
+QString DeviceLibrary::DiveKey(int32_t number, const DiveRecord &dive) {
   return QStringLiteral("%1 %2").arg(number).arg(
-      DecodeDive(&page).entry.toString(QStringLiteral("yyyyMMddHHmmss")));
+      dive.entry.toString(QStringLiteral("yyyyMMddHHmmss")));
 }
 
 QList<DeviceLibrary::Item> DeviceLibrary::listed() {

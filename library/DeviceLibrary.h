@@ -48,7 +48,7 @@ class DeviceLibrary {
   // numbering starts again (its memory cleared) does not pass new dives off as saved.
   QString diveKey(int32_t number) const;
   // The same for a dive whose page is at hand.
-  static QString DiveKey(int32_t number, const QByteArray &page);
+  static QString DiveKey(int32_t number, const DiveRecord &dive);
 
  private:
   void record(const Item &item, const Outcome &outcome);

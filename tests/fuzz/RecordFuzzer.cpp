@@ -19,8 +19,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   page.resize(4096, '\0');
   QBuffer csv;
   csv.open(QIODevice::WriteOnly);
-  WriteDiveLogCsv(csv, DecodeDive(&page));
-  DiveLogRowText(page);
-  DiveLogFileBaseName(page);
+  const DiveRecord dive = DecodeDive(&page);
+  WriteDiveLogCsv(csv, dive);
+  DiveLogRowText(dive);
+  DiveLogFileBaseName(dive);
   return 0;
 }

@@ -117,7 +117,7 @@ class SyncTest : public CliTest {
     QTemporaryDir scratch;
     for (const sim::Dive &dive : contents.dives) {
       const QByteArray page = sim::DivePage(dive);
-      ASSERT_TRUE(DiveLogCsvSave(scratch.filePath("dive.csv"), &page));
+      ASSERT_TRUE(DiveLogCsvSave(scratch.filePath("dive.csv"), DecodeDive(&page)));
       recordings.insert(ReadFile(scratch.filePath("dive.csv")));
     }
     for (const QString &path : files("voice") + files("log")) {

@@ -44,7 +44,7 @@ QVector<sim::Dive> Dives(int count) {
 QByteArray Csv(const sim::Dive &dive) {
   QTemporaryDir folder;
   const QByteArray page = sim::DivePage(dive);
-  EXPECT_TRUE(DiveLogCsvSave(folder.filePath("dive.csv"), &page));
+  EXPECT_TRUE(DiveLogCsvSave(folder.filePath("dive.csv"), DecodeDive(&page)));
   return ReadFile(folder.filePath("dive.csv"));
 }
 

@@ -84,7 +84,7 @@ class DiveLogCsvTest : public ::testing::Test {
 TEST_F(DiveLogCsvTest, WritesTheDiveByteForByte) {
   WriteFile(path, "an older file that must not survive, nor be appended to\n");
   const QByteArray page = SampleDive(3);
-  ASSERT_TRUE(DiveLogCsvSave(path, &page));
+  ASSERT_TRUE(DiveLogCsvSave(path, DecodeDive(&page)));
   EXPECT_EQ(ReadFile(path), QByteArray(kSampleDiveCsv));
 }
 
@@ -92,7 +92,7 @@ TEST_F(DiveLogCsvTest, WritesTheDiveByteForByte) {
 TEST_F(DiveLogCsvTest, AFailedSaveLeavesWhatWasThereAndIsSaidSo) {
   const QByteArray page = SampleDive(3);
   ASSERT_TRUE(QDir().mkpath(path));
-  const SaveResult result = DiveLogCsvSave(path, &page);
+  const SaveResult result = DiveLogCsvSave(path, DecodeDive(&page));
   EXPECT_EQ(result.error, SaveError::InTheWay);
   EXPECT_EQ(DescribeSaveFailure(result, "dive.csv"),
             "dive.csv could not be saved: something else of that name is in the way.");
@@ -108,22 +108,22 @@ TEST_F(DiveLogCsvTest, AFailedSaveLeavesWhatWasThereAndIsSaidSo) {
 // 00:35 on the device's clock, which runs on UTC, is 08:50 to 09:35 the next morning.
 TEST(DiveRecord, PlainUnitsAndJapanTimeAsListedAndNamed) {
   QByteArray page = SampleDive(3);
-  EXPECT_EQ(DiveLogRowText(page), "2023/11/05 23:00 45min");
-  EXPECT_EQ(DiveLogFileBaseName(page), "2023-11-05_23-00_45");
+  EXPECT_EQ(DiveLogRowText(DecodeDive(&page)), "2023/11/05 23:00 45min");
+  EXPECT_EQ(DiveLogFileBaseName(DecodeDive(&page)), "2023-11-05_23-00_45");
   page.replace(kEntryMinute, 4, QByteArray::fromHex("50233500"));
   const DiveRecord dive = DecodeDive(&page);
   EXPECT_EQ(dive.entry, QDateTime(QDate(2023, 11, 5), QTime(23, 50), QTimeZone::utc()));
   EXPECT_EQ(dive.entryJapanTime().toString(Qt::ISODate), "2023-11-06T08:50:00+09:00");
   EXPECT_EQ(dive.exitJapanTime().toString(Qt::ISODate), "2023-11-06T09:35:00+09:00");
-  EXPECT_EQ(DiveLogRowText(page), "2023/11/06 08:50 45min");
-  EXPECT_EQ(DiveLogDayNumber(page), 20231106);
+  EXPECT_EQ(DiveLogRowText(DecodeDive(&page)), "2023/11/06 08:50 45min");
+  EXPECT_EQ(DiveLogDayNumber(DecodeDive(&page)), 20231106);
   EXPECT_FLOAT_EQ(dive.temperatureCelsius(), -1.0f);
   EXPECT_DOUBLE_EQ(dive.samples.value(2).depthMetres(), 18.70);
 
   LogCapture quiet;
   const QByteArray erased(kBytes, '\xFF');
-  EXPECT_EQ(DiveLogRowText(erased), "0000/00/00 00:00 65535min");
-  EXPECT_EQ(DiveLogFileBaseName(erased), "0000-00-00_00-00_65535");
+  EXPECT_EQ(DiveLogRowText(DecodeDive(&erased)), "0000/00/00 00:00 65535min");
+  EXPECT_EQ(DiveLogFileBaseName(DecodeDive(&erased)), "0000-00-00_00-00_65535");
 }
 
 }  // namespace

@@ -19,31 +19,37 @@ TEST(FieldDecoders, LittleEndianWordsUncheckedBcdAndNoReadPastTheRecord) {
   EXPECT_EQ(PageWord(nullptr, 8), 0);  // no record
 }
 
-// A device clock (BCD year, month, day, hour, minute) as the list shows it, as file names
-// show it, and as a day number.
+// A dive entered at a device clock (BCD year, month, day, hour, minute) as the list shows
+// it, as its file name shows it, and as a day number.
 QString Shown(uint8_t year, uint8_t month, uint8_t day, uint8_t hour, uint8_t minute) {
   const char clock[] = {char(year), char(month), char(day), char(hour), char(minute)};
   const QByteArray bytes(clock, sizeof clock);
-  return QStringList{JapanDateText(&bytes, 0, 1, 2, 3, 4, kListStyle),
-                     JapanTimeText(&bytes, 0, 1, 2, 3, 4, kListStyle),
-                     JapanDateText(&bytes, 0, 1, 2, 3, 4, kFileStyle),
-                     JapanTimeText(&bytes, 0, 1, 2, 3, 4, kFileStyle),
-                     QString::number(JapanDateNumber(&bytes, 0, 1, 2, 3, 4))}
+  DiveRecord dive;
+  dive.entry = DeviceClockUtc(&bytes, 0, 1, 2, 3, 4);
+  return QStringList{DiveLogRowText(dive), DiveLogFileBaseName(dive),
+                     QString::number(DiveLogDayNumber(dive))}
       .join(' ');
 }
 
 TEST(FieldDecoders, DeviceClockIsReadAsUtcAndShownInJapanTime) {
-  EXPECT_EQ(Shown(0x23, 0x11, 0x05, 0x14, 0x00), "2023/11/05 23:00 2023-11-05 23-00 20231105");
+  EXPECT_EQ(Shown(0x23, 0x11, 0x05, 0x14, 0x00),
+            "2023/11/05 23:00 0min 2023-11-05_23-00_0 20231105");
   // 20:30 on the device is 05:30 the next morning, and the day number follows.
-  EXPECT_EQ(Shown(0x23, 0x12, 0x31, 0x20, 0x30), "2024/01/01 05:30 2024-01-01 05-30 20240101");
+  EXPECT_EQ(Shown(0x23, 0x12, 0x31, 0x20, 0x30),
+            "2024/01/01 05:30 0min 2024-01-01_05-30_0 20240101");
   // Only 99-12-31 (the unset clock) is in the last century.
-  EXPECT_EQ(Shown(0x99, 0x12, 0x31, 0x23, 0x59), "2000/01/01 08:59 2000-01-01 08-59 20000101");
-  EXPECT_EQ(Shown(0x99, 0x12, 0x30, 0x00, 0x00), "2099/12/30 09:00 2099-12-30 09-00 20991230");
-  // Impossible clocks (month 0, 30 February, 24 o'clock) show nothing and count as 2022.
+  EXPECT_EQ(Shown(0x99, 0x12, 0x31, 0x23, 0x59),
+            "2000/01/01 08:59 0min 2000-01-01_08-59_0 20000101");
+  EXPECT_EQ(Shown(0x99, 0x12, 0x30, 0x00, 0x00),
+            "2099/12/30 09:00 0min 2099-12-30_09-00_0 20991230");
+  // Impossible clocks (month 0, 30 February, 24 o'clock) show zeros and count as 2022.
   LogCapture quiet;
-  EXPECT_EQ(Shown(0x23, 0x00, 0x05, 0x14, 0x00), "    20220101");
-  EXPECT_EQ(Shown(0x23, 0x02, 0x30, 0x00, 0x00), "    20220101");
-  EXPECT_EQ(Shown(0x23, 0x01, 0x01, 0x24, 0x00), "    20220101");
+  EXPECT_EQ(Shown(0x23, 0x00, 0x05, 0x14, 0x00),
+            "0000/00/00 00:00 0min 0000-00-00_00-00_0 20220101");
+  EXPECT_EQ(Shown(0x23, 0x02, 0x30, 0x00, 0x00),
+            "0000/00/00 00:00 0min 0000-00-00_00-00_0 20220101");
+  EXPECT_EQ(Shown(0x23, 0x01, 0x01, 0x24, 0x00),
+            "0000/00/00 00:00 0min 0000-00-00_00-00_0 20220101");
 }
 
 QByteArray History(std::initializer_list<std::pair<int, uint8_t>> bytes) {
