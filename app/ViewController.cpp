@@ -11,9 +11,8 @@
 
 #include "DeviceControls.h"
 #include "DevicePicture.h"
-#include "DiveProfileView.h"
+#include "DivePane.h"
 #include "DiveRecord.h"
-#include "DiveSummary.h"
 #include "Localization.h"
 #include "LogbookExport.h"
 #include "PlayerBar.h"
@@ -64,16 +63,13 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
         "QLabel { background: palette(mid); color: palette(bright-text); font-weight: 600; }"));
     t->view->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
   }
-  profileView_ = new DiveProfileView(this);
-  summaryView_ = new DiveSummaryView(this);
+  divePane_ = new DivePane(this);
   playerBar_ = new PlayerBar(this);
-  ui_->layout_dive->addWidget(profileView_, 3);
-  ui_->layout_dive->addWidget(summaryView_, 1);
+  ui_->layout_dive->addWidget(divePane_);
   // The lists and the dive share the height; neither shrinks to nothing in a small window.
   ui_->layout_root->setStretchFactor(ui_->layout_lists, 1);
   ui_->layout_root->setStretchFactor(ui_->layout_dive, 1);
   for (IndexTable *t : {&voiceTable_, &logTable_}) t->view->setMinimumHeight(120);
-  summaryView_->setMinimumWidth(300);
   ui_->layout_voice->insertWidget(ui_->layout_voice->indexOf(ui_->layout_voice_button), playerBar_);
   deviceChooserLabel_ = new QLabel(this);
   deviceChooser_ = new QComboBox(this);
@@ -93,7 +89,7 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
         this, Localized("button_export_logbook").remove(QStringLiteral("...")), suggested,
         Localized("export_file_filter"));
   };
-  profileView_->clipClicked = [this](int mark) { playClip(diveClipEntries_.value(mark)); };
+  divePane_->pinClicked = [this](int pin) { playPinnedClip(pin); };
   ui_->pictureBox_set_corvamund2->setPixmap(DevicePicture(180));
   logTable_.model->setClockNote(Localized("dive_times_japan"));
   voiceTable_.model->setClockNote(Localized("clip_times_device"));
@@ -330,7 +326,7 @@ void ViewController::showCaption(IndexTable &t) {
 }
 
 void ViewController::enableIndexTable(IndexList list, bool enable) {
-  if (shelf_) return;  // the session speaks of the device's lists, not the library's
+  if (lists().fromLibrary()) return;  // the session speaks of the device's lists, not the library's
   IndexTable &t = table(list);
   if (enable && t.container->isHidden()) {
     t.container->show();
@@ -350,7 +346,7 @@ void ViewController::enableIndexTable(IndexList list, bool enable) {
 }
 
 void ViewController::reloadList(IndexList list, const QStringList &rows) {
-  if (shelf_) putShelfAway();
+  if (lists().fromLibrary()) putShelfAway();
   IndexTable &t = table(list);
   const int row = selectedRow(list);
   QSignalBlocker quiet(t.view->selectionModel());
@@ -391,72 +387,34 @@ void ViewController::tableViewSelectionDidChange(IndexList list) {
   }
 }
 
+ListSource &ViewController::lists() {
+  if (shelf_) return *shelf_;
+  return deviceLists_;
+}
+
 void ViewController::showSelectedDive() {
-  const int row = selectedRow(IndexList::Log);
-  std::optional<DiveRecord> dive;
-  if (shelf_ && row >= 0 && row < shelf_->dives.size()) {
-    dive = shelf_->dives[row];
-  } else if (!shelf_ && row >= 0) {
-    if (const auto page = stack_.logs.listedPage(RowNumbers(shown_.dives).value(row, -1)))
-      dive = page->dive;
-  }
-  // Every clip the device holds, listed or not: a short one may still be on the dive.
-  const QStringList entries = stack_.voice.index().entries.value_or(QStringList());
-  QList<QDateTime> times;
-  diveClipEntries_.clear();
-  if (shelf_) {
-    times = shelf_->clipTimes;
-    for (int i = 0; i < times.size(); ++i) diveClipEntries_.append(i);
-  }
-  for (qsizetype i = 1; !shelf_ && i + 1 < entries.size(); ++i) {
-    if (entries[i].size() < kVoiceEntryLength) continue;
-    times.append(VoiceRecordingTime(entries[i]));
-    diveClipEntries_.append(int32_t(i));
-  }
-  profileView_->setDive(dive);
-  profileView_->setClips(times);
-  summaryView_->setDive(dive);
+  divePane_->showDive(lists().dive(selectedRow(IndexList::Log)), lists().pinTimes());
 }
 
 void ViewController::showSelectedClip() {
-  const int row = selectedRow(IndexList::Voice);
-  if (shelf_ && row >= 0 && row < shelf_->clipFiles.size()) {
-    playerBar_->setClip(shelf_->clipFiles[row], shelf_->clipRows[row]);
-    return;
-  }
-  if (shelf_ || row < 0 || row >= shown_.clips.size()) {
-    playerBar_->setClip(std::nullopt, QString());
-    return;
-  }
-  playerBar_->setClip(savedClip(shown_.clips[row].number), shown_.clips[row].text);
+  const PlayableClip clip = lists().clip(selectedRow(IndexList::Voice));
+  playerBar_->setClip(clip.file, clip.name);
 }
 
-std::optional<QString> ViewController::savedClip(int32_t entry) {
-  return stack_.library.savedFile(stack_.deviceLibrary.device(), ItemKind::Clip,
-                                  DeviceLibrary::ClipKey(stack_.voice.entryText(entry)));
+bool ViewController::play(const PlayableClip &clip) {
+  if (!clip.file) return false;
+  playerBar_->setClip(clip.file, clip.name);
+  playerBar_->player().play(*clip.file);
+  return true;
 }
 
-void ViewController::playClip(int32_t entry) {
-  if (shelf_) {
-    if (entry < 0 || entry >= shelf_->clipFiles.size()) return;
-    playerBar_->setClip(shelf_->clipFiles[entry], shelf_->clipRows[entry]);
-    playerBar_->player().play(shelf_->clipFiles[entry]);
-    return;
-  }
-  const DeviceLibrary::Item clip = stack_.deviceLibrary.item(ItemKind::Clip, entry);
-  // True when the clip's file is there to play.
-  const auto play = [this, entry, name = clip.name] {
-    const std::optional<QString> path = savedClip(entry);
-    if (!path) return false;
-    playerBar_->setClip(path, name);
-    playerBar_->player().play(*path);
-    return true;
-  };
-  if (play()) return;
-  if (stack_.session.state().phase != CONNECTED_IDLE || jobPanel_->running()) return;
-  stack_.deviceLibrary.save(clip, [this, play](const Outcome &outcome) {
+void ViewController::playPinnedClip(int pin) {
+  if (play(lists().pinnedClip(pin))) return;
+  const std::optional<DeviceLibrary::Item> clip = lists().fetchable(pin);
+  if (!clip || stack_.session.state().phase != CONNECTED_IDLE || jobPanel_->running()) return;
+  stack_.deviceLibrary.save(*clip, [this, pin](const Outcome &outcome) {
     showOutcome(outcome);
-    if (outcome.ok()) play();
+    if (outcome.ok()) play(lists().pinnedClip(pin));
   });
 }
 
@@ -512,11 +470,9 @@ void ViewController::action_button_save_all_new() {
 void ViewController::action_button_export_logbook() {
   // The device on show: the one plugged in, the library's one on the lists, else the last seen.
   const QList<DeviceKey> devices = stack_.library.devices();
-  const bool connected = !shelf_ && stack_.session.state().phase == CONNECTED_IDLE;
-  const DeviceKey device = shelf_      ? shelf_->device
-                           : connected ? stack_.deviceLibrary.device()
-                                       : devices.value(0, DeviceKey{});
-  const QList<int32_t> listed = shelf_ ? shelf_->diveNumbers : RowNumbers(shown_.dives);
+  const bool shown = lists().fromLibrary() || stack_.session.state().phase == CONNECTED_IDLE;
+  const DeviceKey device = shown ? lists().device() : devices.value(0, DeviceKey{});
+  const QList<int32_t> listed = lists().diveNumbers();
   QList<int32_t> selected;
   for (const QModelIndex &index : logTable_.view->selectionModel()->selectedRows())
     if (index.row() < listed.size()) selected.append(listed[index.row()]);
@@ -627,7 +583,7 @@ void ViewController::showPhase() {
     return;
   }
   shelfLooked_ = false;
-  if (shelf_) putShelfAway();
+  if (lists().fromLibrary()) putShelfAway();
   if (status < CONNECTED_IDLE) {
     text = Localized("status_connecting");
   } else if (state.indexSequence == 1) {
@@ -645,10 +601,12 @@ void ViewController::showPhase() {
 void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   const QList<DeviceKey> devices = stack_.library.devices();
   if (devices.isEmpty()) return;
-  shelf_ = ReadShelf(stack_.library, device.value_or(devices.first()));
+  shelf_ = std::make_unique<ShelfListSource>(
+      ReadShelf(stack_.library, device.value_or(devices.first())));
+  const LibraryShelf &shelf = shelf_->shelf;
   deviceChooser_->clear();
   for (const DeviceKey &key : devices) deviceChooser_->addItem(ShelfDeviceName(key));
-  deviceChooser_->setCurrentIndex(int(devices.indexOf(shelf_->device)));
+  deviceChooser_->setCurrentIndex(int(devices.indexOf(shelf.device)));
   deviceChooserLabel_->setVisible(devices.size() > 1);
   deviceChooser_->setVisible(devices.size() > 1);
   const auto fill = [this](IndexList list, const QStringList &rows,
@@ -663,19 +621,19 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
     t.view->setEnabled(!rows.isEmpty());
   };
   QList<std::optional<QString>> clipFiles;
-  for (const QString &file : shelf_->clipFiles) clipFiles.append(file);
-  fill(IndexList::Voice, shelf_->clipRows, clipFiles);
-  fill(IndexList::Log, shelf_->diveRows, shelf_->diveFiles);
+  for (const QString &file : shelf.clipFiles) clipFiles.append(file);
+  fill(IndexList::Voice, shelf.clipRows, clipFiles);
+  fill(IndexList::Log, shelf.diveRows, shelf.diveFiles);
   QList<QStringList> details;
-  for (const DiveRecord &dive : shelf_->dives) details.append(DiveDetails(dive));
+  for (const DiveRecord &dive : shelf.dives) details.append(DiveDetails(dive));
   logTable_.model->setDetails(details);
   logTable_.view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
   ui_->label_recorded_voice->show();
   ui_->label_dive_log->show();
-  ui_->label_voice_counts->setText(Localized("shelf_counts").arg(shelf_->clipRows.size()));
-  ui_->label_log_counts->setText(Localized("shelf_counts").arg(shelf_->diveRows.size()));
+  ui_->label_voice_counts->setText(Localized("shelf_counts").arg(shelf.clipRows.size()));
+  ui_->label_log_counts->setText(Localized("shelf_counts").arg(shelf.diveRows.size()));
   ui_->label_status->setText(
-      Localized("status_browsing_library").arg(ShelfDeviceName(shelf_->device)));
+      Localized("status_browsing_library").arg(ShelfDeviceName(shelf.device)));
   showSelectedDive();
   showSelectedClip();
 }

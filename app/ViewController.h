@@ -9,13 +9,13 @@
 #include "DeviceStack.h"
 #include "IndexListModel.h"
 #include "LibraryShelf.h"
+#include "ListSource.h"
 #include "SaveJobPanel.h"
 
 namespace Ui {
 class ViewController;
 }
-class DiveProfileView;
-class DiveSummaryView;
+class DivePane;
 class PlayerBar;
 class QComboBox;
 class QLabel;
@@ -120,9 +120,12 @@ class ViewController : public QWidget {
   void showSelectedDive();
   // The player takes the selected clip when the library holds its file.
   void showSelectedClip();
-  // A clip's mark on the dive was clicked: it plays, fetched first if not saved yet.
-  void playClip(int32_t entry);
-  std::optional<QString> savedClip(int32_t entry);
+  // A clip's pin on the dive was clicked: it plays, fetched first if not saved yet.
+  void playPinnedClip(int pin);
+  // Plays the clip when its file is there; false when it is not.
+  bool play(const PlayableClip &clip);
+  // What the lists show: the library's shelf while it is out, else the device's lists.
+  ListSource &lists();
   // Downloads/Mrvtq5dk, which holds the voice and log folders.
   QString programFolder() const;
   // The dive list's further columns: each listed dive's deepest point and water temperature.
@@ -143,12 +146,11 @@ class ViewController : public QWidget {
   QTimer phaseTimer_;
   std::unique_ptr<SaveJobPanel> jobPanel_;
   int newItems_ = 0;  // listed rows the library does not hold; main thread
-  DiveProfileView *profileView_ = nullptr;
-  DiveSummaryView *summaryView_ = nullptr;
+  DivePane *divePane_ = nullptr;
   PlayerBar *playerBar_ = nullptr;
-  QList<int32_t> diveClipEntries_;     // the clips the profile marks, by index entry (or shelf row)
-  std::optional<LibraryShelf> shelf_;  // while the lists show the library; main thread
-  bool shelfLooked_ = false;           // the library was asked since the device went
+  DeviceListSource deviceLists_{stack_, shown_};
+  std::unique_ptr<ShelfListSource> shelf_;  // while the lists show the library; main thread
+  bool shelfLooked_ = false;                // the library was asked since the device went
   QLabel *deviceChooserLabel_ = nullptr;
   QComboBox *deviceChooser_ = nullptr;
 };

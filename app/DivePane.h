@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QDateTime>
+#include <QList>
+#include <QWidget>
+#include <functional>
+#include <optional>
+
+#include "DiveRecord.h"
+
+class DiveProfileView;
+class DiveSummaryView;
+
+// The picked dive below the lists: its profile, with the clips spoken during it pinned on
+// its timeline, and its summary. It knows nothing of where the dive came from; a click on
+// a pin is reported by the pin's place among the clip times it was given.
+class DivePane : public QWidget {
+ public:
+  explicit DivePane(QWidget *parent = nullptr);
+
+  // Shows the dive (none: the empty pane) and pins the clips that began during it.
+  void showDive(const std::optional<DiveRecord> &dive, const QList<QDateTime> &clipTimes);
+  std::function<void(int pin)> pinClicked;
+
+ private:
+  DiveProfileView *profile_;
+  DiveSummaryView *summary_;
+};
