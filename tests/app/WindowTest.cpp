@@ -26,34 +26,41 @@ class WindowTest : public ::testing::Test {
     window.resize(820, 560);
     window.show();
   }
+  // Four days of dives and three clips: one spoken during the newest dive, one under a
+  // minute, one three days ago. The library already knows a dive of a second device.
+  void plugInAndList() {
+    sim::Contents contents = sim::GenerateContents(4, QDate::currentDate());
+    const QDateTime day =
+        QDateTime(QDate::currentDate().addDays(-3), QTime(1, 0), QTimeZone::utc());
+    const QDateTime newest = contents.dives.last().entry;
+    contents.clips = {{newest.addSecs(120), 0x010, 0x018, 1},  // spoken during the dive
+                      {day.addSecs(600), 0x019, 0x01B, 2},     // under a minute: hidden
+                      {day.addSecs(3600), 0x01C, 0x024, 3}};
+    sim::Options link;
+    link.bytesPerSecond = 500000;  // two seconds a clip: time to see it arrive and cancel it
+    device = std::make_unique<sim::SimulatedDevice>(contents, link);
+    Library().recordDive({"QM482", "11110000"},
+                         {9, newest.addDays(-9), sim::DivePage(contents.dives[5])});
+    window.session().state().deviceExist = 1;
+    ASSERT_EQ(window.session().openSerialPort(device->slavePath(), 9600), std::nullopt);
+    // The listing's end reaches the window by two routes, in either order: wait for both.
+    ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled() && reconnect->isEnabled(); }, 30000));
+  }
   TemporaryHome home;
   LogCapture log;
   BoxAnswerer answerer;
   ViewController window;
+  QPushButton *saveAll = Outlet<QPushButton>(window, "button_save_all_new");
+  QWidget *reconnect = Outlet(window, "button_reconnect");
+  QTableView *clips = Outlet<QTableView>(window, "view_voice_index");
+  QTableView *dives = Outlet<QTableView>(window, "view_log_index");
+  std::unique_ptr<sim::SimulatedDevice> device;
 };
 
-// One device through a session's phases: listed, ranged, one clip fetched, everything new
-// saved (once cancelled mid-clip); then unplugged, its lists show what the library kept,
-// greyed, viewable and playable, and a second device's library is a choice away.
-TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
-  sim::Contents contents = sim::GenerateContents(4, QDate::currentDate());
-  const QDateTime day = QDateTime(QDate::currentDate().addDays(-3), QTime(1, 0), QTimeZone::utc());
-  const QDateTime newest = contents.dives.last().entry;
-  contents.clips = {{newest.addSecs(120), 0x010, 0x018, 1},  // spoken during the dive
-                    {day.addSecs(600), 0x019, 0x01B, 2},     // under a minute: hidden
-                    {day.addSecs(3600), 0x01C, 0x024, 3}};
-  sim::Options link;
-  link.bytesPerSecond = 500000;  // two seconds a clip: time to see it arrive and cancel it
-  auto device = std::make_unique<sim::SimulatedDevice>(contents, link);
-  Library().recordDive({"QM482", "11110000"},
-                       {9, newest.addDays(-9), sim::DivePage(contents.dives[5])});
-  SessionState &state = window.session().state();
-  state.deviceExist = 1;
-  ASSERT_EQ(window.session().openSerialPort(device->slavePath(), 9600), std::nullopt);
-  auto *saveAll = Outlet<QPushButton>(window, "button_save_all_new");
-  auto *reconnect = Outlet(window, "button_reconnect");
-  // The listing's end reaches the window by two routes, in either order: wait for both.
-  ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled() && reconnect->isEnabled(); }, 30000));
+// Listed with the identity and counts; a new range empties both lists and reads them again;
+// one clip fetched, the right one, told in one box.
+TEST_F(WindowTest, ListedThenRangedThenOneClipFetched) {
+  plugInAndList();
   EXPECT_EQ(Outlet<QLabel>(window, "label_type")->text(), "QM482");
   EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.28417305");
   EXPECT_FALSE(Outlet(window, "pictureBox_set_corvamund2")->isVisible());
@@ -62,11 +69,10 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
   EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 shown, 3 new");
   // The first clip comes picked, ready to download or play.
   EXPECT_EQ(Outlet<QLabel>(window, "label_voice_index")->text(),
-            Outlet<QTableView>(window, "view_voice_index")->model()->index(0, 0).data().toString());
+            clips->model()->index(0, 0).data().toString());
 
   // A new range while connected empties both lists at once and reads them again.
   auto *range = Outlet<QComboBox>(window, "comboBox_index_search_range");
-  auto *dives = Outlet<QTableView>(window, "view_log_index");
   range->setCurrentIndex(5);
   EXPECT_EQ(dives->model()->rowCount(), 0);
   EXPECT_FALSE(range->isEnabled());
@@ -76,7 +82,7 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
   EXPECT_EQ(dives->model()->index(3, 2).data().toString(), "-1.5 °C");  // the ice dive's water
 
   // The second row shown is the third clip: the hidden one is not fetched in its place.
-  Outlet<QTableView>(window, "view_voice_index")->selectRow(1);
+  clips->selectRow(1);
   Outlet<QPushButton>(window, "button_download_voice")->click();
   EXPECT_TRUE(WaitFor([&] { return Outlet(window, "progressBar_cdc")->isVisible(); }));
   EXPECT_FALSE(reconnect->isEnabled());
@@ -87,11 +93,16 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
   const QStringList one = voice.entryList(QDir::Files | QDir::Hidden);
   ASSERT_EQ(one.size(), 1);
   EXPECT_TRUE(one[0].contains("_02-00_")) << qPrintable(one[0]);  // the third clip's time
+}
 
-  // Cancelled while the clip left streams: the dives are saved, the clip is not, and
+// Everything new saved, once cancelled mid-clip; then two rows picked and downloaded in one
+// go.
+TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
+  plugInAndList();
+  SessionState &state = window.session().state();
+  const QDir voice(home.downloads() + "/Mrvtq5dk/voice");
+  // Cancelled while a clip streams: the dives are saved, the clip under way is not, and
   // nothing of it is left in the folder.
-  answerer.boxes.clear();
-  ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }));
   saveAll->click();
   auto *jobBar = Outlet<QProgressBar>(window, "progressBar_job");
   EXPECT_TRUE(jobBar->isVisible());
@@ -101,17 +112,17 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
   Outlet<QPushButton>(window, "button_cancel")->click();
   ASSERT_TRUE(
       WaitFor([&] { return answerer.boxes.join(',').contains(Localized("job_cancelled")); }));
-  EXPECT_TRUE(answerer.boxes.last().startsWith("Mrvtq5dk|" + Localized("job_saved").arg(6)));
-  EXPECT_EQ(voice.entryList(QDir::Files | QDir::Hidden), one);
+  EXPECT_TRUE(answerer.boxes.last().startsWith("Mrvtq5dk|" + Localized("job_saved").arg(3)));
+  EXPECT_TRUE(voice.entryList(QDir::Files | QDir::Hidden).isEmpty());
   EXPECT_FALSE(jobBar->isVisible());
-  ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }));  // a clip is still new
-  EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "6 of 7 shown, 0 new");
+  ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }));  // the clips are still new
+  EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 shown, 0 new");
 
-  // Again: only the clip goes, and then every row is marked with its file.
+  // Again: only the clips go, and then every row is marked with its file.
   answerer.boxes.clear();
   saveAll->click();
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }, 20000));
-  EXPECT_EQ(answerer.boxes, QStringList{"Mrvtq5dk|" + Localized("job_saved").arg(1)});
+  EXPECT_EQ(answerer.boxes, QStringList{"Mrvtq5dk|" + Localized("job_saved").arg(2)});
   EXPECT_EQ(voice.entryList(QDir::Files | QDir::Hidden).size(), 2);
   for (const char *name : {"view_voice_index", "view_log_index"}) {
     QAbstractItemModel *rows = Outlet<QTableView>(window, name)->model();
@@ -121,7 +132,7 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
     }
   }
   EXPECT_FALSE(saveAll->isEnabled());
-  EXPECT_EQ(device->device().commands().count("vi"), 2);
+  EXPECT_EQ(device->device().commands().count("vi"), 1);  // nothing listed again
 
   // Two rows picked and downloaded in one go: one box for both.
   answerer.boxes.clear();
@@ -132,13 +143,19 @@ TEST_F(WindowTest, SessionPhasesThenTheLibraryOnceTheDeviceIsGone) {
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }));
   EXPECT_EQ(answerer.boxes, QStringList{"Mrvtq5dk|" + Localized("job_saved").arg(2)});
   EXPECT_EQ(QDir(home.downloads() + "/Mrvtq5dk/log").entryList(QDir::Files).size(), 2);
+}
 
+// Once the device is gone its lists show what the library kept, greyed, viewable and
+// playable; the picked dive goes to the logbook; a second device's library is a choice away.
+TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
+  plugInAndList();
+  saveAll->click();
+  ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }, 20000));
   device.reset();  // unplugged
   ASSERT_TRUE(WaitFor([&] {
     return Outlet<QLabel>(window, "label_status")->text() ==
            Localized("status_browsing_library").arg("QM482 SN.28417305");
   }));
-  auto *clips = Outlet<QTableView>(window, "view_voice_index");
   ASSERT_EQ(dives->model()->rowCount(), 7);  // every dive listed, saved or not
   ASSERT_EQ(clips->model()->rowCount(), 2);
   EXPECT_TRUE(dives->isEnabled());
