@@ -149,15 +149,15 @@ TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
   };
   idle();
   logs.downloadDive(7, watch.outcomes());
-  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome().has_value(); }));
-  EXPECT_EQ(watch.lastOutcome()->failure, Failure::Unplugged);
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome.has_value(); }));
+  EXPECT_EQ(watch.lastOutcome->failure, Failure::Unplugged);
   EXPECT_EQ(published().phase, DevicePhase::Idle);
 
   plugIn(Holding(Dives(3), 10));
   idle();
   session->context().operation.fail(Failure::Cancelled, QString());  // the test takes over
   logs.downloadDive(6, watch.outcomes());  // 9 - 6 = 3: gone from the device
-  EXPECT_EQ(watch.lastOutcome()->failure, Failure::NotOnDevice);
+  EXPECT_EQ(watch.lastOutcome->failure, Failure::NotOnDevice);
   logs.downloadDive(7, watch.outcomes());
   ASSERT_TRUE(WaitFor([&] { return !pageRequests().isEmpty(); }));
   EXPECT_EQ(pageRequests(), QList<QByteArray>{"lp000007"});
@@ -180,13 +180,13 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   downloadNewest();
   ASSERT_TRUE(WaitFor([&] { return session->state().pageReceived > 500; }));
   session->cancel();
-  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome().has_value(); }));
-  EXPECT_EQ(watch.lastOutcome()->failure, Failure::Cancelled);
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome.has_value(); }));
+  EXPECT_EQ(watch.lastOutcome->failure, Failure::Cancelled);
   ASSERT_TRUE(WaitFor([&] { return session->context().transitions.lineQuiet(); }));
   EXPECT_EQ(ReadFile(csv), "an older download");
 
   downloadNewest();
-  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome()->ok(); }, 10000));
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome->ok(); }, 10000));
   EXPECT_EQ(QDir(folder).entryList(QDir::Files).size(), 1);
   EXPECT_EQ(ReadFile(csv), Csv(dive));
   ASSERT_TRUE(waitForState(CONNECTED_IDLE) && settle());
@@ -201,8 +201,8 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   ASSERT_TRUE(QFile::remove(folder));
   WriteFile(folder, "not a folder");
   downloadNewest();
-  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome()->failure == Failure::CannotSave; }, 10000));
-  EXPECT_FALSE(watch.lastOutcome()->sentence.contains(Localized("download_complete")));
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome->failure == Failure::CannotSave; }, 10000));
+  EXPECT_FALSE(watch.lastOutcome->sentence.contains(Localized("download_complete")));
   EXPECT_EQ(ReadFile(folder), "not a folder");
   EXPECT_TRUE(waitForState(CONNECTED_IDLE));
 }

@@ -14,7 +14,7 @@ class SessionTest : public DeviceSessionFixture {
     plugIn(sim::GenerateContents(3, QDate(2024, 2, 15)), options);
   }
   bool ended(Failure failure) {
-    return WaitFor([&] { return watch.lastOutcome() && watch.lastOutcome()->failure == failure; });
+    return WaitFor([&] { return watch.lastOutcome && watch.lastOutcome->failure == failure; });
   }
   SessionState &state = session->state();
 };
@@ -85,7 +85,7 @@ TEST_F(SessionTest, UnplugEndsTheConnectionAndAReplugIsIdentifiedAfresh) {
   session->tick();
   EXPECT_EQ(state.phase, DISCONNECTED);
   ASSERT_TRUE(ended(Failure::NotAnswering));
-  EXPECT_EQ(watch.lastOutcome()->sentence, Localized("device_not_answering"));
+  EXPECT_EQ(watch.lastOutcome->sentence, Localized("device_not_answering"));
   EXPECT_EQ(published().phase, DevicePhase::Stopped);  // Reconnect is offered
 }
 

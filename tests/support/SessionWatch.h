@@ -2,46 +2,27 @@
 
 #include <QObject>
 #include <QStringList>
-#include <mutex>
 #include <optional>
 
 #include "DeviceModel.h"
 #include "Outcome.h"
 
-// What a front end hears from a session, kept for the tests to ask about from any thread:
-// how the operations ended, and the boxes the session asked for.
-class SessionWatch {
- public:
+// What a front end hears from a session, on the main thread: how the operations ended, and
+// the boxes the session asked for.
+struct SessionWatch {
   explicit SessionWatch(DeviceModel &model) {
-    QObject::connect(&model, &DeviceModel::notice, &anchor_, [this](const QString &text) {
-      std::lock_guard lock(mutex_);
-      boxes_ << text;
-    });
+    QObject::connect(&model, &DeviceModel::notice, &anchor,
+                     [this](const QString &text) { boxes << text; });
   }
-  // Hears how an operation ended, as a front end does.
   OutcomeHandler outcomes() {
-    return [this](const Outcome &outcome) {
-      std::lock_guard lock(mutex_);
-      lastOutcome_ = outcome;
-    };
-  }
-  std::optional<Outcome> lastOutcome() const {
-    std::lock_guard lock(mutex_);
-    return lastOutcome_;
-  }
-  QStringList boxes() const {
-    std::lock_guard lock(mutex_);
-    return boxes_;
+    return [this](const Outcome &outcome) { lastOutcome = outcome; };
   }
   void clear() {
-    std::lock_guard lock(mutex_);
-    boxes_.clear();
-    lastOutcome_.reset();
+    boxes.clear();
+    lastOutcome.reset();
   }
 
- private:
-  QObject anchor_;
-  mutable std::mutex mutex_;
-  QStringList boxes_;
-  std::optional<Outcome> lastOutcome_;
+  QObject anchor;
+  QStringList boxes;
+  std::optional<Outcome> lastOutcome;
 };

@@ -44,12 +44,10 @@ TEST(FieldDecoders, DeviceClockIsReadAsUtcAndShownInJapanTime) {
             "2099/12/30 09:00 0min 2099-12-30_09-00_0 20991230");
   // Impossible clocks (month 0, 30 February, 24 o'clock) show zeros and count as 2022.
   LogCapture quiet;
-  EXPECT_EQ(Shown(0x23, 0x00, 0x05, 0x14, 0x00),
-            "0000/00/00 00:00 0min 0000-00-00_00-00_0 20220101");
-  EXPECT_EQ(Shown(0x23, 0x02, 0x30, 0x00, 0x00),
-            "0000/00/00 00:00 0min 0000-00-00_00-00_0 20220101");
-  EXPECT_EQ(Shown(0x23, 0x01, 0x01, 0x24, 0x00),
-            "0000/00/00 00:00 0min 0000-00-00_00-00_0 20220101");
+  for (const QString &impossible :
+       {Shown(0x23, 0x00, 0x05, 0x14, 0x00), Shown(0x23, 0x02, 0x30, 0x00, 0x00),
+        Shown(0x23, 0x01, 0x01, 0x24, 0x00)})
+    EXPECT_EQ(impossible, "0000/00/00 00:00 0min 0000-00-00_00-00_0 20220101");
 }
 
 QByteArray History(std::initializer_list<std::pair<int, uint8_t>> bytes) {

@@ -32,7 +32,7 @@ TEST_F(IdentityRepliesTest, ModelAndDetailRepliesAreJudgedByTheirShape) {
   EXPECT_EQ(reply(TRY_CONNECT_RX_KIND, "OK QM482CS\rtrailing bytes"), TRY_CONNECT_KIND_DONE);
   EXPECT_EQ(identity().model, "QM482");
   EXPECT_EQ(reply(TRY_CONNECT_RX_KIND, "OK QM482CSX\r\n"), DISCONNECTED);
-  EXPECT_EQ(watch.boxes(), QStringList{Localized("target_model_error")});
+  EXPECT_EQ(watch.boxes, QStringList{Localized("target_model_error")});
 
   EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1.180 QM482 2023-10-01 JPN BAT85\r\n"),
             TRY_CONNECT_DETAIL_DONE);
@@ -73,7 +73,7 @@ TEST_F(IdentityRepliesTest, SerialNumberReplyNeedsExactlyFiveFields) {
   EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305\r\n"), DISCONNECTED);
   EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN 28417305 00 extra\r\n"), DISCONNECTED);
   EXPECT_EQ(reply(TRY_CONNECT_RX_GSER, "OK QM482 SN \xc3\x28 00\r\n"), DISCONNECTED);
-  EXPECT_TRUE(watch.boxes().isEmpty());
+  EXPECT_TRUE(watch.boxes.isEmpty());
 }
 
 }  // namespace
