@@ -446,7 +446,7 @@ void ViewController::action_button_download_log() {
   }
   // The picked dive, or the first when none is picked (which picks it); one dive is asked
   // of the device again, as it always was.
-  const QList<ListedItem> &dives = shown_.dives;
+  const QList<DiveRow> &dives = shown_.dives;
   const long count = long(dives.size());
   if (count > 0 && selectedRow(IndexList::Log) < 0) selectRow(IndexList::Log, 0);
   const long row = selectedRow(IndexList::Log);
@@ -519,7 +519,7 @@ void ViewController::jobEnded() {
 
 QList<DeviceLibrary::Item> ViewController::selectedItems(IndexList list) {
   const bool voice = list == IndexList::Voice;
-  const QList<int32_t> numbers = RowNumbers(voice ? shown_.clips : shown_.dives);
+  const QList<int32_t> numbers = voice ? RowNumbers(shown_.clips) : RowNumbers(shown_.dives);
   QList<int> rows;
   for (const QModelIndex &index : table(list).view->selectionModel()->selectedRows())
     rows.append(index.row());

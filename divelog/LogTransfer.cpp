@@ -106,7 +106,7 @@ void LogTransfer::listingPage() {
   listedPages_.with([&](QMap<int32_t, DecodedPage> &pages) { pages[fetched] = read; });
   pageRead(fetched, read);
   if (DiveLogDayNumber(read.dive) >= state.searchFromDate) {
-    addDiveRow(DiveLogRowText(read.dive), fetched);
+    addDiveRow(read.dive, fetched);
   }
   // Older dives are fetched all the same: the count, not the date, ends the listing.
   const int32_t next = --state.logNumber;
@@ -168,16 +168,14 @@ void LogTransfer::downloadPage() {
   closeWithDetail();
 }
 
-void LogTransfer::addDiveRow(const QString &text, int32_t number) {
-  if (text.isNull()) {
-    SystemLog("AddDiveLogIndex:itemtext nil!");
-    return;
-  }
-  mainThread_.post([this, text, number] {
+void LogTransfer::addDiveRow(const DiveRecord &dive, int32_t number) {
+  const DiveRow row{number,    DiveLogRowText(dive),  dive.entry,
+                    dive.exit, dive.maxDepthMetres(), dive.temperatureCelsius()};
+  mainThread_.post([this, row] {
     bool first = false;
     context_.model.update([&](DeviceState &published) {
       first = published.dives.isEmpty();
-      published.dives.append({number, text});
+      published.dives.append(row);
     });
     // The first row is picked as it comes.
     if (first) SystemLog("AddDiveLogIndex:select=%ld", 0L);

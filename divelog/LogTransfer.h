@@ -42,7 +42,7 @@ class LogTransfer {
   // kSearchRangeMonths) up to today (main thread).
   void setSearchRange(int months);
   // Appends a row to the log list, on the main thread.
-  void addDiveRow(const QString &text, int32_t number);
+  void addDiveRow(const DiveRecord &dive, int32_t number);
   // One step of the page dump: "lr000" to "lr499", then "lh". The offset is never reset,
   // so a run has one dump.
   void readRequestDiveLog();

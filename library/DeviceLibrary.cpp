@@ -61,7 +61,7 @@ QList<DeviceLibrary::Item> DeviceLibrary::listed() {
   const DeviceKey key = device();
   const DeviceState lists = session_.model().state();
   QList<Item> items;
-  for (const ListedItem &dive : lists.dives) {
+  for (const DiveRow &dive : lists.dives) {
     const QString itemKey = diveKey(dive.number);
     items.append(Item{ItemKind::Dive, dive.number, itemKey, dive.text,
                       library_.savedFile(key, ItemKind::Dive, itemKey)});
@@ -75,7 +75,7 @@ QList<DeviceLibrary::Item> DeviceLibrary::listed() {
     library_.recordClip(
         key, StoredClip{ClipKey(entries[i]), entries[i], VoiceRecordingTime(entries[i])});
   }
-  for (const ListedItem &clip : lists.clips) {
+  for (const ClipRow &clip : lists.clips) {
     const QString itemKey = ClipKey(entries.value(clip.number));
     items.append(Item{ItemKind::Clip, clip.number, itemKey, clip.text,
                       library_.savedFile(key, ItemKind::Clip, itemKey)});
@@ -86,8 +86,8 @@ QList<DeviceLibrary::Item> DeviceLibrary::listed() {
 DeviceLibrary::Item DeviceLibrary::item(ItemKind kind, int32_t number) const {
   const DeviceState lists = session_.model().state();
   const bool dive = kind == ItemKind::Dive;
-  const QList<ListedItem> &rows = dive ? lists.dives : lists.clips;
-  const QString name = RowTexts(rows).value(RowNumbers(rows).indexOf(number));
+  const QString name = dive ? RowTexts(lists.dives).value(RowNumbers(lists.dives).indexOf(number))
+                            : RowTexts(lists.clips).value(RowNumbers(lists.clips).indexOf(number));
   return Item{kind, number, dive ? diveKey(number) : ClipKey(voice_.entryText(number)), name,
               std::nullopt};
 }

@@ -2,18 +2,6 @@
 
 #include <QThread>
 
-QStringList RowTexts(const QList<ListedItem> &items) {
-  QStringList texts;
-  for (const ListedItem &item : items) texts.append(item.text);
-  return texts;
-}
-
-QList<int32_t> RowNumbers(const QList<ListedItem> &items) {
-  QList<int32_t> numbers;
-  for (const ListedItem &item : items) numbers.append(item.number);
-  return numbers;
-}
-
 DeviceState DeviceModel::state() const {
   std::lock_guard lock(mutex_);
   return state_;

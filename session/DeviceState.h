@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QDateTime>
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <cstdint>
 #include <optional>
 
@@ -27,11 +29,26 @@ struct DeviceIdentity {
   bool operator==(const DeviceIdentity &) const = default;
 };
 
-// One row of the device's clip or dive list: the device's number for the item and its text.
-struct ListedItem {
+// A row of the device's clip list: the clip's index entry (1-based), the text it is listed
+// with, and what the device's index says of it.
+struct ClipRow {
   int32_t number = 0;
   QString text;
-  bool operator==(const ListedItem &) const = default;
+  QDateTime start;    // on the device's clock
+  int minutes = 0;    // as the device counts them
+  int32_t bytes = 0;  // of audio
+  bool operator==(const ClipRow &) const = default;
+};
+
+// A row of the dive list: the dive's history number, the text it is listed with, and its
+// summary.
+struct DiveRow {
+  int32_t number = 0;
+  QString text;
+  QDateTime entry, exit;  // on the device's clock
+  double maxDepthMetres = 0;
+  float temperatureCelsius = 0;
+  bool operator==(const DiveRow &) const = default;
 };
 
 // Everything the session publishes: the front ends show this and nothing else of it.
@@ -39,7 +56,8 @@ struct DeviceState {
   DevicePhase phase = DevicePhase::Absent;
   bool portOpenFailed = false;  // the last port could not be opened
   DeviceIdentity identity;
-  QList<ListedItem> clips, dives;      // in list order
+  QList<ClipRow> clips;                // in list order
+  QList<DiveRow> dives;                // in list order
   int32_t heldDives = 0;               // how many dives the device holds, listed or not
   std::optional<Operation> operation;  // the one under way
   int clipPercent = 0;                 // of the clip being downloaded
@@ -48,6 +66,17 @@ struct DeviceState {
 };
 
 // The texts of a list's rows.
-QStringList RowTexts(const QList<ListedItem> &items);
+template <typename Row>
+QStringList RowTexts(const QList<Row> &rows) {
+  QStringList texts;
+  for (const Row &row : rows) texts.append(row.text);
+  return texts;
+}
+
 // The device's numbers of a list's rows.
-QList<int32_t> RowNumbers(const QList<ListedItem> &items);
+template <typename Row>
+QList<int32_t> RowNumbers(const QList<Row> &rows) {
+  QList<int32_t> numbers;
+  for (const Row &row : rows) numbers.append(row.number);
+  return numbers;
+}

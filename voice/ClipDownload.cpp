@@ -50,7 +50,7 @@ void ClipDownload::start(int32_t entry, OutcomeHandler done) {
 void ClipDownload::request() {
   SessionState &state = context_.state;
   const int32_t entry = entry_;
-  const QList<ListedItem> clips = context_.model.state().clips;
+  const QList<ClipRow> clips = context_.model.state().clips;
   const qsizetype row = RowNumbers(clips).indexOf(entry);
   if (row < 0) {
     fail(Failure::NotOnDevice, Localized("item_not_on_device"));

@@ -46,9 +46,13 @@ void VoiceTransfer::rebuildVoiceList() {
     const VoiceList list = BuildVoiceList(index, context_.state.searchFromDate, state.ring);
     heldClips_ = list.held;
     hiddenShortClips_ = list.tooShort;
-    QList<ListedItem> clips;
-    for (qsizetype row = 0; row < list.lines.size(); ++row)
-      clips.append({list.numbers.value(row), list.lines[row]});
+    QList<ClipRow> clips;
+    for (qsizetype row = 0; row < list.lines.size(); ++row) {
+      const int32_t number = list.numbers.value(row);
+      const QString &entry = index.value(number);
+      clips.append({number, list.lines[row], VoiceRecordingTime(entry),
+                    VoiceMinutes(entry, state.ring), GetVoiceDataSize(entry, state.ring)});
+    }
     context_.model.update([&clips](DeviceState &published) { published.clips = clips; });
     // A new list is shown with its first row picked.
     if (!clips.isEmpty()) SystemLog("UpdateVoiceIndex:comboBox_voice_index=%ld", 0L);

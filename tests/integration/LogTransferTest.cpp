@@ -135,6 +135,7 @@ TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched
     EXPECT_EQ(RowNumbers(published().dives), numbers) << range;
   }
   EXPECT_EQ(pageRequests().size(), 3 * dives.size());
+  EXPECT_EQ(published().dives.first().entry, dives.last().entry);  // the newest, as recorded
 }
 
 // Only dives still in the device's history are asked for. With the port gone the request is not

@@ -50,6 +50,7 @@ TEST_F(VoiceTransferTest, ListShowsClipsOfAMinuteOrMoreFromTheSearchDateInDevice
       RowTexts(published().clips),
       QStringList({"2024/02/11 04:06 2min", "2024/02/13 04:53 7min", "2024/02/14 07:05 2min"}));
   EXPECT_EQ(RowNumbers(published().clips), (QList<int32_t>{3, 4, 5}));
+  EXPECT_EQ(published().clips[1].bytes, Audio(Device(), 3).size());
 }
 
 // Every whole window of 2040 clip bytes is acknowledged at once, one exactly full included; the

@@ -260,7 +260,8 @@ Outcome CliJob::download(bool voice, int item) {
   transferClock_.start();
   // Through the library, which records the file; a dive comes over the wire again, as
   // the diver asked for it.
-  const int32_t number = RowNumbers(voice ? lists.clips : lists.dives).value(item - 1);
+  const int32_t number =
+      (voice ? RowNumbers(lists.clips) : RowNumbers(lists.dives)).value(item - 1);
   if (voice) {
     stack_.downloadClip(number, keep);
   } else {
@@ -333,7 +334,7 @@ int CliJob::run() {
 
   const bool voice = request_.verb == u"download-voice";
   const DeviceState lists = stack_.session.model().state();
-  const qsizetype count = (voice ? lists.clips : lists.dives).size();
+  const qsizetype count = voice ? lists.clips.size() : lists.dives.size();
   QList<int> items = request_.items;
   if (request_.all) {
     items.clear();
