@@ -26,9 +26,9 @@ namespace {
 constexpr int kSearchRanges = 6;
 
 // A dive's deepest point and water temperature, as the dive list's further columns.
-QStringList DiveDetails(const DiveRecord &dive) {
-  return {QStringLiteral("%1 m").arg(dive.maxDepthWord / 100.0, 0, 'f', 1),
-          QStringLiteral("%1 °C").arg(DeviceTemperature(dive.temperatureWord), 0, 'f', 1)};
+QStringList DiveDetails(double maxDepthMetres, float temperatureCelsius) {
+  return {QStringLiteral("%1 m").arg(maxDepthMetres, 0, 'f', 1),
+          QStringLiteral("%1 °C").arg(temperatureCelsius, 0, 'f', 1)};
 }
 
 }  // namespace
@@ -351,7 +351,12 @@ void ViewController::reloadList(IndexList list, const QStringList &rows) {
   const int row = selectedRow(list);
   QSignalBlocker quiet(t.view->selectionModel());
   t.model->setRows(rows);
-  if (list == IndexList::Log) t.model->setDetails(diveDetails(rows.size()));
+  if (list == IndexList::Log) {
+    QList<QStringList> details;
+    for (const DiveRow &dive : shown_.dives)
+      details.append(DiveDetails(dive.maxDepthMetres, dive.temperatureCelsius));
+    t.model->setDetails(details);
+  }
   // The row's text takes the room the depth and temperature leave.
   if (t.model->columnCount() > 0)
     t.view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
@@ -532,20 +537,6 @@ QList<DeviceLibrary::Item> ViewController::selectedItems(IndexList list) {
   return items;
 }
 
-QList<QStringList> ViewController::diveDetails(qsizetype rows) {
-  const QList<int32_t> numbers = RowNumbers(shown_.dives);
-  QList<QStringList> details;
-  for (qsizetype row = 0; row < rows && row < numbers.size(); ++row) {
-    const std::optional<DecodedPage> page = stack_.logs.listedPage(numbers[row]);
-    if (!page) {
-      details.append(QStringList());
-      continue;
-    }
-    details.append(DiveDetails(page->dive));
-  }
-  return details;
-}
-
 void ViewController::refreshLibraryView() {
   const QList<DeviceLibrary::Item> items = stack_.deviceLibrary.listed();
   QList<std::optional<QString>> dives, clips;
@@ -625,7 +616,8 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   fill(IndexList::Voice, shelf.clipRows, clipFiles);
   fill(IndexList::Log, shelf.diveRows, shelf.diveFiles);
   QList<QStringList> details;
-  for (const DiveRecord &dive : shelf.dives) details.append(DiveDetails(dive));
+  for (const DiveRecord &dive : shelf.dives)
+    details.append(DiveDetails(dive.maxDepthMetres(), dive.temperatureCelsius()));
   logTable_.model->setDetails(details);
   logTable_.view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
   ui_->label_recorded_voice->show();

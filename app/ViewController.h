@@ -128,8 +128,6 @@ class ViewController : public QWidget {
   ListSource &lists();
   // Downloads/Mrvtq5dk, which holds the voice and log folders.
   QString programFolder() const;
-  // The dive list's further columns: each listed dive's deepest point and water temperature.
-  QList<QStringList> diveDetails(qsizetype rows);
   // With no device plugged in, the lists show what the library holds of a device: the
   // one chosen, else the one seen last. A device chooser shows when there are several.
   void showShelf(const std::optional<DeviceKey> &device = std::nullopt);
