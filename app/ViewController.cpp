@@ -251,9 +251,12 @@ void ViewController::messageBox(const QString &text) {
 
 void ViewController::render(const DeviceState &state) {
   const DeviceState before = std::exchange(shown_, state);
-  ui_->label_type->setText(state.identity.model);
-  ui_->label_version->setText(state.identity.versionText);
-  ui_->label_serial_number->setText(QStringLiteral("SN.") + state.identity.serialNumber);
+  // A device that went away is not shown as if it were there; one that stopped answering is.
+  const DeviceIdentity identity =
+      state.phase == DevicePhase::Absent ? DeviceIdentity{} : state.identity;
+  ui_->label_type->setText(identity.model);
+  ui_->label_version->setText(identity.versionText);
+  ui_->label_serial_number->setText(QStringLiteral("SN.") + identity.serialNumber);
   if (state.portOpenFailed) {
     ui_->label_poweron_message->setText(Localized("initial_error"));
   } else if (state.phase != DevicePhase::Absent && before.phase == DevicePhase::Absent) {
@@ -280,7 +283,7 @@ void ViewController::render(const DeviceState &state) {
     ui_->label_com_number->show();
   showLists(state, before);
   offerControls(state);
-  ui_->progressBar_cdc->setValue(state.clipPercent);
+  ui_->progressBar_cdc->setValue(state.progress.percent());
   if (state.clipUnderWay != before.clipUnderWay && isProcessingChanged)
     isProcessingChanged(state.clipUnderWay);
 }

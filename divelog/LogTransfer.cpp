@@ -44,8 +44,10 @@ void LogTransfer::receiveHistory(char *bytes, size_t length) {
   state.historyCount = history.numberOf;
   state.historyStart = history.start;
   state.logNumber = history.start;
-  context_.model.update(
-      [held = history.numberOf](DeviceState &published) { published.heldDives = held; });
+  context_.model.update([&history](DeviceState &published) {
+    published.heldDives = history.numberOf;
+    published.progress = {history.start, 0, int64_t(history.numberOf) * DiveLogPage::kBytes};
+  });
   SystemLog("history number_of:%08d start:%08d{No.%08d}", history.numberOf, history.start,
             history.historyNumber);
   listedPages_.set({});
@@ -110,6 +112,10 @@ void LogTransfer::listingPage() {
   }
   // Older dives are fetched all the same: the count, not the date, ends the listing.
   const int32_t next = --state.logNumber;
+  context_.model.update([next, read = state.historyStart - next](DeviceState &published) {
+    published.progress.item = next;
+    published.progress.bytesDone = int64_t(read) * DiveLogPage::kBytes;
+  });
   if (fetched >= 1 && state.historyStart - next < state.historyCount) {
     state.receiveType = eSERIAL_RX_LOG_DATA;
     requestPage(next, false);
@@ -162,6 +168,8 @@ void LogTransfer::downloadPage() {
   const DecodedPage read = DecodePage(pageBuffer);
   pageRead(state.logNumber, read);
   Outcome outcome = saveDive(read.dive);
+  context_.model.update(
+      [](DeviceState &published) { published.progress.bytesDone = DiveLogPage::kBytes; });
   state.logDownloadMode = kListing;
   context_.transitions.offerRequests(true);
   context_.transitions.finish(std::move(outcome));
@@ -206,6 +214,9 @@ void LogTransfer::downloadDive(int32_t number, OutcomeHandler done) {
     return;
   }
   context_.operation.begin(Operation::DownloadDive, std::move(done));
+  context_.model.update([number](DeviceState &published) {
+    published.progress = {number, 0, DiveLogPage::kBytes};
+  });
   context_.whenLineQuiet([this, number] {
     SessionState &state = context_.state;
     context_.transitions.offerRequests(false);

@@ -31,7 +31,7 @@ DeviceLibrary::~DeviceLibrary() {
 }
 
 DeviceKey DeviceLibrary::device() const {
-  return DeviceKey{QString::fromLatin1(kModel), session_.state().serialNumber.get()};
+  return DeviceKey{QString::fromLatin1(kModel), session_.model().state().identity.serialNumber};
 }
 
 qint64 DeviceLibrary::wireBytes(const Item &item) const {

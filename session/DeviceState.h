@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 
@@ -21,9 +22,13 @@ enum class DevicePhase {
   Stopped,      // the device stopped answering or the line hung up: Reconnect is offered
 };
 
-// What the device said of itself in the handshake; empty until it said it.
+// What the device said of itself in the handshake; empty until it said it. Kept when the
+// device stops answering or goes away, until a port is opened again: what was saved from
+// it is still its.
 struct DeviceIdentity {
   QString model;         // "QM482"
+  double firmware = 0;   // 1.18: the version, as a number to compare
+  QStringList detail;    // the "#detail" reply's fields after "OK", as the device sent them
   QString versionText;   // "1.180 JPN QM482 2023-10-01 BAT85": the "#detail" fields shown
   QString serialNumber;  // "28417305"
   bool operator==(const DeviceIdentity &) const = default;
@@ -51,6 +56,19 @@ struct DiveRow {
   bool operator==(const DiveRow &) const = default;
 };
 
+// How far the operation under way has come.
+struct Progress {
+  int32_t item = 0;  // the clip's index entry, or the number of the dive being read
+  int64_t bytesDone = 0;
+  int64_t bytesTotal = 0;  // 0 until known
+  // Whole percent, 0 to 100; 0 while the total is unknown.
+  int percent() const {
+    if (bytesTotal <= 0) return 0;
+    return int(std::clamp<int64_t>(bytesDone * 100 / bytesTotal, 0, 100));
+  }
+  bool operator==(const Progress &) const = default;
+};
+
 // Everything the session publishes: the front ends show this and nothing else of it.
 struct DeviceState {
   DevicePhase phase = DevicePhase::Absent;
@@ -60,7 +78,8 @@ struct DeviceState {
   QList<DiveRow> dives;                // in list order
   int32_t heldDives = 0;               // how many dives the device holds, listed or not
   std::optional<Operation> operation;  // the one under way
-  int clipPercent = 0;                 // of the clip being downloaded
+  Progress progress;                   // of the operation under way, or of the last one
+  std::optional<Outcome> lastOutcome;  // how the last operation ended
   bool clipUnderWay = false;           // closing now would cut a clip off mid-way
   bool operator==(const DeviceState &) const = default;
 };

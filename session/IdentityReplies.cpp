@@ -99,9 +99,13 @@ void IdentityReplies::detailReply(const char *text) {
   const QString versionText = QStringList{values[1], values[seven ? 5 : 4], values[2],
                                           values[seven ? 4 : 3], values[seven ? 6 : 5]}
                                   .join(u' ');
-  context_.model.update(
-      [&versionText](DeviceState &published) { published.identity.versionText = versionText; });
-  if (FirmwareVersion(values[1]) >= kFlowControlVersion) state.flowControl = 1;
+  const double firmware = FirmwareVersion(values[1]);
+  context_.model.update([&](DeviceState &published) {
+    published.identity.firmware = firmware;
+    published.identity.detail = values.mid(1);
+    published.identity.versionText = versionText;
+  });
+  if (firmware >= kFlowControlVersion) state.flowControl = 1;
   context_.transitions.enter(TRY_CONNECT_DETAIL_DONE);
 }
 
@@ -113,7 +117,6 @@ void IdentityReplies::serialNumberReply(const char *text) {
     refuse();
     return;
   }
-  state.serialNumber.set(values[3]);
   context_.model.update(
       [&values](DeviceState &published) { published.identity.serialNumber = values[3]; });
   if (state.indexSequence == 1) {

@@ -32,6 +32,7 @@ struct Outcome {
   QString path;      // the file saved, for a download that succeeded
 
   bool ok() const { return failure == Failure::None; }
+  bool operator==(const Outcome &) const = default;
 };
 
 using OutcomeHandler = std::function<void(const Outcome &)>;

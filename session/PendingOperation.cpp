@@ -26,7 +26,7 @@ bool PendingOperation::begin(Operation operation, OutcomeHandler handler) {
     handler_ = std::move(handler);
     active_ = true;
   }
-  if (changed) changed(operation);  // unlocked: a listener may ask what is under way
+  if (changed) changed(operation, nullptr);  // unlocked: a listener may ask what is under way
   return true;
 }
 
@@ -39,7 +39,7 @@ bool PendingOperation::finish(Outcome outcome) {
     handler = std::move(handler_);
     handler_ = nullptr;
   }
-  if (changed) changed(std::nullopt);
+  if (changed) changed(std::nullopt, &outcome);
   SystemLog("operation %s ended: %d", OperationName(outcome.operation), int(outcome.failure));
   if (!handler) return true;
   mainThread_.post(

@@ -26,9 +26,9 @@ class PendingOperation {
   bool active() const { return active_.load(); }
   std::optional<Operation> current() const;
 
-  // Hears each operation begin and end (none under way), on the thread that began or
-  // ended it. Set before the first operation.
-  std::function<void(std::optional<Operation>)> changed;
+  // Hears each operation begin (with none ended) and end (none under way, with how it
+  // ended), on the thread that began or ended it. Set before the first operation.
+  std::function<void(std::optional<Operation> underWay, const Outcome *ended)> changed;
 
  private:
   mutable std::mutex mutex_;

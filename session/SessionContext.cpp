@@ -5,8 +5,11 @@
 #include <chrono>
 
 SessionContext::SessionContext() {
-  operation.changed = [this](std::optional<Operation> underWay) {
-    model.update([underWay](DeviceState &published) { published.operation = underWay; });
+  operation.changed = [this](std::optional<Operation> underWay, const Outcome *ended) {
+    model.update([underWay, ended](DeviceState &published) {
+      published.operation = underWay;
+      if (ended) published.lastOutcome = *ended;
+    });
     transitions.publishPhase();
   };
 }

@@ -82,6 +82,4 @@ struct SessionState {
 
   // voiceFolder, logFolder, clipInProgressFile
   Guarded<StoragePaths> paths;
-  // The identified device's serial number ("28417305"); empty until "#gser" is answered.
-  Guarded<QString> serialNumber;
 };

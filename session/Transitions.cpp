@@ -15,10 +15,6 @@ void Transitions::enter(SessionStatus next) {
 
 void Transitions::offerRequests(bool offered) {
   offered_ = offered;
-  const int32_t status = context_.state.phase;
-  if (!offered && (status == DISCONNECTED || status == TRY_CONNECT_TX_KIND)) {
-    context_.model.update([](DeviceState &published) { published.identity = {}; });
-  }
   publishPhase();
 }
 
@@ -148,7 +144,6 @@ void Transitions::freshStart() {
   context_.operation.fail(Failure::Unplugged, Localized("device_disconnected"));
   stopTransfers();
   state.clipRetries = 0;
-  state.serialNumber.set(QString());  // another device may be on the port now
   enter(TRY_CONNECT_TX_KIND);
   state.lastLineActivityMs = now();
 }

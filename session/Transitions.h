@@ -45,8 +45,7 @@ class Transitions {
   // The one place the state changes; the phase the front ends see follows it.
   void enter(SessionStatus next);
   // Whether the device takes requests once it is idle: withdrawn while a transfer or an
-  // exchange runs, offered again when it has ended. Withdrawn with the device offline,
-  // what it said of itself is forgotten.
+  // exchange runs, offered again when it has ended.
   void offerRequests(bool offered);
   // The phase the front ends see, worked out from the protocol state alone.
   DevicePhase devicePhase() const;

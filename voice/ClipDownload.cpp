@@ -60,7 +60,7 @@ void ClipDownload::request() {
             static_cast<unsigned long>(row));
 
   context_.transitions.offerRequests(false);
-  context_.model.update([](DeviceState &published) { published.clipPercent = 0; });
+  context_.model.update([entry](DeviceState &published) { published.progress = {entry, 0, 0}; });
   // Set before the checks below: a refused request still leaves the receive loop taking
   // clip bytes.
   state.receiveType = eSERIAL_RX_VOICE_DATA;
@@ -183,9 +183,9 @@ void ClipDownload::watchTick() {
   if (state.receiveType != eSERIAL_RX_VOICE_DATA) return;
   const int64_t expected = state.clipSize;
   const int64_t received = state.clipReceived;
-  const double percent = expected > 0 ? double(received) / double(expected) * 100.0 : 100.0;
-  const int shown = static_cast<int>(std::clamp(percent, 0.0, 100.0));
-  context_.model.update([shown](DeviceState &published) { published.clipPercent = shown; });
+  context_.model.update([entry = entry_, received, expected](DeviceState &published) {
+    published.progress = {entry, received, expected};
+  });
 
   if (received == expected) {
     timer_->invalidate();

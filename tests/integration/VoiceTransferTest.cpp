@@ -97,7 +97,8 @@ TEST_F(VoiceTransferTest, ShortTailIsRetriedTwiceThenGivenUp) {
     ASSERT_TRUE(WaitFor([&] { return state.clipReceived == options.stallAfterBytes; }));
     for (int tick = 0; tick < 50; ++tick) timer1->tick();
     EXPECT_TRUE(timer1->running);
-    EXPECT_EQ(published().clipPercent, 99);
+    EXPECT_EQ(published().progress.bytesDone, options.stallAfterBytes);
+    EXPECT_EQ(published().progress.percent(), 99);
     timer1->tick();
     if (level.isEmpty()) break;
     ASSERT_TRUE(waitForState(TRY_TX_VOICE_RETRY));

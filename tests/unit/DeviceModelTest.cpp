@@ -18,12 +18,12 @@ TEST(DeviceModel, AChangeFromAnotherThreadIsSignalledOnTheMainThread) {
     EXPECT_EQ(QThread::currentThread(), model.thread());
     heard.append(state);
   });
-  std::thread([&model] { model.update([](DeviceState &state) { state.clipPercent = 7; }); }).join();
+  std::thread([&model] { model.update([](DeviceState &state) { state.heldDives = 7; }); }).join();
   ASSERT_TRUE(WaitFor([&heard] { return !heard.isEmpty(); }));
-  model.update([](DeviceState &state) { state.clipPercent = 7; });
+  model.update([](DeviceState &state) { state.heldDives = 7; });
   QCoreApplication::processEvents();
   EXPECT_EQ(heard.size(), 1);
-  EXPECT_EQ(heard[0].clipPercent, 7);
+  EXPECT_EQ(heard[0].heldDives, 7);
 }
 
 }  // namespace

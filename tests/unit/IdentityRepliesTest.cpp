@@ -40,6 +40,8 @@ TEST_F(IdentityRepliesTest, ModelAndDetailRepliesAreJudgedByTheirShape) {
   EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1.180 QM482 2023-10-01 HW2 JPN BAT85\r\n"),
             TRY_CONNECT_DETAIL_DONE);
   EXPECT_EQ(identity().versionText, "1.180 JPN QM482 HW2 BAT85");
+  EXPECT_EQ(identity().firmware, 1.18);
+  EXPECT_EQ(identity().detail.join(u' '), "1.180 QM482 2023-10-01 HW2 JPN BAT85");
   EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "OK 1 2 3 4 5 6 7\r\n"), DISCONNECTED);
   EXPECT_EQ(reply(TRY_CONNECT_RX_DETAIL, "NG 1.180 QM482 2023-10-01 JPN BAT85\r\n"), DISCONNECTED);
 }

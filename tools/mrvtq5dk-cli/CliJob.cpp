@@ -135,21 +135,22 @@ void CliJob::pause() {
 }
 
 void CliJob::showProgress() {
-  const SessionState &state = stack_.session.state();
-  if (state.receiveType == eSERIAL_RX_VOICE_DATA && state.clipDownloadActive) {
-    const double received = state.clipReceived, expected = std::max(1, state.clipSize.load());
+  const DeviceState state = stack_.session.model().state();
+  const Progress &progress = state.progress;
+  if (state.operation == Operation::DownloadClip && progress.bytesTotal > 0) {
+    const double received = double(progress.bytesDone), expected = double(progress.bytesTotal);
     const double seconds = std::max(0.001, transferClock_.elapsed() / 1000.0);
     const double rate = received / seconds;
-    const int width = 30, filled = int(width * std::min(1.0, received / expected));
+    const int width = 30, filled = width * progress.percent() / 100;
     std::fprintf(stderr, "\r\033[K[%s%s] %3d%%  %.0f of %.0f kB  %.1f kB/s  %s left",
                  QByteArray(filled, '#').constData(), QByteArray(width - filled, '.').constData(),
-                 int(100 * received / expected), received / 1000, expected / 1000, rate / 1000,
+                 progress.percent(), received / 1000, expected / 1000, rate / 1000,
                  rate > 0 ? qPrintable(QStringLiteral("%1 s").arg(
                                 std::ceil((expected - received) / rate), 0, 'f', 0))
                           : "?");
-  } else if (state.phase == RX_LOG_HISTORY) {
-    std::fprintf(stderr, "\r\033[Kreading dive %d, %lld listed", state.logNumber.load(),
-                 static_cast<long long>(stack_.session.model().state().dives.size()));
+  } else if (state.phase == DevicePhase::Listing && progress.bytesTotal > 0) {
+    std::fprintf(stderr, "\r\033[Kreading dive %d, %lld listed", progress.item,
+                 static_cast<long long>(state.dives.size()));
   }
 }
 
