@@ -208,10 +208,17 @@ TEST_F(WindowTest, WithoutADeviceTheRangeIsOnlyStoredAndTheCloseVetoHoldsDuringA
   EXPECT_FALSE(log.contains("writeString:"));
 
   // A device that stopped answering leaves Reconnect as the way on; nothing else is offered.
-  window.session().model().update(
-      [](DeviceState &published) { published.phase = DevicePhase::Stopped; });
+  // It is still named; once gone, it is not.
+  DeviceModel &model = window.session().model();
+  model.update([](DeviceState &published) {
+    published.phase = DevicePhase::Stopped;
+    published.identity.serialNumber = "28417305";
+  });
   EXPECT_TRUE(Outlet(window, "button_reconnect")->isEnabled());
   EXPECT_FALSE(Outlet(window, "button_download_voice")->isEnabled());
+  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.28417305");
+  model.update([](DeviceState &published) { published.phase = DevicePhase::Absent; });
+  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.");
 
   SessionState &state = window.session().state();
   state.phase = CONNECTED_IDLE;

@@ -188,6 +188,7 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
 
   downloadNewest();
   ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome->ok(); }, 10000));
+  EXPECT_EQ(published().lastOutcome, watch.lastOutcome);
   EXPECT_EQ(QDir(folder).entryList(QDir::Files).size(), 1);
   EXPECT_EQ(ReadFile(csv), Csv(dive));
   ASSERT_TRUE(waitForState(CONNECTED_IDLE) && settle());
