@@ -9,6 +9,8 @@
 #include <QPushButton>
 #include <QThread>
 
+#include <pthread.h>
+
 #include "DeviceControls.h"
 #include "DevicePicture.h"
 #include "DivePane.h"
@@ -192,6 +194,11 @@ void ViewController::start() {
 
 void ViewController::startDiscovery() {
   initDevice_ = std::thread([this] { discovery_.startDiscovery(); });
+#if defined(__linux__)
+  // Named before start-up is logged as over, so that "top -H", a debugger and the tests can
+  // tell whether the devices attached at start are still being counted.
+  pthread_setname_np(initDevice_.native_handle(), kFirstScanThreadName);
+#endif
 }
 
 void ViewController::viewDidAppear() {

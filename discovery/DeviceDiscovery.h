@@ -16,6 +16,10 @@
 
 class Session;
 
+// The name of the window's thread that runs startDiscovery: while it is alive, the devices
+// attached at start are still being counted, and one plugged in now counts among them.
+inline constexpr char kFirstScanThreadName[] = "usb-first-scan";
+
 // What discovery keeps of a device it has taken in, from its arrival to its removal.
 struct UsbDeviceRecord {
   RegistryEntry notification = 0;
