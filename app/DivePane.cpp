@@ -1,16 +1,24 @@
 #include "DivePane.h"
 
 #include <QHBoxLayout>
+#include <QVBoxLayout>
 
 #include "DiveProfileView.h"
 #include "DiveSummary.h"
+#include "PlayerBar.h"
 
 DivePane::DivePane(QWidget *parent)
-    : QWidget(parent), profile_(new DiveProfileView(this)), summary_(new DiveSummaryView(this)) {
-  auto *layout = new QHBoxLayout(this);
+    : QWidget(parent),
+      profile_(new DiveProfileView(this)),
+      summary_(new DiveSummaryView(this)),
+      player_(new PlayerBar(this)) {
+  auto *dive = new QHBoxLayout;
+  dive->addWidget(profile_, 3);
+  dive->addWidget(summary_, 1);
+  auto *layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
-  layout->addWidget(profile_, 3);
-  layout->addWidget(summary_, 1);
+  layout->addLayout(dive, 1);
+  layout->addWidget(player_);
   summary_->setMinimumWidth(300);
   profile_->clipClicked = [this](int mark) {
     if (pinClicked) pinClicked(mark);

@@ -10,10 +10,12 @@
 
 class DiveProfileView;
 class DiveSummaryView;
+class PlayerBar;
 
 // The picked dive below the lists: its profile, with the clips spoken during it pinned on
-// its timeline, and its summary. It knows nothing of where the dive came from; a click on
-// a pin is reported by the pin's place among the clip times it was given.
+// its timeline, its summary, and the player under them that plays a pinned or picked clip.
+// It knows nothing of where the dive came from; a click on a pin is reported by the pin's
+// place among the clip times it was given.
 class DivePane : public QWidget {
  public:
   explicit DivePane(QWidget *parent = nullptr);
@@ -21,8 +23,10 @@ class DivePane : public QWidget {
   // Shows the dive (none: the empty pane) and pins the clips that began during it.
   void showDive(const std::optional<DiveRecord> &dive, const QList<QDateTime> &clipTimes);
   std::function<void(int pin)> pinClicked;
+  PlayerBar &player() { return *player_; }
 
  private:
   DiveProfileView *profile_;
   DiveSummaryView *summary_;
+  PlayerBar *player_;
 };

@@ -47,32 +47,18 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
       this);
   // Clips and dives have folders of their own, side by side: the box opens the one above.
   jobPanel_->folder = [this] { return programFolder(); };
-  voiceTable_ = {ui_->tableView_voice_index, ui_->view_voice_index, ui_->label_voice_index,
-                 new IndexListModel(this), "view_voice_index"};
-  logTable_ = {ui_->tableView_log_index, ui_->view_log_index, ui_->label_log_index,
-               new IndexListModel(this), "view_log_index"};
-  for (IndexTable *t : {&voiceTable_, &logTable_}) {
-    t->view->setModel(t->model);
-    t->view->setShowGrid(false);
-    t->view->horizontalHeader()->setMinimumHeight(28);
-    t->view->verticalHeader()->hide();
-    t->view->horizontalHeader()->setObjectName(t == &voiceTable_
-                                                   ? QStringLiteral("headerView_voice_index")
-                                                   : QStringLiteral("headerView_log_index"));
-    t->caption->setContentsMargins(8, 0, 8, 0);
-    // The selected row repeated above the list, set apart as a caption rather than a row.
-    t->caption->setStyleSheet(QStringLiteral(
-        "QLabel { background: palette(mid); color: palette(bright-text); font-weight: 600; }"));
-    t->view->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-  }
+  clipTable_ =
+      new IndexTable(ui_->tableView_voice_index, ui_->view_voice_index, ui_->label_voice_index,
+                     "view_voice_index", QStringLiteral("headerView_voice_index"), this);
+  diveTable_ = new IndexTable(ui_->tableView_log_index, ui_->view_log_index, ui_->label_log_index,
+                              "view_log_index", QStringLiteral("headerView_log_index"), this);
+  clipTable_->onPick = [this](int) { showSelectedClip(); };
+  diveTable_->onPick = [this](int) { showSelectedDive(); };
   divePane_ = new DivePane(this);
-  playerBar_ = new PlayerBar(this);
   ui_->layout_dive->addWidget(divePane_);
   // The lists and the dive share the height; neither shrinks to nothing in a small window.
   ui_->layout_root->setStretchFactor(ui_->layout_lists, 1);
   ui_->layout_root->setStretchFactor(ui_->layout_dive, 1);
-  for (IndexTable *t : {&voiceTable_, &logTable_}) t->view->setMinimumHeight(120);
-  ui_->layout_voice->insertWidget(ui_->layout_voice->indexOf(ui_->layout_voice_button), playerBar_);
   deviceChooserLabel_ = new QLabel(this);
   deviceChooser_ = new QComboBox(this);
   deviceChooser_->setObjectName(QStringLiteral("comboBox_library_device"));
@@ -93,8 +79,8 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
   };
   divePane_->pinClicked = [this](int pin) { playPinnedClip(pin); };
   ui_->pictureBox_set_corvamund2->setPixmap(DevicePicture(180));
-  logTable_.model->setClockNote(Localized("dive_times_japan"));
-  voiceTable_.model->setClockNote(Localized("clip_times_device"));
+  diveTable_->model().setClockNote(Localized("dive_times_japan"));
+  clipTable_->model().setClockNote(Localized("clip_times_device"));
   ui_->progressBar_cdc->setRange(0, 100);
   setWindowTitle(QStringLiteral("Mrvtq5dk"));
   tickTimer_.setInterval(1000);
@@ -153,17 +139,9 @@ void ViewController::start() {
   ui_->comboBox_index_search_range->setCurrentIndex(0);
   stack_.logs.setSearchRange(chosenRangeMonths());
 
-  for (IndexTable *t : {&voiceTable_, &logTable_}) {
-    t->caption->setText(QString());
-    t->caption->hide();
-    t->container->hide();
-  }
+  for (IndexTable *table : {clipTable_, diveTable_}) table->conceal();
   connect(ui_->comboBox_index_search_range, &QComboBox::currentIndexChanged, this,
           [this] { comboBoxSelectionDidChange(); });
-  for (IndexList list : {IndexList::Voice, IndexList::Log}) {
-    connect(table(list).view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            [this, list] { tableViewSelectionDidChange(list); });
-  }
   connect(ui_->button_reconnect, &QPushButton::clicked, this,
           [this] { action_button_reconnect(); });
   connect(ui_->button_download_voice, &QPushButton::clicked, this,
@@ -174,15 +152,6 @@ void ViewController::start() {
           [this] { action_button_save_all_new(); });
   connect(ui_->button_export_logbook, &QPushButton::clicked, this,
           [this] { action_button_export_logbook(); });
-
-  // The selection captions live in the tables' header views.
-  for (IndexTable *t : {&voiceTable_, &logTable_}) {
-    QHeaderView *header = t->view->horizontalHeader();
-    t->caption->setParent(header);
-    t->caption->setGeometry(header->rect());
-    t->caption->setAutoFillBackground(true);
-    header->installEventFilter(this);
-  }
 
   offerControls(shown_);
   if (!stack_.session.context().createFolders()) std::exit(1);  // the folder box has been shown
@@ -239,16 +208,6 @@ void ViewController::changeEvent(QEvent *event) {
     refreshLibraryView();
 }
 
-bool ViewController::eventFilter(QObject *watched, QEvent *event) {
-  if (event->type() == QEvent::Resize) {
-    for (IndexTable *t : {&voiceTable_, &logTable_}) {
-      if (watched == t->view->horizontalHeader())
-        t->caption->setGeometry(t->view->horizontalHeader()->rect());
-    }
-  }
-  return QWidget::eventFilter(watched, event);
-}
-
 void ViewController::messageBox(const QString &text) {
   QMessageBox box(QMessageBox::Information, QStringLiteral("MrvTq5dk"), text, QMessageBox::Ok,
                   this);
@@ -274,13 +233,11 @@ void ViewController::render(const DeviceState &state) {
   if (answering && !ui_->pictureBox_set_corvamund2->isHidden()) {
     ui_->label_poweron_message->hide();
     ui_->pictureBox_set_corvamund2->hide();
-    for (IndexList list : {IndexList::Voice, IndexList::Log}) {
-      IndexTable &t = table(list);
-      if (!t.container->isHidden()) continue;
+    for (IndexTable *table : {clipTable_, diveTable_}) {
+      if (table->revealed()) continue;
       // A list's title comes with its (empty, grey) table, so the title never floats alone.
-      t.view->setEnabled(false);
-      t.container->show();
-      t.caption->show();
+      table->offer(false);
+      table->reveal();
     }
     ui_->label_recorded_voice->show();
     ui_->label_dive_log->show();
@@ -297,14 +254,17 @@ void ViewController::render(const DeviceState &state) {
 
 void ViewController::showLists(const DeviceState &state, const DeviceState &before) {
   if (state.clips != before.clips) {
-    reloadList(IndexList::Voice, RowTexts(state.clips));
+    showDeviceRows(*clipTable_, RowTexts(state.clips), {});
     // A new clip list is shown with its first row picked.
-    if (!state.clips.isEmpty()) selectRow(IndexList::Voice, 0);
+    if (!state.clips.isEmpty()) clipTable_->pick(0);
   }
   if (state.dives != before.dives) {
-    reloadList(IndexList::Log, RowTexts(state.dives));
+    QList<QStringList> details;
+    for (const DiveRow &dive : state.dives)
+      details.append(DiveDetails(dive.maxDepthMetres, dive.temperatureCelsius));
+    showDeviceRows(*diveTable_, RowTexts(state.dives), details);
     // The first dive is picked as it comes; later rows keep the pick.
-    if (before.dives.isEmpty() && !state.dives.isEmpty()) selectRow(IndexList::Log, 0);
+    if (before.dives.isEmpty() && !state.dives.isEmpty()) diveTable_->pick(0);
   }
 }
 
@@ -313,8 +273,8 @@ void ViewController::offerControls(const DeviceState &state) {
   const bool job = jobPanel_->running();
   ui_->comboBox_index_search_range->setEnabled(offered.range && !job);
   ui_->button_reconnect->setEnabled(offered.reconnect && !job);
-  enableIndexTable(IndexList::Voice, offered.clipList);
-  enableIndexTable(IndexList::Log, offered.diveList);
+  offerList(*clipTable_, offered.clipList);
+  offerList(*diveTable_, offered.diveList);
   // A download button shows the first time it is offered, and stays.
   if (offered.clipDownload) ui_->button_download_voice->show();
   ui_->button_download_voice->setEnabled(offered.clipDownload && !job);
@@ -328,78 +288,23 @@ void ViewController::offerControls(const DeviceState &state) {
   ui_->progressBar_cdc->setVisible(state.operation == Operation::DownloadClip && !job);
 }
 
-void ViewController::showCaption(IndexTable &t) {
-  const int row = selectedRow(&t == &voiceTable_ ? IndexList::Voice : IndexList::Log);
-  if (row < 0 || row >= t.model->rows().size()) return;
-  t.caption->setText(t.model->rows().value(row));
-  t.caption->raise();
-}
-
-void ViewController::enableIndexTable(IndexList list, bool enable) {
+void ViewController::offerList(IndexTable &table, bool offered) {
   if (lists().fromLibrary()) return;  // the session speaks of the device's lists, not the library's
-  IndexTable &t = table(list);
-  if (enable && t.container->isHidden()) {
-    t.container->show();
-    t.caption->show();
-  }
-  enable = enable && !jobPanel_->running();
-  t.view->setEnabled(enable);
-  if (!enable) {
-    t.caption->setText(QString());
-    return;
-  }
-  if (t.model->rows().isEmpty()) {
-    t.view->setEnabled(false);
-    return;
-  }
-  showCaption(t);
+  if (offered && !table.revealed()) table.reveal();
+  table.offer(offered && !jobPanel_->running());
 }
 
-void ViewController::reloadList(IndexList list, const QStringList &rows) {
+void ViewController::showDeviceRows(IndexTable &table, const QStringList &rows,
+                                    const QList<QStringList> &details) {
   if (lists().fromLibrary()) putShelfAway();
-  IndexTable &t = table(list);
-  const int row = selectedRow(list);
-  QSignalBlocker quiet(t.view->selectionModel());
-  t.model->setRows(rows);
-  if (list == IndexList::Log) {
-    QList<QStringList> details;
-    for (const DiveRow &dive : shown_.dives)
-      details.append(DiveDetails(dive.maxDepthMetres, dive.temperatureCelsius));
-    t.model->setDetails(details);
-  }
-  // The row's text takes the room the depth and temperature leave.
-  if (t.model->columnCount() > 0)
-    t.view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
-  if (row >= 0 && row < rows.size()) t.view->selectRow(row);
+  table.setRows(rows, details);
   if (rows.isEmpty())
-    (list == IndexList::Voice ? ui_->label_voice_counts : ui_->label_log_counts)->clear();
-}
-
-void ViewController::selectRow(IndexList list, int row) {
-  table(list).view->selectRow(row);
-}
-
-int ViewController::selectedRow(IndexList list) const {
-  const QModelIndexList rows = table(list).view->selectionModel()->selectedRows();
-  if (rows.isEmpty()) return -1;
-  return std::min_element(rows.begin(), rows.end())->row();
+    (&table == clipTable_ ? ui_->label_voice_counts : ui_->label_log_counts)->clear();
 }
 
 int ViewController::chosenRangeMonths() const {
   const int index = ui_->comboBox_index_search_range->currentIndex();
   return index >= 0 && index < int(kSearchRangeMonths.size()) ? kSearchRangeMonths[index] : 0;
-}
-
-void ViewController::tableViewSelectionDidChange(IndexList list) {
-  IndexTable &t = table(list);
-  const int row = selectedRow(list);
-  t.caption->setText(row < 0 ? QString() : t.model->rows().value(row));
-  SystemLog("SelectionDidChange:%s=%ld", t.name, long(row));
-  if (list == IndexList::Log) {
-    showSelectedDive();
-  } else {
-    showSelectedClip();
-  }
 }
 
 ListSource &ViewController::lists() {
@@ -408,18 +313,18 @@ ListSource &ViewController::lists() {
 }
 
 void ViewController::showSelectedDive() {
-  divePane_->showDive(lists().dive(selectedRow(IndexList::Log)), lists().pinTimes());
+  divePane_->showDive(lists().dive(diveTable_->picked()), lists().pinTimes());
 }
 
 void ViewController::showSelectedClip() {
-  const PlayableClip clip = lists().clip(selectedRow(IndexList::Voice));
-  playerBar_->setClip(clip.file, clip.name);
+  const PlayableClip clip = lists().clip(clipTable_->picked());
+  divePane_->player().setClip(clip.file, clip.name);
 }
 
 bool ViewController::play(const PlayableClip &clip) {
   if (!clip.file) return false;
-  playerBar_->setClip(clip.file, clip.name);
-  playerBar_->player().play(*clip.file);
+  divePane_->player().setClip(clip.file, clip.name);
+  divePane_->player().player().play(*clip.file);
   return true;
 }
 
@@ -443,11 +348,11 @@ void ViewController::action_button_reconnect() {
 
 void ViewController::action_button_download_voice() {
   if (stack_.session.state().phase != CONNECTED_IDLE) return;
-  if (const QList<DeviceLibrary::Item> items = selectedItems(IndexList::Voice); items.size() > 1) {
+  if (const QList<DeviceLibrary::Item> items = selectedItems(ItemKind::Clip); items.size() > 1) {
     runJob([this, items](std::function<void()> ended) { jobPanel_->save(items, ended); });
     return;
   }
-  const int row = selectedRow(IndexList::Voice);
+  const int row = clipTable_->picked();
   if (row < 0 || row >= shown_.clips.size()) return;
   stack_.downloadClip(shown_.clips[row].number,
                       [this](const Outcome &outcome) { showOutcome(outcome); });
@@ -455,7 +360,7 @@ void ViewController::action_button_download_voice() {
 
 void ViewController::action_button_download_log() {
   if (stack_.session.state().phase != CONNECTED_IDLE) return;
-  if (const QList<DeviceLibrary::Item> items = selectedItems(IndexList::Log); items.size() > 1) {
+  if (const QList<DeviceLibrary::Item> items = selectedItems(ItemKind::Dive); items.size() > 1) {
     runJob([this, items](std::function<void()> ended) { jobPanel_->save(items, ended); });
     return;
   }
@@ -463,8 +368,8 @@ void ViewController::action_button_download_log() {
   // of the device again, as it always was.
   const QList<DiveRow> &dives = shown_.dives;
   const long count = long(dives.size());
-  if (count > 0 && selectedRow(IndexList::Log) < 0) selectRow(IndexList::Log, 0);
-  const long row = selectedRow(IndexList::Log);
+  if (count > 0 && diveTable_->picked() < 0) diveTable_->pick(0);
+  const long row = diveTable_->picked();
   if (count == 0 || row < 0) return;
   if (row >= count) {
     SystemLog("action_button_download_log:error:count=%ld,sel=%ld", count, row);
@@ -489,8 +394,8 @@ void ViewController::action_button_export_logbook() {
   const DeviceKey device = shown ? lists().device() : devices.value(0, DeviceKey{});
   const QList<int32_t> listed = lists().diveNumbers();
   QList<int32_t> selected;
-  for (const QModelIndex &index : logTable_.view->selectionModel()->selectedRows())
-    if (index.row() < listed.size()) selected.append(listed[index.row()]);
+  for (int row : diveTable_->pickedRows())
+    if (row < listed.size()) selected.append(listed[row]);
 
   LogbookExportRequest request;
   request.serial = device.serial;
@@ -532,17 +437,12 @@ void ViewController::jobEnded() {
   offerControls(shown_);
 }
 
-QList<DeviceLibrary::Item> ViewController::selectedItems(IndexList list) {
-  const bool voice = list == IndexList::Voice;
-  const QList<int32_t> numbers = voice ? RowNumbers(shown_.clips) : RowNumbers(shown_.dives);
-  QList<int> rows;
-  for (const QModelIndex &index : table(list).view->selectionModel()->selectedRows())
-    rows.append(index.row());
-  std::sort(rows.begin(), rows.end());
+QList<DeviceLibrary::Item> ViewController::selectedItems(ItemKind kind) {
+  const bool clips = kind == ItemKind::Clip;
+  const QList<int32_t> numbers = clips ? RowNumbers(shown_.clips) : RowNumbers(shown_.dives);
   QList<DeviceLibrary::Item> items;
-  for (int row : rows) {
-    if (row >= numbers.size()) continue;
-    items.append(stack_.deviceLibrary.item(voice ? ItemKind::Clip : ItemKind::Dive, numbers[row]));
+  for (int row : (clips ? clipTable_ : diveTable_)->pickedRows()) {
+    if (row < numbers.size()) items.append(stack_.deviceLibrary.item(kind, numbers[row]));
   }
   return items;
 }
@@ -555,8 +455,8 @@ void ViewController::refreshLibraryView() {
   const auto unsaved = [](const QList<std::optional<QString>> &paths) {
     return int(std::count(paths.begin(), paths.end(), std::nullopt));
   };
-  logTable_.model->setSaved(dives);
-  voiceTable_.model->setSaved(clips);
+  diveTable_->setSaved(dives);
+  clipTable_->setSaved(clips);
   newItems_ = unsaved(dives) + unsaved(clips);
   const int heldDives = std::max(0, int(stack_.session.state().historyCount));
   ui_->label_log_counts->setText(
@@ -610,26 +510,21 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   deviceChooser_->setCurrentIndex(int(devices.indexOf(shelf.device)));
   deviceChooserLabel_->setVisible(devices.size() > 1);
   deviceChooser_->setVisible(devices.size() > 1);
-  const auto fill = [this](IndexList list, const QStringList &rows,
-                           const QList<std::optional<QString>> &files) {
-    IndexTable &t = table(list);
-    QSignalBlocker quiet(t.view->selectionModel());
-    t.model->setRows(rows, true);
-    t.model->setSaved(files);
-    t.container->show();
-    t.caption->show();
-    t.caption->setText(QString());
-    t.view->setEnabled(!rows.isEmpty());
+  const auto fill = [](IndexTable &table, const QStringList &rows,
+                       const QList<QStringList> &details,
+                       const QList<std::optional<QString>> &files) {
+    table.setRows(rows, details, true);
+    table.setSaved(files);
+    table.reveal();
+    table.offer(!rows.isEmpty());
   };
   QList<std::optional<QString>> clipFiles;
   for (const QString &file : shelf.clipFiles) clipFiles.append(file);
-  fill(IndexList::Voice, shelf.clipRows, clipFiles);
-  fill(IndexList::Log, shelf.diveRows, shelf.diveFiles);
   QList<QStringList> details;
   for (const DiveRecord &dive : shelf.dives)
     details.append(DiveDetails(dive.maxDepthMetres(), dive.temperatureCelsius()));
-  logTable_.model->setDetails(details);
-  logTable_.view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+  fill(*clipTable_, shelf.clipRows, {}, clipFiles);
+  fill(*diveTable_, shelf.diveRows, details, shelf.diveFiles);
   ui_->label_recorded_voice->show();
   ui_->label_dive_log->show();
   ui_->label_voice_counts->setText(Localized("shelf_counts").arg(shelf.clipRows.size()));
@@ -644,17 +539,15 @@ void ViewController::putShelfAway() {
   shelf_.reset();
   deviceChooserLabel_->hide();
   deviceChooser_->hide();
-  for (IndexTable *t : {&voiceTable_, &logTable_}) {
-    QSignalBlocker quiet(t->view->selectionModel());
-    t->model->setRows({});
-    t->caption->setText(QString());
-    t->view->setEnabled(false);
+  for (IndexTable *table : {clipTable_, diveTable_}) {
+    table->setRows({});
+    table->offer(false);
   }
   ui_->label_voice_counts->clear();
   ui_->label_log_counts->clear();
   ui_->label_status->clear();
   showSelectedDive();
-  playerBar_->setClip(std::nullopt, QString());
+  divePane_->player().setClip(std::nullopt, QString());
 }
 
 void ViewController::updateSaveAllButton() {

@@ -7,7 +7,7 @@
 
 #include "DeviceDiscovery.h"
 #include "DeviceStack.h"
-#include "IndexListModel.h"
+#include "IndexTable.h"
 #include "LibraryShelf.h"
 #include "ListSource.h"
 #include "SaveJobPanel.h"
@@ -16,12 +16,8 @@ namespace Ui {
 class ViewController;
 }
 class DivePane;
-class PlayerBar;
 class QComboBox;
 class QLabel;
-class QTableView;
-
-enum class IndexList { Voice, Log };
 
 // The one window: the device's identity, the voice and dive lists with their download
 // buttons and what of them is saved, "Save all new", the date range, and the boxes that
@@ -71,36 +67,20 @@ class ViewController : public QWidget {
   void closeEvent(QCloseEvent *event) override;
   // Back in the window, the diver may have moved or deleted files: the marks are asked again.
   void changeEvent(QEvent *event) override;
-  // Keeps each selection caption as wide as its table's header.
-  bool eventFilter(QObject *watched, QEvent *event) override;
 
  private:
-  struct IndexTable {
-    QWidget *container;  // tableView_voice_index / tableView_log_index
-    QTableView *view;    // view_voice_index / view_log_index
-    QLabel *caption;     // label_voice_index / label_log_index
-    IndexListModel *model;
-    const char *name;
-  };
   // Shows the device session's state: the identity, the lists, the controls its phase
   // offers, the clip's progress.
   void render(const DeviceState &state);
   void showLists(const DeviceState &state, const DeviceState &before);
   void offerControls(const DeviceState &state);
-  // The rows of a list changed; the view reloads them, keeping the picked row.
-  void reloadList(IndexList list, const QStringList &rows);
-  void selectRow(IndexList list, int row);
-  // The picked row, -1 for none.
-  int selectedRow(IndexList list) const;
-  IndexTable &table(IndexList list) { return list == IndexList::Voice ? voiceTable_ : logTable_; }
-  const IndexTable &table(IndexList list) const {
-    return list == IndexList::Voice ? voiceTable_ : logTable_;
-  }
-  void enableIndexTable(IndexList list, bool enable);
+  // The device's rows of a list, in place of the library's if those were shown.
+  void showDeviceRows(IndexTable &table, const QStringList &rows,
+                      const QList<QStringList> &details);
+  // A list offered or withdrawn by the session; the library's lists stay as they are.
+  void offerList(IndexTable &table, bool offered);
   // The period chosen in the range box, in months; none chosen reads as 0.
   int chosenRangeMonths() const;
-  void tableViewSelectionDidChange(IndexList list);
-  void showCaption(IndexTable &table);
   // What the diver sees of an operation's end: the status line, and the box it calls for.
   void showOutcome(const Outcome &outcome);
   // Asks the library which listed rows are saved: the marks, the counts beside the list
@@ -109,8 +89,8 @@ class ViewController : public QWidget {
   // "Save all new" can start when the device is idle, the downloads are offered and
   // something is new.
   void updateSaveAllButton();
-  // The selected rows of a list as library items, in list order.
-  QList<DeviceLibrary::Item> selectedItems(IndexList list);
+  // The picked rows of a list as library items, in list order.
+  QList<DeviceLibrary::Item> selectedItems(ItemKind kind);
   // Runs a job of several items: the device's controls stay grey until it ends.
   void runJob(const std::function<void(std::function<void()> ended)> &start);
   void jobEnded();
@@ -135,7 +115,8 @@ class ViewController : public QWidget {
   void putShelfAway();
 
   std::unique_ptr<Ui::ViewController> ui_;
-  IndexTable voiceTable_, logTable_;
+  IndexTable *clipTable_ = nullptr;  // the device's clips, or the library's
+  IndexTable *diveTable_ = nullptr;
   DeviceStack stack_;
   DeviceState shown_;          // what the window shows of the session; main thread
   DeviceDiscovery discovery_;  // goes before the session it opens ports on
@@ -145,7 +126,6 @@ class ViewController : public QWidget {
   std::unique_ptr<SaveJobPanel> jobPanel_;
   int newItems_ = 0;  // listed rows the library does not hold; main thread
   DivePane *divePane_ = nullptr;
-  PlayerBar *playerBar_ = nullptr;
   DeviceListSource deviceLists_{stack_, shown_};
   std::unique_ptr<ShelfListSource> shelf_;  // while the lists show the library; main thread
   bool shelfLooked_ = false;                // the library was asked since the device went
