@@ -458,7 +458,7 @@ void ViewController::refreshLibraryView() {
   diveTable_->setSaved(dives);
   clipTable_->setSaved(clips);
   newItems_ = unsaved(dives) + unsaved(clips);
-  const int heldDives = std::max(0, int(stack_.session.state().historyCount));
+  const int heldDives = std::max(0, shown_.heldDives);
   ui_->label_log_counts->setText(
       Localized("list_counts").arg(dives.size()).arg(heldDives).arg(unsaved(dives)));
   const int hidden = stack_.voice.hiddenShortClips();
@@ -472,10 +472,9 @@ void ViewController::refreshLibraryView() {
 }
 
 void ViewController::showPhase() {
-  const SessionState &state = stack_.session.state();
-  const int32_t status = state.phase;
-  QString text;
-  if (!stack_.session.context().channel.isOpen() || status == DISCONNECTED) {
+  const bool gone = !shown_.portOpen || shown_.phase == DevicePhase::Absent ||
+                    shown_.phase == DevicePhase::Stopped;
+  if (gone) {
     // Once the device has gone, its lists give way to what the library kept of it.
     if (!shelfLooked_ && !jobPanel_->running()) {
       shelfLooked_ = true;
@@ -483,20 +482,27 @@ void ViewController::showPhase() {
     }
     return;
   }
+  QString text;
+  switch (shown_.phase) {
+    case DevicePhase::Opening:
+    case DevicePhase::Identifying:
+      text = Localized("status_connecting");
+      break;
+    case DevicePhase::Listing: {
+      const Progress &dives = shown_.progress;
+      text = dives.bytesTotal > 0 && shown_.heldDives > 0
+                 ? Localized("status_reading_dive")
+                       .arg(std::clamp(dives.item, 1, shown_.heldDives))
+                       .arg(shown_.heldDives)
+                 : Localized("status_reading_voice");
+      break;
+    }
+    default:
+      break;  // the operations say how they ended
+  }
   shelfLooked_ = false;
   if (lists().fromLibrary()) putShelfAway();
-  if (status < CONNECTED_IDLE) {
-    text = Localized("status_connecting");
-  } else if (state.indexSequence == 1) {
-    const int32_t count = state.historyCount;
-    const int32_t reading = state.historyStart - state.logNumber + 1;
-    text = state.receiveType == eSERIAL_RX_LOG_DATA && count > 0
-               ? Localized("status_reading_dive").arg(std::clamp(reading, 1, count)).arg(count)
-               : Localized("status_reading_voice");
-  } else {
-    return;  // the operations say how they ended
-  }
-  if (ui_->label_status->text() != text) ui_->label_status->setText(text);
+  if (!text.isEmpty() && ui_->label_status->text() != text) ui_->label_status->setText(text);
 }
 
 void ViewController::showShelf(const std::optional<DeviceKey> &device) {

@@ -46,7 +46,7 @@ void LogTransfer::receiveHistory(char *bytes, size_t length) {
   state.logNumber = history.start;
   context_.model.update([&history](DeviceState &published) {
     published.heldDives = history.numberOf;
-    published.progress = {history.start, 0, int64_t(history.numberOf) * DiveLogPage::kBytes};
+    published.progress = {1, 0, int64_t(history.numberOf) * DiveLogPage::kBytes};
   });
   SystemLog("history number_of:%08d start:%08d{No.%08d}", history.numberOf, history.start,
             history.historyNumber);
@@ -112,8 +112,8 @@ void LogTransfer::listingPage() {
   }
   // Older dives are fetched all the same: the count, not the date, ends the listing.
   const int32_t next = --state.logNumber;
-  context_.model.update([next, read = state.historyStart - next](DeviceState &published) {
-    published.progress.item = next;
+  context_.model.update([read = state.historyStart - next](DeviceState &published) {
+    published.progress.item = read + 1;
     published.progress.bytesDone = int64_t(read) * DiveLogPage::kBytes;
   });
   if (fetched >= 1 && state.historyStart - next < state.historyCount) {

@@ -58,7 +58,9 @@ struct DiveRow {
 
 // How far the operation under way has come.
 struct Progress {
-  int32_t item = 0;  // the clip's index entry, or the number of the dive being read
+  // The clip's index entry, the dive's history number, or while the dives are listed which
+  // of them is being read (1 for the first).
+  int32_t item = 0;
   int64_t bytesDone = 0;
   int64_t bytesTotal = 0;  // 0 until known
   // Whole percent, 0 to 100; 0 while the total is unknown.
@@ -72,6 +74,7 @@ struct Progress {
 // Everything the session publishes: the front ends show this and nothing else of it.
 struct DeviceState {
   DevicePhase phase = DevicePhase::Absent;
+  bool portOpen = false;        // the session's port is open: it may be hung up all the same
   bool portOpenFailed = false;  // the last port could not be opened
   DeviceIdentity identity;
   QList<ClipRow> clips;                // in list order

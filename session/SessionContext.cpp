@@ -8,6 +8,7 @@ SessionContext::SessionContext() {
   operation.changed = [this](std::optional<Operation> underWay, const Outcome *ended) {
     model.update([underWay, ended](DeviceState &published) {
       published.operation = underWay;
+      if (underWay) published.progress = {};
       if (ended) published.lastOutcome = *ended;
     });
     transitions.publishPhase();

@@ -46,7 +46,11 @@ DevicePhase Transitions::devicePhase() const {
 
 void Transitions::publishPhase() {
   const DevicePhase phase = devicePhase();
-  context_.model.update([phase](DeviceState &published) { published.phase = phase; });
+  const bool portOpen = context_.channel.isOpen();
+  context_.model.update([phase, portOpen](DeviceState &published) {
+    published.phase = phase;
+    published.portOpen = portOpen;
+  });
 }
 
 bool Transitions::request(int32_t status, int32_t selector, const QString &command,
@@ -119,6 +123,7 @@ void Transitions::byteReceived() {
 }
 
 void Transitions::lineLost() {
+  publishPhase();  // the port has closed
   const std::optional<Operation> operation = context_.operation.current();
   // A clip keeps its stall supervision, which tells in five seconds; anything else ends
   // now rather than at the deadline.
