@@ -45,8 +45,8 @@ void AppDelegate::save() {
   }
 }
 
-AppDelegate::TerminateReply AppDelegate::applicationShouldTerminate() {
-  if (isProcessing) return TerminateReply::Cancel;
+AppDelegate::TerminateReply AppDelegate::confirmQuit() {
+  if (clipUnderWay) return TerminateReply::Cancel;
   if (!containerOpen_) return TerminateReply::Now;  // no store opened: no changes
   QSqlDatabase store = persistentContainer();
   if (!store.transaction()) return TerminateReply::Now;  // nothing pending

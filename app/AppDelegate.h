@@ -11,17 +11,17 @@ class AppDelegate : public QObject {
  public:
   enum class TerminateReply { Now, Cancel };
 
-  void applicationDidFinishLaunching() { isProcessing = false; }
-  bool applicationShouldTerminateAfterLastWindowClosed() const { return !isProcessing; }
-  bool windowShouldClose() const { return !isProcessing; }
-  TerminateReply applicationShouldTerminate();
+  void launched() { clipUnderWay = false; }
+  bool quitsWithLastWindow() const { return !clipUnderWay; }
+  bool mayClose() const { return !clipUnderWay; }
+  TerminateReply confirmQuit();
 
   // The store, opened on first use; a store that cannot be opened ends the process.
   QSqlDatabase persistentContainer();
   // Commits pending changes, if any.
   void save();
 
-  bool isProcessing = false;
+  bool clipUnderWay = false;
 
  private:
   std::recursive_mutex containerMutex_;

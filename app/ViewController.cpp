@@ -94,7 +94,7 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
 }
 
 ViewController::~ViewController() {
-  if (initDevice_.joinable()) initDevice_.join();
+  if (firstScan_.joinable()) firstScan_.join();
 }
 
 void ViewController::start() {
@@ -141,17 +141,14 @@ void ViewController::start() {
 
   for (IndexTable *table : {clipTable_, diveTable_}) table->conceal();
   connect(ui_->comboBox_index_search_range, &QComboBox::currentIndexChanged, this,
-          [this] { comboBoxSelectionDidChange(); });
-  connect(ui_->button_reconnect, &QPushButton::clicked, this,
-          [this] { action_button_reconnect(); });
+          [this] { rangeChanged(); });
+  connect(ui_->button_reconnect, &QPushButton::clicked, this, [this] { reconnectClicked(); });
   connect(ui_->button_download_voice, &QPushButton::clicked, this,
-          [this] { action_button_download_voice(); });
-  connect(ui_->button_download_log, &QPushButton::clicked, this,
-          [this] { action_button_download_log(); });
-  connect(ui_->button_save_all_new, &QPushButton::clicked, this,
-          [this] { action_button_save_all_new(); });
+          [this] { downloadClipClicked(); });
+  connect(ui_->button_download_log, &QPushButton::clicked, this, [this] { downloadDiveClicked(); });
+  connect(ui_->button_save_all_new, &QPushButton::clicked, this, [this] { saveAllNewClicked(); });
   connect(ui_->button_export_logbook, &QPushButton::clicked, this,
-          [this] { action_button_export_logbook(); });
+          [this] { exportLogbookClicked(); });
 
   offerControls(shown_);
   if (!stack_.session.context().createFolders()) std::exit(1);  // the folder box has been shown
@@ -162,16 +159,16 @@ void ViewController::start() {
 }
 
 void ViewController::startDiscovery() {
-  initDevice_ = std::thread([this] { discovery_.startDiscovery(); });
+  firstScan_ = std::thread([this] { discovery_.startDiscovery(); });
 #if defined(__linux__)
   // Named before start-up is logged as over, so that "top -H", a debugger and the tests can
   // tell whether the devices attached at start are still being counted.
-  pthread_setname_np(initDevice_.native_handle(), kFirstScanThreadName);
+  pthread_setname_np(firstScan_.native_handle(), kFirstScanThreadName);
 #endif
 }
 
-void ViewController::viewDidAppear() {
-  if (initDevice_.joinable()) initDevice_.join();
+void ViewController::afterShown() {
+  if (firstScan_.joinable()) firstScan_.join();
   if (stack_.session.state().deviceExist != 0) {
     messageBox(Localized("corvamund_already_exist"));
     std::exit(1);
@@ -187,13 +184,13 @@ void ViewController::viewDidAppear() {
   }
 }
 
-bool ViewController::windowShouldClose() const {
+bool ViewController::mayClose() const {
   const SessionState &state = stack_.session.state();
   return !(state.clipDownloadActive && state.phase == CONNECTED_IDLE && state.deviceExist != 0);
 }
 
 void ViewController::closeEvent(QCloseEvent *event) {
-  if (windowShouldClose()) {
+  if (mayClose()) {
     event->accept();
   } else {
     event->ignore();
@@ -248,8 +245,8 @@ void ViewController::render(const DeviceState &state) {
   showLists(state, before);
   offerControls(state);
   ui_->progressBar_cdc->setValue(state.progress.percent());
-  if (state.clipUnderWay != before.clipUnderWay && isProcessingChanged)
-    isProcessingChanged(state.clipUnderWay);
+  if (state.clipUnderWay != before.clipUnderWay && clipUnderWayChanged)
+    clipUnderWayChanged(state.clipUnderWay);
 }
 
 void ViewController::showLists(const DeviceState &state, const DeviceState &before) {
@@ -338,15 +335,15 @@ void ViewController::playPinnedClip(int pin) {
   });
 }
 
-void ViewController::comboBoxSelectionDidChange() {
+void ViewController::rangeChanged() {
   stack_.list(chosenRangeMonths(), [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
-void ViewController::action_button_reconnect() {
+void ViewController::reconnectClicked() {
   stack_.session.restartHandshake();
 }
 
-void ViewController::action_button_download_voice() {
+void ViewController::downloadClipClicked() {
   if (stack_.session.state().phase != CONNECTED_IDLE) return;
   if (const QList<DeviceLibrary::Item> items = selectedItems(ItemKind::Clip); items.size() > 1) {
     runJob([this, items](std::function<void()> ended) { jobPanel_->save(items, ended); });
@@ -358,7 +355,7 @@ void ViewController::action_button_download_voice() {
                       [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
-void ViewController::action_button_download_log() {
+void ViewController::downloadDiveClicked() {
   if (stack_.session.state().phase != CONNECTED_IDLE) return;
   if (const QList<DeviceLibrary::Item> items = selectedItems(ItemKind::Dive); items.size() > 1) {
     runJob([this, items](std::function<void()> ended) { jobPanel_->save(items, ended); });
@@ -382,12 +379,12 @@ void ViewController::action_button_download_log() {
   stack_.downloadDive(dives[row].number, [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
-void ViewController::action_button_save_all_new() {
+void ViewController::saveAllNewClicked() {
   if (stack_.session.state().phase != CONNECTED_IDLE) return;
   runJob([this](std::function<void()> ended) { jobPanel_->saveAllNew(ended); });
 }
 
-void ViewController::action_button_export_logbook() {
+void ViewController::exportLogbookClicked() {
   // The device on show: the one plugged in, the library's one on the lists, else the last seen.
   const QList<DeviceKey> devices = stack_.library.devices();
   const bool shown = lists().fromLibrary() || stack_.session.state().phase == CONNECTED_IDLE;

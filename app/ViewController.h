@@ -34,30 +34,30 @@ class ViewController : public QWidget {
   void start();
   // After the window is on screen: a device attached before start is refused. Waits for
   // discovery's first pass, which only counts (milliseconds).
-  void viewDidAppear();
+  void afterShown();
   // Starts device discovery on a background thread.
   void startDiscovery();
   // The window may close unless a clip is downloading from a connected device.
-  bool windowShouldClose() const;
+  bool mayClose() const;
 
-  void action_button_reconnect();
-  void action_button_download_voice();
-  void action_button_download_log();
+  void reconnectClicked();
+  void downloadClipClicked();
+  void downloadDiveClicked();
   // Saves every listed item the library does not hold unchanged.
-  void action_button_save_all_new();
+  void saveAllNewClicked();
   // Writes the selected dives, or every dive of the device, as a UDDF logbook file the
   // diver picks, and says in a box how many were written.
-  void action_button_export_logbook();
+  void exportLogbookClicked();
   // Asks where the logbook goes, suggesting a path; empty when the diver cancels.
   std::function<QString(const QString &suggested)> chooseExportFile;
   // A new search range: stored, and while idle the lists are read again from the device.
-  void comboBoxSelectionDidChange();
+  void rangeChanged();
 
   Session &session() { return stack_.session; }
   Library &library() { return stack_.library; }
   LogTransfer &logs() { return stack_.logs; }
   // Where the quit guard learns whether a clip is under way.
-  std::function<void(bool)> isProcessingChanged;
+  std::function<void(bool)> clipUnderWayChanged;
   DeviceDiscovery &discovery() { return discovery_; }
 
   // A modal information box titled "MrvTq5dk" with one "OK" button.
@@ -120,7 +120,7 @@ class ViewController : public QWidget {
   DeviceStack stack_;
   DeviceState shown_;          // what the window shows of the session; main thread
   DeviceDiscovery discovery_;  // goes before the session it opens ports on
-  std::thread initDevice_;
+  std::thread firstScan_;
   QTimer tickTimer_;
   QTimer phaseTimer_;
   std::unique_ptr<SaveJobPanel> jobPanel_;

@@ -19,8 +19,7 @@ class QuitGuard : public QObject {
  protected:
   bool eventFilter(QObject *object, QEvent *event) override {
     if (object == &window_ && event->type() == QEvent::Close &&
-        (!delegate_.windowShouldClose() ||
-         delegate_.applicationShouldTerminate() == AppDelegate::TerminateReply::Cancel)) {
+        (!delegate_.mayClose() || delegate_.confirmQuit() == AppDelegate::TerminateReply::Cancel)) {
       event->ignore();
       return true;
     }
@@ -64,13 +63,13 @@ int main(int argc, char **argv) {
 
   AppDelegate delegate;
   ViewController window;
-  window.isProcessingChanged = [&delegate](bool processing) { delegate.isProcessing = processing; };
+  window.clipUnderWayChanged = [&delegate](bool processing) { delegate.clipUnderWay = processing; };
   QuitGuard guard(window, delegate);
   window.installEventFilter(&guard);
   window.start();
   window.show();
-  delegate.applicationDidFinishLaunching();
+  delegate.launched();
   QMetaObject::invokeMethod(
-      &window, [&window] { window.viewDidAppear(); }, Qt::QueuedConnection);
+      &window, [&window] { window.afterShown(); }, Qt::QueuedConnection);
   return app.exec();
 }

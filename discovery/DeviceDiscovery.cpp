@@ -94,7 +94,7 @@ void DeviceDiscovery::firstMatch(Session *controller) {
 
 void DeviceDiscovery::deviceAdded(Session *controller) {
   if (!controller) {
-    SystemLog("tViewController is null.");
+    SystemLog("session is null.");
     return;
   }
   SessionState &state = controller->state();
@@ -108,7 +108,7 @@ void DeviceDiscovery::deviceAdded(Session *controller) {
 
     auto owned = std::make_unique<UsbDeviceRecord>();
     UsbDeviceRecord *record = owned.get();
-    record->tViewController = controller;
+    record->session = controller;
     {
       // A record stays allocated until its device's removal, or for the life of the
       // program when taking the device in fails below.
@@ -152,16 +152,16 @@ void DeviceDiscovery::deviceAdded(Session *controller) {
       SystemLog("IOServiceAddInterestNotification returned 0x%08x.",
                 static_cast<unsigned>(registered));
     }
-    GetDeviceInfomation(controller, service);
+    findSerialPort(controller, service);
     registry_->release(service);
   }
 }
 
 void DeviceDiscovery::deviceNotification(UsbDeviceRecord *record, RegistryEntry,
                                          uint32_t messageType) {
-  Session *controller = record->tViewController;
+  Session *controller = record->session;
   if (!controller) {
-    SystemLog("tViewController is null.");
+    SystemLog("session is null.");
     return;
   }
   if (messageType != kRegistryServiceTerminated) return;
@@ -175,7 +175,7 @@ void DeviceDiscovery::deviceNotification(UsbDeviceRecord *record, RegistryEntry,
   controller->state().deviceExist.fetch_sub(1);
 }
 
-uint8_t DeviceDiscovery::GetDeviceInfomation(Session *controller, RegistryEntry service) {
+uint8_t DeviceDiscovery::findSerialPort(Session *controller, RegistryEntry service) {
   QStringList levels;
   RegistryProperties properties;
   if (const RegistryResult result = registry_->createProperties(service, &properties);
@@ -196,7 +196,7 @@ uint8_t DeviceDiscovery::GetDeviceInfomation(Session *controller, RegistryEntry 
       levels << DescribeProperties(properties);
     if (current != service) registry_->release(current);
     current = parent;
-    if (GetChildDeviceInfomation(controller, current, service) == 1) {
+    if (findSerialPortBelow(controller, current, service) == 1) {
       found = 1;
       break;
     }
@@ -207,8 +207,8 @@ uint8_t DeviceDiscovery::GetDeviceInfomation(Session *controller, RegistryEntry 
   return found;
 }
 
-uint8_t DeviceDiscovery::GetChildDeviceInfomation(Session *controller, RegistryEntry entry,
-                                                  RegistryEntry device) {
+uint8_t DeviceDiscovery::findSerialPortBelow(Session *controller, RegistryEntry entry,
+                                             RegistryEntry device) {
   std::vector<RegistryEntry> children;
   if (const RegistryResult result = registry_->children(entry, &children);
       result != kRegistrySuccess) {
@@ -234,7 +234,7 @@ uint8_t DeviceDiscovery::GetChildDeviceInfomation(Session *controller, RegistryE
       if (port.isEmpty()) {
         SystemLog("serial port is null. device 0x%08lx", static_cast<unsigned long>(*child));
       } else if (!controller) {
-        SystemLog("tViewController is null.");
+        SystemLog("session is null.");
       } else if (!belongsTo(*child, device)) {
         // Above its own device the search passes the nodes of others on the same hub or
         // controller: a modem or a board that "#kind" must never reach.
@@ -246,7 +246,7 @@ uint8_t DeviceDiscovery::GetChildDeviceInfomation(Session *controller, RegistryE
         if (!openOnMainThread(controller, port)) found = 1;
       }
     } else {
-      found = GetChildDeviceInfomation(controller, *child, device);
+      found = findSerialPortBelow(controller, *child, device);
     }
     registry_->release(*child);
   }

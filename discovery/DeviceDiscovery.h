@@ -26,7 +26,7 @@ struct UsbDeviceRecord {
   std::unique_ptr<UsbDeviceInterface> deviceInterface;
   QString deviceName;
   uint32_t locationID = 0;
-  Session *tViewController = nullptr;
+  Session *session = nullptr;
 };
 
 // Finds the diver's device on the USB bus, follows the registry from the USB device to
@@ -65,9 +65,9 @@ class DeviceDiscovery {
   void firstMatch(Session *controller);
   void deviceAdded(Session *controller);
   void deviceNotification(UsbDeviceRecord *record, RegistryEntry service, uint32_t messageType);
-  uint8_t GetDeviceInfomation(Session *controller, RegistryEntry service);
+  uint8_t findSerialPort(Session *controller, RegistryEntry service);
   // device: the USB device being walked for; serial nodes of other devices are skipped.
-  uint8_t GetChildDeviceInfomation(Session *controller, RegistryEntry entry, RegistryEntry device);
+  uint8_t findSerialPortBelow(Session *controller, RegistryEntry entry, RegistryEntry device);
   // Whether the nearest USB device above entry is device.
   bool belongsTo(RegistryEntry entry, RegistryEntry device);
   std::optional<QString> openOnMainThread(Session *controller, const QString &port);

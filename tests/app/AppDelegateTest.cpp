@@ -14,18 +14,18 @@ TEST(AppDelegate, RefusesToQuitOnlyWhileAClipDownloadsAndOpensTheStoreLate) {
   const QString store =
       QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/Mrvtq5dk.sqlite";
   AppDelegate delegate;
-  delegate.applicationDidFinishLaunching();
+  delegate.launched();
   EXPECT_FALSE(QFile::exists(store));
-  EXPECT_EQ(delegate.applicationShouldTerminate(), AppDelegate::TerminateReply::Now);
-  EXPECT_TRUE(delegate.applicationShouldTerminateAfterLastWindowClosed());
+  EXPECT_EQ(delegate.confirmQuit(), AppDelegate::TerminateReply::Now);
+  EXPECT_TRUE(delegate.quitsWithLastWindow());
   delegate.save();
   EXPECT_TRUE(QFile::exists(store));
   EXPECT_TRUE(delegate.persistentContainer().tables().isEmpty());
-  EXPECT_EQ(delegate.applicationShouldTerminate(), AppDelegate::TerminateReply::Now);
-  delegate.isProcessing = true;
-  EXPECT_EQ(delegate.applicationShouldTerminate(), AppDelegate::TerminateReply::Cancel);
-  EXPECT_FALSE(delegate.applicationShouldTerminateAfterLastWindowClosed());
-  EXPECT_FALSE(delegate.windowShouldClose());
+  EXPECT_EQ(delegate.confirmQuit(), AppDelegate::TerminateReply::Now);
+  delegate.clipUnderWay = true;
+  EXPECT_EQ(delegate.confirmQuit(), AppDelegate::TerminateReply::Cancel);
+  EXPECT_FALSE(delegate.quitsWithLastWindow());
+  EXPECT_FALSE(delegate.mayClose());
 }
 
 }  // namespace

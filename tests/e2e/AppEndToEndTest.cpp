@@ -33,7 +33,7 @@ TEST(AppOnVirtualUsb, DeviceAttachedBeforeStartIsRefusedWithStatus1) {
     ViewController window;
     window.start();
     window.show();
-    window.viewDidAppear();  // ends the process with status 1
+    window.afterShown();  // ends the process with status 1
     std::_Exit(kChildWentOn);
   }
   VirtualUsb usb;
