@@ -2,8 +2,8 @@
 
 #include <QCloseEvent>
 #include <QComboBox>
-#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QPushButton>
@@ -15,8 +15,8 @@
 #include "DevicePicture.h"
 #include "DivePane.h"
 #include "DiveRecord.h"
+#include "ExportDialog.h"
 #include "Localization.h"
-#include "LogbookExport.h"
 #include "PlayerBar.h"
 #include "SearchRange.h"
 #include "SystemLog.h"
@@ -394,29 +394,11 @@ void ViewController::exportLogbookClicked() {
   for (int row : diveTable_->pickedRows())
     if (row < listed.size()) selected.append(listed[row]);
 
-  LogbookExportRequest request;
-  request.serial = device.serial;
-  if (!selected.isEmpty()) {
-    QMessageBox box(QMessageBox::Question, QStringLiteral("Mrvtq5dk"),
-                    Localized("export_which").arg(selected.size()).arg(ShelfDeviceName(device)),
-                    QMessageBox::NoButton, this);
-    box.setObjectName(QStringLiteral("exportWhichBox"));
-    QPushButton *some = box.addButton(Localized("export_selected"), QMessageBox::AcceptRole);
-    QPushButton *all = box.addButton(Localized("export_all"), QMessageBox::AcceptRole);
-    box.addButton(Localized("Cancel"), QMessageBox::RejectRole);
-    box.exec();
-    if (box.clickedButton() != some && box.clickedButton() != all) return;
-    if (box.clickedButton() == some) request.numbers = selected;
-  }
-  const QString folder = programFolder();
-  request.downloads = QFileInfo(folder).absolutePath();
-  request.file = chooseExportFile(
-      QDir(folder).filePath(QStringLiteral("Mrvtq5dk-%1-%2.uddf")
-                                .arg(device.serial, QDate::currentDate().toString(Qt::ISODate))));
-  if (request.file.isEmpty()) return;
-  const LogbookExportResult result = ExportLogbook(stack_.library, request);
-  ui_->label_status->setText(result.sentence);
-  messageBox(result.sentence);
+  const std::optional<QString> said =
+      ExportLogbookAsked(this, stack_.library, device, selected, programFolder(), chooseExportFile);
+  if (!said) return;
+  ui_->label_status->setText(*said);
+  messageBox(*said);
 }
 
 QString ViewController::programFolder() const {

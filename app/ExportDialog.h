@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <functional>
+#include <optional>
+
+#include "Library.h"
+
+class QWidget;
+
+// Asks which dives of the device go to the logbook (the picked ones or all, when some are
+// picked) and, through chooseFile, where; then writes it. Returns what to tell the diver,
+// none when the diver cancelled.
+std::optional<QString> ExportLogbookAsked(
+    QWidget *parent, const Library &library, const DeviceKey &device,
+    const QList<int32_t> &pickedDives, const QString &programFolder,
+    const std::function<QString(const QString &)> &chooseFile);
