@@ -12,7 +12,6 @@ void Session::closeSerialPort() {
   std::lock_guard lock(portMutex_);
   receive_.stop();
   context_.channel.closePort();
-  context_.transitions.publishPhase();
 }
 
 std::optional<QString> Session::openSerialPort(const QString &path, unsigned baud) {

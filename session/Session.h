@@ -22,7 +22,8 @@ class Session {
   std::optional<QString> openSerialPort(const QString &path, unsigned baud);
 
   // Ends the receive thread and closes the port. The voice and log parts call it as they
-  // go away, so that none of their handlers runs after them.
+  // go away, so that none of their handlers runs after them. Publishes nothing: the front
+  // ends may be going away too.
   void closeSerialPort();
 
   // The session timer's tick, once a second: one handshake step, and the reply deadline.
