@@ -4,10 +4,8 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QHeaderView>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QThread>
 
 #include <pthread.h>
 
