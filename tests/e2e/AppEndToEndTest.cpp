@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QFile>
 #include <QProcess>
 
 #include "Localization.h"
@@ -19,7 +20,8 @@ namespace {
 bool ThreadAlive(qint64 pid, const char *name) {
   for (const QFileInfo &task : QDir(QStringLiteral("/proc/%1/task").arg(pid))
                                    .entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-    if (ReadFile(task.filePath() + "/comm").trimmed() == name) return true;
+    QFile comm(task.filePath() + "/comm");  // a thread may end between the listing and here
+    if (comm.open(QIODevice::ReadOnly) && comm.readAll().trimmed() == name) return true;
   }
   return false;
 }
