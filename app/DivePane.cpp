@@ -25,8 +25,9 @@ DivePane::DivePane(QWidget *parent)
   };
 }
 
-void DivePane::showDive(const std::optional<DiveRecord> &dive, const QList<QDateTime> &clipTimes) {
+void DivePane::showDive(const std::optional<DiveRecord> &dive, const QList<ClipRow> &clips,
+                        ShownClock clock) {
   profile_->setDive(dive);
-  profile_->setClips(clipTimes);
-  summary_->setDive(dive);
+  profile_->setClips(clips);
+  summary_->setDive(dive && !dive->damage ? dive : std::nullopt, clock);
 }

@@ -6,7 +6,9 @@
 #include <functional>
 #include <optional>
 
+#include "DeviceState.h"
 #include "DiveRecord.h"
+#include "ShownClock.h"
 
 class DiveProfileView;
 class DiveSummaryView;
@@ -20,8 +22,10 @@ class DivePane : public QWidget {
  public:
   explicit DivePane(QWidget *parent = nullptr);
 
-  // Shows the dive (none: the empty pane) and pins the clips that began during it.
-  void showDive(const std::optional<DiveRecord> &dive, const QList<QDateTime> &clipTimes);
+  // Shows the dive (none: the empty pane) with its times on the clock given, and pins the
+  // clips that began during it. A damaged page is named, not drawn.
+  void showDive(const std::optional<DiveRecord> &dive, const QList<ClipRow> &clips,
+                ShownClock clock);
   std::function<void(int pin)> pinClicked;
   PlayerBar &player() { return *player_; }
 

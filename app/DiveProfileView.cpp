@@ -8,7 +8,9 @@
 #include <QToolTip>
 #include <cmath>
 
+#include "ListRows.h"
 #include "Localization.h"
+#include "PageDamage.h"
 
 namespace {
 
@@ -19,14 +21,6 @@ constexpr double kHitRadius = 8;  // how close the mouse must be to a marker or 
 
 QString TickText(double value, double step) {
   return QString::number(value, 'f', step < 1 ? 1 : 0);
-}
-
-QString MetresText(double metres) {
-  return Localized("unit_metres").arg(metres, 0, 'f', 1);
-}
-
-QString CelsiusText(double celsius) {
-  return Localized("unit_celsius").arg(celsius, 0, 'f', 1);
 }
 
 // A small triangle standing on its point just above the marked sample.
@@ -84,13 +78,13 @@ void DiveProfileView::setDive(std::optional<DiveRecord> dive) {
   relayOut();
 }
 
-void DiveProfileView::setClips(QList<QDateTime> clipTimes) {
-  clipTimes_ = std::move(clipTimes);
+void DiveProfileView::setClips(QList<ClipRow> clips) {
+  clipRows_ = std::move(clips);
   relayOut();
 }
 
 bool DiveProfileView::hasProfile() const {
-  return dive_ && !dive_->samples.isEmpty();
+  return dive_ && !dive_->damage && !dive_->samples.isEmpty();
 }
 
 void DiveProfileView::relayOut() {
@@ -101,7 +95,9 @@ void DiveProfileView::relayOut() {
   const QRectF plot =
       QRectF(rect()).adjusted(left, line + kGap + kClipStrip, -right, -(2 * line + 2 * kGap));
   geometry_ = hasProfile() ? LayOutProfile(*dive_, plot) : ProfileGeometry{};
-  clips_ = hasProfile() ? PlaceClips(*dive_, geometry_, clipTimes_) : QList<ClipMark>{};
+  QList<QDateTime> starts;
+  for (const ClipRow &clip : clipRows_) starts.append(clip.start);
+  clips_ = hasProfile() ? PlaceClips(*dive_, geometry_, starts) : QList<ClipMark>{};
   update();
 }
 
@@ -170,8 +166,9 @@ bool DiveProfileView::event(QEvent *event) {
                .arg(Localized("summary_warnings"), ElapsedText(s.seconds),
                     MetresText(s.depthMetres()), marker->words.join(u'\n'));
   } else if (const std::optional<ClipMark> mark = clipAt(help->pos())) {
-    const auto seconds = static_cast<int>(dive_->entry.secsTo(clipTimes_[mark->index]));
-    text = Localized("profile_clip").arg(ElapsedText(seconds));
+    const ClipRow &clip = clipRows_[mark->index];
+    const auto seconds = static_cast<int>(dive_->entry.secsTo(clip.start));
+    text = Localized("profile_clip").arg(ElapsedText(seconds), ClipLengthText(clip.bytes));
   }
   if (text.isEmpty()) {
     QToolTip::hideText();
@@ -187,8 +184,12 @@ void DiveProfileView::paintEvent(QPaintEvent *) {
   painter.fillRect(rect(), palette().base());
   if (!hasProfile()) {
     painter.setPen(palette().color(QPalette::PlaceholderText));
+    const QString why = !dive_ ? Localized("profile_no_dive")
+                        : dive_->damage
+                            ? Localized("profile_damaged").arg(DamageText(*dive_->damage))
+                            : Localized("profile_no_samples");
     painter.drawText(rect().adjusted(2 * kGap, 0, -2 * kGap, 0), Qt::AlignCenter | Qt::TextWordWrap,
-                     Localized(dive_ ? "profile_no_samples" : "profile_no_dive"));
+                     why);
     return;
   }
   painter.setRenderHint(QPainter::Antialiasing);

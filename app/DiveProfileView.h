@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 
+#include "DeviceState.h"
 #include "DiveProfile.h"
 
 // A dive's profile as a diver reads it: depth downwards from the surface with the water
@@ -20,9 +21,10 @@ class DiveProfileView : public QWidget {
   explicit DiveProfileView(QWidget *parent = nullptr);
 
   void setDive(std::optional<DiveRecord> dive);
-  // Recording times of the device's clips, on the device's clock; the ones made during
-  // the dive are marked, and their place in this list is what clipClicked reports.
-  void setClips(QList<QDateTime> clipTimes);
+  // The device's clips (when each began, on the device's clock, and its audio bytes); the
+  // ones made during the dive are marked, and their place in this list is what clipClicked
+  // reports.
+  void setClips(QList<ClipRow> clips);
   std::function<void(int clipIndex)> clipClicked;
   // Where the dive is drawn at the view's present size.
   const ProfileGeometry &profileGeometry() const { return geometry_; }
@@ -36,7 +38,8 @@ class DiveProfileView : public QWidget {
   static QColor MarkerColor();
   static QColor ClipColor();
 
-  // Whether a dive with samples is drawn, and how many clips are marked on its timeline.
+  // Whether a dive with samples is drawn (a damaged page never is), and how many clips are marked
+  // on its timeline.
   bool hasProfile() const;
   int clipMarks() const { return int(clips_.size()); }
 
@@ -59,7 +62,7 @@ class DiveProfileView : public QWidget {
   void paintCrosshair(QPainter &painter) const;
 
   std::optional<DiveRecord> dive_;
-  QList<QDateTime> clipTimes_;
+  QList<ClipRow> clipRows_;
   ProfileGeometry geometry_;
   QList<ClipMark> clips_;
   std::optional<QPointF> mouse_;

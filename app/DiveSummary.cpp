@@ -3,6 +3,7 @@
 #include <QFormLayout>
 #include <QLabel>
 
+#include "ListRows.h"
 #include "Localization.h"
 
 namespace {
@@ -13,23 +14,22 @@ QString WordsOrNone(const QStringList &words) {
 
 }  // namespace
 
-QList<DiveSummaryLine> SummarizeDive(const DiveRecord &dive) {
+QList<DiveSummaryLine> SummarizeDive(const DiveRecord &dive, ShownClock clock) {
   // The dive list's styles; a date the device could not have meant shows as zeros there too.
-  const QDateTime entry = dive.entryJapanTime(), exit = dive.exitJapanTime();
+  const QDateTime entry = OnClock(dive.entry, clock), exit = OnClock(dive.exit, clock);
   const QString date =
       entry.isValid() ? entry.toString(QStringLiteral("yyyy/MM/dd")) : QStringLiteral("0000/00/00");
-  const auto clock = [](const QDateTime &time) {
+  const auto hours = [](const QDateTime &time) {
     return time.isValid() ? time.toString(QStringLiteral("HH:mm")) : QStringLiteral("00:00");
   };
-  const float lowest = dive.lowestTemperatureCelsius();
-  const auto metres = [](double value) { return Localized("unit_metres").arg(value, 0, 'f', 1); };
   return {
+      {Localized("summary_clock"), ClockName(clock)},
       {Localized("summary_date"), date},
-      {Localized("summary_entry_exit"), QStringLiteral("%1 – %2").arg(clock(entry), clock(exit))},
+      {Localized("summary_entry_exit"), QStringLiteral("%1 – %2").arg(hours(entry), hours(exit))},
       {Localized("summary_dive_time"), Localized("unit_minutes").arg(dive.diveTimeMinutes)},
-      {Localized("summary_max_depth"), metres(dive.maxDepthMetres())},
-      {Localized("summary_average_depth"), metres(dive.averageDepthMetres())},
-      {Localized("summary_min_temperature"), Localized("unit_celsius").arg(lowest, 0, 'f', 1)},
+      {Localized("summary_max_depth"), MetresText(dive.maxDepthMetres())},
+      {Localized("summary_average_depth"), MetresText(dive.averageDepthMetres())},
+      {Localized("summary_min_temperature"), CelsiusText(dive.lowestTemperatureCelsius())},
       {Localized("summary_warnings"), WordsOrNone(DiveWarningWords(dive.warningFlags))},
       {Localized("summary_information"), WordsOrNone(InformationWords(dive.informationFlags))},
       {Localized("summary_cns"), QStringLiteral("%1 %").arg(dive.cns)},
@@ -41,10 +41,10 @@ DiveSummaryView::DiveSummaryView(QWidget *parent) : QWidget(parent), form_(new Q
   form_->setContentsMargins(0, 0, 0, 0);
 }
 
-void DiveSummaryView::setDive(std::optional<DiveRecord> dive) {
+void DiveSummaryView::setDive(std::optional<DiveRecord> dive, ShownClock clock) {
   while (form_->rowCount() > 0) form_->removeRow(0);
   if (!dive) return;
-  for (const DiveSummaryLine &line : SummarizeDive(*dive)) {
+  for (const DiveSummaryLine &line : SummarizeDive(*dive, clock)) {
     auto *value = new QLabel(line.value, this);
     value->setWordWrap(true);
     value->setTextInteractionFlags(Qt::TextSelectableByMouse);

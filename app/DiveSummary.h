@@ -7,6 +7,7 @@
 
 #include "DiveFlags.h"
 #include "DiveRecord.h"
+#include "ShownClock.h"
 
 class QFormLayout;
 
@@ -16,17 +17,17 @@ struct DiveSummaryLine {
   QString value;
 };
 
-// What a diver reads first about a dive: date and entry - exit time in Japan time as the
-// dive list shows them, dive time, maximum and average depth, the lowest water temperature
-// (from the samples, or the summary's temperature when there are none), warnings, device
-// status, CNS and OTU.
-QList<DiveSummaryLine> SummarizeDive(const DiveRecord &dive);
+// What a diver reads first about a dive: the clock its times are on, date and entry - exit
+// time on that clock as the dive list shows them, dive time, maximum and average depth, the lowest
+// water temperature (from the samples, or the summary's temperature when there are none), warnings,
+// device status, CNS and OTU.
+QList<DiveSummaryLine> SummarizeDive(const DiveRecord &dive, ShownClock clock);
 
 // The summary as a form of labels; empty when no dive is set.
 class DiveSummaryView : public QWidget {
  public:
   explicit DiveSummaryView(QWidget *parent = nullptr);
-  void setDive(std::optional<DiveRecord> dive);
+  void setDive(std::optional<DiveRecord> dive, ShownClock clock);
 
  private:
   QFormLayout *form_;

@@ -13,6 +13,7 @@ void IndexListModel::setRows(const QStringList &rows, bool offDevice) {
   offDevice_ = offDevice;
   savedPaths_.clear();
   details_.clear();
+  notes_.clear();
   detailColumns_ = 0;
   endResetModel();
 }
@@ -51,6 +52,7 @@ QVariant IndexListModel::data(const QModelIndex &index, int role) const {
       return saved && !detail ? QVariant(savedMark_) : QVariant();
     case Qt::ToolTipRole: {
       QStringList lines;
+      if (!notes_.value(index.row()).isEmpty()) lines << notes_[index.row()];
       if (offDevice_) lines << Localized("row_not_on_device");
       if (index.row() < savedPaths_.size()) {  // else the library was not asked yet
         lines << (saved ? Localized("row_saved_as").arg(QFileInfo(*saved).fileName())

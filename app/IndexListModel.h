@@ -20,6 +20,8 @@ class IndexListModel : public QAbstractTableModel {
   void setSaved(const QList<std::optional<QString>> &savedPaths);
   // Further columns of each row, in row order (the dives' depth and water temperature).
   void setDetails(const QList<QStringList> &details);
+  // A line of each row's own for its tooltip, in row order (why a dive page is damaged).
+  void setNotes(const QStringList &notes) { notes_ = notes; }
   // Which clock the rows' times are on, for the tooltip.
   void setClockNote(const QString &note) { clockNote_ = note; }
 
@@ -39,6 +41,7 @@ class IndexListModel : public QAbstractTableModel {
   QStringList rows_;
   QList<std::optional<QString>> savedPaths_;
   QList<QStringList> details_;
+  QStringList notes_;
   int detailColumns_ = 0;
   bool offDevice_ = false;
   QString clockNote_;

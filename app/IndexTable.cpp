@@ -63,6 +63,8 @@ void IndexTable::setRows(const QStringList &rows, const QList<QStringList> &deta
     view_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
   if (!offDevice && row >= 0 && row < rows.size()) {
     view_->selectRow(row);
+    // The row's text may have changed (another clock); a blank caption stays blank.
+    if (!caption_->text().isEmpty()) caption_->setText(captionFor(row));
   } else {
     caption_->setText(QString());
   }
@@ -91,15 +93,21 @@ void IndexTable::offer(bool offered) {
     if (!offered) caption_->setText(QString());
     return;
   }
-  caption_->setText(model_->rows().value(row));
+  caption_->setText(captionFor(row));
   caption_->raise();
 }
 
 void IndexTable::pickChanged() {
   const int row = picked();
-  caption_->setText(row < 0 ? QString() : model_->rows().value(row));
+  caption_->setText(row < 0 ? QString() : captionFor(row));
   SystemLog("SelectionDidChange:%s=%ld", name_, long(row));
   if (onPick) onPick(row);
+}
+
+QString IndexTable::captionFor(int row) const {
+  const QString text = model_->rows().value(row);
+  if (text.isEmpty() || clockName_.isEmpty()) return text;
+  return QStringLiteral("%1   (%2)").arg(text, clockName_);
 }
 
 bool IndexTable::eventFilter(QObject *watched, QEvent *event) {

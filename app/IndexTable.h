@@ -38,6 +38,8 @@ class IndexTable : public QObject {
   QList<int> pickedRows() const;
   // Offered or withdrawn: a withdrawn or empty list is grey, with a blank caption.
   void offer(bool offered);
+  // The clock the rows' times are on, named in the caption after the picked row.
+  void setClockName(const QString &name) { clockName_ = name; }
 
   // The diver picked a row (-1: none).
   std::function<void(int row)> onPick;
@@ -48,10 +50,13 @@ class IndexTable : public QObject {
 
  private:
   void pickChanged();
+  // The caption for a picked row: the row, and the clock its time is on.
+  QString captionFor(int row) const;
 
   QWidget *frame_;
   QTableView *view_;
   QLabel *caption_;
   IndexListModel *model_;
   const char *name_;
+  QString clockName_;
 };

@@ -4,19 +4,11 @@
 
 #include "DeviceLibrary.h"
 #include "LogIndex.h"
-#include "VoiceIndex.h"
 
 namespace {
 
-// The clips are 16-bit mono PCM at 8000 Hz behind a 44-byte header.
+// The clips are kept behind the 44-byte header of a WAV file.
 constexpr qint64 kWaveHeaderBytes = 44;
-constexpr double kWaveBytesPerSecond = 8000 * 2;
-
-// The clip's length in whole minutes, as the device's list would show it.
-int ClipMinutes(const QString &wavePath) {
-  const qint64 bytes = std::max<qint64>(0, QFileInfo(wavePath).size() - kWaveHeaderBytes);
-  return ListedMinutes(static_cast<double>(bytes) / kWaveBytesPerSecond);
-}
 
 }  // namespace
 
@@ -25,20 +17,17 @@ LibraryShelf ReadShelf(const Library &library, const DeviceKey &device) {
   shelf.device = device;
   for (const StoredDive &stored : library.dives(device)) {
     const DiveRecord dive = DecodeDive(&stored.page);
-    shelf.diveRows.append(DiveLogRowText(dive));
+    shelf.diveRows.append(ListedDive(stored.number, dive));
     shelf.dives.append(dive);
-    shelf.diveNumbers.append(stored.number);
     shelf.diveFiles.append(
         library.savedFile(device, ItemKind::Dive, DeviceLibrary::DiveKey(stored.number, dive)));
   }
   for (const StoredClip &clip : library.clips(device)) {
     const std::optional<QString> file = library.savedFile(device, ItemKind::Clip, clip.key);
     if (!file) continue;  // nothing to play
-    shelf.clipRows.append(QStringLiteral("%1 %2min")
-                              .arg(clip.start.toString(QStringLiteral("yyyy/MM/dd HH:mm")))
-                              .arg(ClipMinutes(*file)));
+    const int32_t audio = int32_t(std::max<qint64>(0, QFileInfo(*file).size() - kWaveHeaderBytes));
+    shelf.clips.append({0, QString(), clip.start, 0, audio});
     shelf.clipFiles.append(*file);
-    shelf.clipTimes.append(clip.start);
   }
   return shelf;
 }

@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <optional>
 
+#include "DeviceState.h"
 #include "DiveRecord.h"
 #include "Library.h"
 
@@ -14,13 +15,11 @@
 // there to play. Rows are newest first, as the library gives them.
 struct LibraryShelf {
   DeviceKey device;
-  QStringList diveRows;        // as the device's list shows them: date, entry time, minutes
-  QList<DiveRecord> dives;     // decoded once from the pages the library kept
-  QList<int32_t> diveNumbers;  // the device's history numbers
+  QList<DiveRow> diveRows;  // as the device's list would give them, with their history numbers
+  QList<DiveRecord> dives;  // decoded once from the pages the library kept
   QList<std::optional<QString>> diveFiles;  // the saved CSV, while it is there unchanged
-  QStringList clipRows;                     // recording time and minutes, from the WAV's length
+  QList<ClipRow> clips;  // the recording time (on the device's clock) and the WAV's audio bytes
   QStringList clipFiles;
-  QList<QDateTime> clipTimes;  // on the device's clock
 };
 
 LibraryShelf ReadShelf(const Library &library, const DeviceKey &device);

@@ -15,7 +15,7 @@ std::optional<DiveRecord> DeviceListSource::dive(int row) const {
 
 PlayableClip DeviceListSource::clip(int row) const {
   if (row < 0 || row >= shown_.clips.size()) return {};
-  return {savedClip(shown_.clips[row].number), shown_.clips[row].text};
+  return {savedClip(shown_.clips[row].number), shown_.clips[row]};
 }
 
 QList<int32_t> DeviceListSource::pinEntries() const {
@@ -28,16 +28,19 @@ QList<int32_t> DeviceListSource::pinEntries() const {
   return pinned;
 }
 
-QList<QDateTime> DeviceListSource::pinTimes() const {
-  QList<QDateTime> times;
-  for (int32_t entry : pinEntries())
-    times.append(VoiceRecordingTime(stack_.voice.entryText(entry)));
-  return times;
+QList<ClipRow> DeviceListSource::pins() const {
+  QList<ClipRow> pins;
+  for (int32_t entry : pinEntries()) {
+    const DeviceLibrary::Item item = stack_.deviceLibrary.item(ItemKind::Clip, entry);
+    pins.append({entry, item.name, VoiceRecordingTime(stack_.voice.entryText(entry)), 0,
+                 int32_t(stack_.deviceLibrary.wireBytes(item))});
+  }
+  return pins;
 }
 
 PlayableClip DeviceListSource::pinnedClip(int pin) const {
-  const int32_t entry = pinEntries().value(pin, -1);
-  return {savedClip(entry), stack_.deviceLibrary.item(ItemKind::Clip, entry).name};
+  const ClipRow row = pins().value(pin);
+  return {savedClip(row.number), row};
 }
 
 std::optional<DeviceLibrary::Item> DeviceListSource::fetchable(int pin) const {
@@ -58,5 +61,5 @@ std::optional<DiveRecord> ShelfListSource::dive(int row) const {
 
 PlayableClip ShelfListSource::clip(int row) const {
   if (row < 0 || row >= shelf.clipFiles.size()) return {};
-  return {shelf.clipFiles[row], shelf.clipRows[row]};
+  return {shelf.clipFiles[row], shelf.clips[row]};
 }

@@ -12,11 +12,10 @@
 
 class DeviceStack;
 
-// A clip the window can play: its saved file, when there is one, and the text it is listed
-// with.
+// A clip the window can play: its saved file, when there is one, and its row.
 struct PlayableClip {
   std::optional<QString> file;
-  QString name;
+  ClipRow row;
 };
 
 // What the two lists stand for, row by row: the device plugged in, or what the library
@@ -29,15 +28,18 @@ class ListSource {
   virtual bool fromLibrary() const = 0;
   // The device whose dives the lists show.
   virtual DeviceKey device() const = 0;
+  // The rows of the two lists, in list order.
+  virtual QList<ClipRow> clipRows() const = 0;
+  virtual QList<DiveRow> diveRows() const = 0;
   // The history numbers of the listed dives, in list order.
-  virtual QList<int32_t> diveNumbers() const = 0;
+  QList<int32_t> diveNumbers() const { return RowNumbers(diveRows()); }
   // The dive of a row of the dive list; none when its page was not read.
   virtual std::optional<DiveRecord> dive(int row) const = 0;
   // The clip of a row of the clip list.
   virtual PlayableClip clip(int row) const = 0;
-  // When each clip that may be pinned on a dive began, on the device's clock; a pin is
-  // known by its place in this list.
-  virtual QList<QDateTime> pinTimes() const = 0;
+  // Each clip that may be pinned on a dive: when it began (on the device's clock) and its
+  // audio bytes; a pin is known by its place in this list.
+  virtual QList<ClipRow> pins() const = 0;
   virtual PlayableClip pinnedClip(int pin) const = 0;
   // The device's item for a pinned clip that is not saved yet, to fetch before it plays.
   virtual std::optional<DeviceLibrary::Item> fetchable(int pin) const = 0;
@@ -49,10 +51,11 @@ class DeviceListSource : public ListSource {
   DeviceListSource(DeviceStack &stack, const DeviceState &shown) : stack_(stack), shown_(shown) {}
   bool fromLibrary() const override { return false; }
   DeviceKey device() const override;
-  QList<int32_t> diveNumbers() const override { return RowNumbers(shown_.dives); }
+  QList<ClipRow> clipRows() const override { return shown_.clips; }
+  QList<DiveRow> diveRows() const override { return shown_.dives; }
   std::optional<DiveRecord> dive(int row) const override;
   PlayableClip clip(int row) const override;
-  QList<QDateTime> pinTimes() const override;
+  QList<ClipRow> pins() const override;
   PlayableClip pinnedClip(int pin) const override;
   std::optional<DeviceLibrary::Item> fetchable(int pin) const override;
 
@@ -72,10 +75,11 @@ class ShelfListSource : public ListSource {
   explicit ShelfListSource(LibraryShelf shelf) : shelf(std::move(shelf)) {}
   bool fromLibrary() const override { return true; }
   DeviceKey device() const override { return shelf.device; }
-  QList<int32_t> diveNumbers() const override { return shelf.diveNumbers; }
+  QList<ClipRow> clipRows() const override { return shelf.clips; }
+  QList<DiveRow> diveRows() const override { return shelf.diveRows; }
   std::optional<DiveRecord> dive(int row) const override;
   PlayableClip clip(int row) const override;
-  QList<QDateTime> pinTimes() const override { return shelf.clipTimes; }
+  QList<ClipRow> pins() const override { return shelf.clips; }
   PlayableClip pinnedClip(int pin) const override { return clip(pin); }
   std::optional<DeviceLibrary::Item> fetchable(int) const override { return std::nullopt; }
 

@@ -104,6 +104,7 @@ QString SaveJobPanel::DescribeReport(const SaveAllReport &report) {
       lines << QStringLiteral("%1: %2").arg(failed.name, failed.outcome.sentence.simplified());
     }
   }
+  if (report.damaged > 0) lines << Localized("job_damaged").arg(report.damaged);
   if (report.cancelled) lines << Localized("job_cancelled");
   return lines.join(u'\n');
 }

@@ -14,8 +14,11 @@
 #include "DivePane.h"
 #include "DiveRecord.h"
 #include "ExportDialog.h"
+#include "ListRows.h"
 #include "Localization.h"
+#include "PageDamage.h"
 #include "PlayerBar.h"
+#include "PreferencesDialog.h"
 #include "SearchRange.h"
 #include "SystemLog.h"
 #include "VoiceIndex.h"
@@ -24,12 +27,6 @@
 namespace {
 
 constexpr int kSearchRanges = 6;
-
-// A dive's deepest point and water temperature, as the dive list's further columns.
-QStringList DiveDetails(double maxDepthMetres, float temperatureCelsius) {
-  return {QStringLiteral("%1 m").arg(maxDepthMetres, 0, 'f', 1),
-          QStringLiteral("%1 °C").arg(temperatureCelsius, 0, 'f', 1)};
-}
 
 }  // namespace
 
@@ -77,8 +74,12 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
   };
   divePane_->pinClicked = [this](int pin) { playPinnedClip(pin); };
   ui_->pictureBox_set_corvamund2->setPixmap(DevicePicture(180));
-  diveTable_->model().setClockNote(Localized("dive_times_japan"));
-  clipTable_->model().setClockNote(Localized("clip_times_device"));
+  preferences_ = new QPushButton(this);
+  preferences_->setObjectName(QStringLiteral("button_preferences"));
+  ui_->layout_search->insertWidget(ui_->layout_search->indexOf(ui_->button_export_logbook),
+                                   preferences_);
+  connect(preferences_, &QPushButton::clicked, this, [this] { preferencesClicked(); });
+  nameClock();
   ui_->progressBar_cdc->setRange(0, 100);
   setWindowTitle(QStringLiteral("Mrvtq5dk"));
   tickTimer_.setInterval(1000);
@@ -112,6 +113,7 @@ void ViewController::start() {
   ui_->button_download_log->setText(Localized("button_download_log"));
   ui_->button_save_all_new->setText(Localized("button_save_all_new"));
   ui_->button_export_logbook->setText(Localized("button_export_logbook"));
+  preferences_->setText(Localized("button_preferences"));
   ui_->button_save_all_new->hide();
   deviceChooserLabel_->setText(Localized("library_device"));
   ui_->label_voice_counts->clear();
@@ -249,18 +251,65 @@ void ViewController::render(const DeviceState &state) {
 
 void ViewController::showLists(const DeviceState &state, const DeviceState &before) {
   if (state.clips != before.clips) {
-    showDeviceRows(*clipTable_, RowTexts(state.clips), {});
+    if (lists().fromLibrary()) putShelfAway();
+    showClipRows(state.clips, false);
+    if (state.clips.isEmpty()) ui_->label_voice_counts->clear();
     // A new clip list is shown with its first row picked.
     if (!state.clips.isEmpty()) clipTable_->pick(0);
   }
   if (state.dives != before.dives) {
-    QList<QStringList> details;
-    for (const DiveRow &dive : state.dives)
-      details.append(DiveDetails(dive.maxDepthMetres, dive.temperatureCelsius));
-    showDeviceRows(*diveTable_, RowTexts(state.dives), details);
+    if (lists().fromLibrary()) putShelfAway();
+    showDiveRows(state.dives, false);
+    if (state.dives.isEmpty()) ui_->label_log_counts->clear();
     // The first dive is picked as it comes; later rows keep the pick.
     if (before.dives.isEmpty() && !state.dives.isEmpty()) diveTable_->pick(0);
   }
+}
+
+void ViewController::showClipRows(const QList<ClipRow> &clips, bool offDevice) {
+  QStringList rows;
+  for (const ClipRow &clip : clips) rows.append(ClipRowText(clip, clock_));
+  clipTable_->setRows(rows, {}, offDevice);
+}
+
+void ViewController::showDiveRows(const QList<DiveRow> &dives, bool offDevice) {
+  QStringList rows, notes;
+  QList<QStringList> details;
+  for (const DiveRow &dive : dives) {
+    rows.append(DiveRowText(dive, clock_));
+    details.append(DiveRowDetails(dive));
+    notes.append(dive.damage ? DamageText(*dive.damage) : QString());
+  }
+  diveTable_->setRows(rows, details, offDevice);
+  diveTable_->model().setNotes(notes);
+}
+
+void ViewController::nameClock() {
+  for (IndexTable *table : {clipTable_, diveTable_}) {
+    table->setClockName(ClockName(clock_));
+    table->model().setClockNote(Localized("row_clock").arg(ClockName(clock_)));
+  }
+}
+
+void ViewController::preferencesClicked() {
+  const std::optional<ShownClock> chosen = AskShownClock(this, clock_);
+  if (!chosen || *chosen == clock_) return;
+  SetChosenClock(*chosen);
+  clock_ = *chosen;
+  nameClock();
+  // The same rows and picks, on the other clock.
+  const QList<int> clips = clipTable_->pickedRows(), dives = diveTable_->pickedRows();
+  if (shelf_) {
+    showShelf(shelf_->device());
+  } else {
+    showClipRows(shown_.clips, false);
+    showDiveRows(shown_.dives, false);
+    if (shown_.phase == DevicePhase::Idle) refreshLibraryView();
+  }
+  for (int row : clips) clipTable_->pick(row);
+  for (int row : dives) diveTable_->pick(row);
+  showSelectedDive();
+  showSelectedClip();
 }
 
 void ViewController::offerControls(const DeviceState &state) {
@@ -289,14 +338,6 @@ void ViewController::offerList(IndexTable &table, bool offered) {
   table.offer(offered && !jobPanel_->running());
 }
 
-void ViewController::showDeviceRows(IndexTable &table, const QStringList &rows,
-                                    const QList<QStringList> &details) {
-  if (lists().fromLibrary()) putShelfAway();
-  table.setRows(rows, details);
-  if (rows.isEmpty())
-    (&table == clipTable_ ? ui_->label_voice_counts : ui_->label_log_counts)->clear();
-}
-
 int ViewController::chosenRangeMonths() const {
   const int index = ui_->comboBox_index_search_range->currentIndex();
   return index >= 0 && index < int(kSearchRangeMonths.size()) ? kSearchRangeMonths[index] : 0;
@@ -308,17 +349,17 @@ ListSource &ViewController::lists() {
 }
 
 void ViewController::showSelectedDive() {
-  divePane_->showDive(lists().dive(diveTable_->picked()), lists().pinTimes());
+  divePane_->showDive(lists().dive(diveTable_->picked()), lists().pins(), clock_);
 }
 
 void ViewController::showSelectedClip() {
   const PlayableClip clip = lists().clip(clipTable_->picked());
-  divePane_->player().setClip(clip.file, clip.name);
+  divePane_->player().setClip(clip.file, ClipRowText(clip.row, clock_));
 }
 
 bool ViewController::play(const PlayableClip &clip) {
   if (!clip.file) return false;
-  divePane_->player().setClip(clip.file, clip.name);
+  divePane_->player().setClip(clip.file, ClipRowText(clip.row, clock_));
   divePane_->player().player().play(*clip.file);
   return true;
 }
@@ -374,6 +415,8 @@ void ViewController::downloadDiveClicked() {
     SystemLog("action_button_download_log:sdtring error:count=%ld,sel=%ld", count, row);
     return;
   }
+  // A damaged page is saved all the same when asked for alone, as the device gave it.
+  if (dives[row].damage) messageBox(DamagedPageSaved(*dives[row].damage));
   stack_.downloadDive(dives[row].number, [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
@@ -427,23 +470,24 @@ QList<DeviceLibrary::Item> ViewController::selectedItems(ItemKind kind) {
 void ViewController::refreshLibraryView() {
   const QList<DeviceLibrary::Item> items = stack_.deviceLibrary.listed();
   QList<std::optional<QString>> dives, clips;
-  for (const DeviceLibrary::Item &item : items)
-    (item.kind == ItemKind::Dive ? dives : clips).append(item.savedPath);
-  const auto unsaved = [](const QList<std::optional<QString>> &paths) {
-    return int(std::count(paths.begin(), paths.end(), std::nullopt));
-  };
+  int newDives = 0, newClips = 0;  // a damaged page is never new: Save all new leaves it
+  for (const DeviceLibrary::Item &item : items) {
+    const bool dive = item.kind == ItemKind::Dive;
+    (dive ? dives : clips).append(item.savedPath);
+    if (!item.savedPath && !item.damaged) ++(dive ? newDives : newClips);
+  }
   diveTable_->setSaved(dives);
   clipTable_->setSaved(clips);
-  newItems_ = unsaved(dives) + unsaved(clips);
+  newItems_ = newDives + newClips;
   const int heldDives = std::max(0, shown_.heldDives);
   ui_->label_log_counts->setText(
-      Localized("list_counts").arg(dives.size()).arg(heldDives).arg(unsaved(dives)));
+      Localized("list_counts").arg(dives.size()).arg(heldDives).arg(newDives));
   const int hidden = stack_.voice.hiddenShortClips();
   const QString clipCounts =
       (hidden > 0 ? Localized("list_counts_short_hidden") : Localized("list_counts"))
           .arg(clips.size())
           .arg(stack_.voice.heldClips())
-          .arg(unsaved(clips));
+          .arg(newClips);
   ui_->label_voice_counts->setText(hidden > 0 ? clipCounts.arg(hidden) : clipCounts);
   updateSaveAllButton();
 }
@@ -493,24 +537,19 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   deviceChooser_->setCurrentIndex(int(devices.indexOf(shelf.device)));
   deviceChooserLabel_->setVisible(devices.size() > 1);
   deviceChooser_->setVisible(devices.size() > 1);
-  const auto fill = [](IndexTable &table, const QStringList &rows,
-                       const QList<QStringList> &details,
-                       const QList<std::optional<QString>> &files) {
-    table.setRows(rows, details, true);
-    table.setSaved(files);
-    table.reveal();
-    table.offer(!rows.isEmpty());
-  };
   QList<std::optional<QString>> clipFiles;
   for (const QString &file : shelf.clipFiles) clipFiles.append(file);
-  QList<QStringList> details;
-  for (const DiveRecord &dive : shelf.dives)
-    details.append(DiveDetails(dive.maxDepthMetres(), dive.temperatureCelsius()));
-  fill(*clipTable_, shelf.clipRows, {}, clipFiles);
-  fill(*diveTable_, shelf.diveRows, details, shelf.diveFiles);
+  showClipRows(shelf.clips, true);
+  showDiveRows(shelf.diveRows, true);
+  clipTable_->setSaved(clipFiles);
+  diveTable_->setSaved(shelf.diveFiles);
+  for (IndexTable *table : {clipTable_, diveTable_}) {
+    table->reveal();
+    table->offer(table->model().rowCount() > 0);
+  }
   ui_->label_recorded_voice->show();
   ui_->label_dive_log->show();
-  ui_->label_voice_counts->setText(Localized("shelf_counts").arg(shelf.clipRows.size()));
+  ui_->label_voice_counts->setText(Localized("shelf_counts").arg(shelf.clips.size()));
   ui_->label_log_counts->setText(Localized("shelf_counts").arg(shelf.diveRows.size()));
   ui_->label_status->setText(
       Localized("status_browsing_library").arg(ShelfDeviceName(shelf.device)));

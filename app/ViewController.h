@@ -11,6 +11,7 @@
 #include "LibraryShelf.h"
 #include "ListSource.h"
 #include "SaveJobPanel.h"
+#include "ShownClock.h"
 
 namespace Ui {
 class ViewController;
@@ -18,6 +19,7 @@ class ViewController;
 class DivePane;
 class QComboBox;
 class QLabel;
+class QPushButton;
 
 // The one window: the device's identity, the voice and dive lists with their download
 // buttons and what of them is saved, "Save all new", the date range, and the boxes that
@@ -74,9 +76,13 @@ class ViewController : public QWidget {
   void render(const DeviceState &state);
   void showLists(const DeviceState &state, const DeviceState &before);
   void offerControls(const DeviceState &state);
-  // The device's rows of a list, in place of the library's if those were shown.
-  void showDeviceRows(IndexTable &table, const QStringList &rows,
-                      const QList<QStringList> &details);
+  // The rows of the lists, on the chosen clock; offDevice for the library's.
+  void showClipRows(const QList<ClipRow> &clips, bool offDevice);
+  void showDiveRows(const QList<DiveRow> &dives, bool offDevice);
+  // The lists name the clock their times are on.
+  void nameClock();
+  // The diver may choose the clock the window shows times on.
+  void preferencesClicked();
   // A list offered or withdrawn by the session; the library's lists stay as they are.
   void offerList(IndexTable &table, bool offered);
   // The period chosen in the range box, in months; none chosen reads as 0.
@@ -131,4 +137,6 @@ class ViewController : public QWidget {
   bool shelfLooked_ = false;                // the library was asked since the device went
   QLabel *deviceChooserLabel_ = nullptr;
   QComboBox *deviceChooser_ = nullptr;
+  QPushButton *preferences_ = nullptr;
+  ShownClock clock_ = ChosenClock();  // every time the window shows is on this clock
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "FieldDecoders.h"
+#include "PageDamage.h"
 
 namespace {
 
@@ -88,8 +89,10 @@ DiveRecord DecodeDive(const QByteArray *page) {
     DiveRecord none;
     none.reach = PageReach::EndsInSummary;
     none.pageEnd = error.what();
+    none.damage = PageDamage::Short;
     return none;
   }
+  dive.damage = page ? FindPageDamage(*page, dive) : PageDamage::EntryOffCalendar;
   // The device's size is taken as it stands; no page holds more than 512 samples, so a
   // larger one ends at the range error.
   try {

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "DeviceState.h"
 #include "DiveLogPage.h"
 
 // One profile sample: the device's values as they are, and the same in plain units.
@@ -62,6 +63,7 @@ struct DiveRecord {
   QList<DiveSample> samples;
   PageReach reach = PageReach::Whole;
   std::string pageEnd;  // when the page ran out: the range error of the first read past it
+  std::optional<PageDamage> damage;  // what no device could have recorded, if anything
 
   // Divers read the device's times in Japan time.
   QDateTime entryJapanTime() const;
@@ -76,8 +78,8 @@ struct DiveRecord {
   float entryPressureHectopascals() const { return static_cast<float>(entryPressureByte) * 5.12f; }
 };
 
-// The dive held by a 4096-byte page. A missing page (nullptr) reads as zeros, each field
-// logging it.
+// The dive held by a 4096-byte page, and whether the page is damaged. A missing page
+// (nullptr) reads as zeros, each field logging it, and holds no dive.
 DiveRecord DecodeDive(const QByteArray *page);
 
 // A page as the device sent it, kept with the dive decoded from it once: whatever is

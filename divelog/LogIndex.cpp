@@ -53,6 +53,17 @@ QString DiveLogFileBaseName(const DiveRecord &dive) {
   return QStringLiteral("%1_%2_%3").arg(t.date, t.time).arg(t.minutes);
 }
 
+DiveRow ListedDive(int32_t number, const DiveRecord &dive) {
+  return {number,
+          DiveLogRowText(dive),
+          dive.entry,
+          dive.exit,
+          dive.diveTimeMinutes,
+          dive.maxDepthMetres(),
+          dive.lowestTemperatureCelsius(),
+          dive.damage};
+}
+
 int32_t DiveLogDayNumber(const DiveRecord &dive) {
   const QDateTime entry = dive.entryJapanTime();
   if (!entry.isValid()) return kEarliestSearchDate;

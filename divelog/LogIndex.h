@@ -28,6 +28,8 @@ LogHistory DecodeLogHistory(const char *record);
 // shows as zeros.
 QString DiveLogRowText(const DiveRecord &dive);
 QString DiveLogFileBaseName(const DiveRecord &dive);
+// The dive's row of the dive list, numbered by its history number.
+DiveRow ListedDive(int32_t number, const DiveRecord &dive);
 // The dive's day in Japan time, yyyymmdd, as the date range compares it; 20220101 when
 // its page makes no date.
 int32_t DiveLogDayNumber(const DiveRecord &dive);

@@ -107,7 +107,8 @@ void LogTransfer::listingPage() {
   const DecodedPage read = DecodePage(pageBuffer);
   listedPages_.with([&](QMap<int32_t, DecodedPage> &pages) { pages[fetched] = read; });
   pageRead(fetched, read);
-  if (DiveLogDayNumber(read.dive) >= state.searchFromDate) {
+  // A damaged page is listed whatever the period: its date cannot be trusted to leave it out.
+  if (read.dive.damage || DiveLogDayNumber(read.dive) >= state.searchFromDate) {
     addDiveRow(read.dive, fetched);
   }
   // Older dives are fetched all the same: the count, not the date, ends the listing.
@@ -177,8 +178,7 @@ void LogTransfer::downloadPage() {
 }
 
 void LogTransfer::addDiveRow(const DiveRecord &dive, int32_t number) {
-  const DiveRow row{number,    DiveLogRowText(dive),  dive.entry,
-                    dive.exit, dive.maxDepthMetres(), dive.temperatureCelsius()};
+  const DiveRow row = ListedDive(number, dive);
   mainThread_.post([this, row] {
     bool first = false;
     context_.model.update([&](DeviceState &published) {

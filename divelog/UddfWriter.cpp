@@ -63,8 +63,8 @@ QList<PlacedDive> PlaceDives(const UddfLogbook &logbook, UddfWritten &written) {
   QList<PlacedDive> placed;
   for (const UddfLogbook::Device &device : logbook.devices) {
     for (const UddfLogbook::Dive &dive : device.dives) {
-      if (dive.record.reach == PageReach::EndsInSummary || !dive.record.entry.isValid()) {
-        ++written.divesWithoutDate;
+      if (dive.record.damage) {
+        ++written.damagedDives;
         continue;
       }
       placed << PlacedDive{&device, &dive, {}};

@@ -33,10 +33,10 @@ struct UddfLogbook {
 
 // What the document holds.
 struct UddfWritten {
-  bool ok = false;           // false when out refused a write
-  int dives = 0;             // dives written
-  int clips = 0;             // voice clips linked from a dive
-  int divesWithoutDate = 0;  // left out: no valid entry time (or no summary) to date them by
+  bool ok = false;       // false when out refused a write
+  int dives = 0;         // dives written
+  int clips = 0;         // voice clips linked from a dive
+  int damagedDives = 0;  // left out: pages no device could have recorded
 };
 
 // Writes the logbook as one UDDF 3.2.3 document: the generator, the devices as the owner's

@@ -64,7 +64,7 @@ QList<DeviceLibrary::Item> DeviceLibrary::listed() {
   for (const DiveRow &dive : lists.dives) {
     const QString itemKey = diveKey(dive.number);
     items.append(Item{ItemKind::Dive, dive.number, itemKey, dive.text,
-                      library_.savedFile(key, ItemKind::Dive, itemKey)});
+                      library_.savedFile(key, ItemKind::Dive, itemKey), dive.damage.has_value()});
   }
   const VoiceIndexState index = voice_.index();
   const QStringList entries = index.entries.value_or(QStringList());
@@ -86,10 +86,12 @@ QList<DeviceLibrary::Item> DeviceLibrary::listed() {
 DeviceLibrary::Item DeviceLibrary::item(ItemKind kind, int32_t number) const {
   const DeviceState lists = session_.model().state();
   const bool dive = kind == ItemKind::Dive;
-  const QString name = dive ? RowTexts(lists.dives).value(RowNumbers(lists.dives).indexOf(number))
+  const qsizetype diveRow = RowNumbers(lists.dives).indexOf(number);
+  const QString name = dive ? RowTexts(lists.dives).value(diveRow)
                             : RowTexts(lists.clips).value(RowNumbers(lists.clips).indexOf(number));
-  return Item{kind, number, dive ? diveKey(number) : ClipKey(voice_.entryText(number)), name,
-              std::nullopt};
+  const bool damaged = dive && diveRow >= 0 && lists.dives[diveRow].damage.has_value();
+  return Item{kind, number,       dive ? diveKey(number) : ClipKey(voice_.entryText(number)),
+              name, std::nullopt, damaged};
 }
 
 void DeviceLibrary::save(const Item &item, OutcomeHandler done, bool overTheWire) {

@@ -20,6 +20,7 @@ class DeviceLibrary {
     QString key;                       // the library's key: see diveKey and ClipKey
     QString name;                      // the row as the list shows it
     std::optional<QString> savedPath;  // the file, while it is there unchanged
+    bool damaged = false;              // a dive page no device could have recorded
   };
 
   DeviceLibrary(Session &session, VoiceTransfer &voice, LogTransfer &logs, Library &library);

@@ -83,12 +83,12 @@ LogbookExportResult ExportLogbook(const Library &library, const LogbookExportReq
   }
   result.dives = written.dives;
   result.clips = written.clips;
-  result.divesWithoutDate = written.divesWithoutDate;
+  result.damagedDives = written.damagedDives;
   result.sentence =
       written.dives == 0
           ? Localized("export_no_dives").arg(shown)
           : Localized("export_written").arg(written.dives).arg(written.clips).arg(shown);
-  if (written.divesWithoutDate > 0)
-    result.sentence += u' ' + Localized("export_dives_without_date").arg(written.divesWithoutDate);
+  if (written.damagedDives > 0)
+    result.sentence += u' ' + Localized("export_dives_without_date").arg(written.damagedDives);
   return result;
 }

@@ -25,12 +25,12 @@ enum class ExportFailure {
 
 struct LogbookExportResult {
   ExportFailure failure = ExportFailure::None;
-  QString sentence;          // for the user, in their language: what was written, or why not
-  SaveResult save;           // how writing ended, for CannotWrite
-  QString path;              // the file, as an absolute path
-  int dives = 0;             // dives written
-  int clips = 0;             // voice clips linked
-  int divesWithoutDate = 0;  // left out, having no valid date
+  QString sentence;      // for the user, in their language: what was written, or why not
+  SaveResult save;       // how writing ended, for CannotWrite
+  QString path;          // the file, as an absolute path
+  int dives = 0;         // dives written
+  int clips = 0;         // voice clips linked
+  int damagedDives = 0;  // left out: pages no device could have recorded
 
   bool ok() const { return failure == ExportFailure::None; }
 };

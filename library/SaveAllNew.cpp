@@ -10,6 +10,8 @@ void SaveAllNew::start(std::function<void(const SaveAllReport &)> done) {
   for (const DeviceLibrary::Item &item : library_.listed()) {
     if (item.savedPath) {
       ++report_.alreadySaved;
+    } else if (item.damaged) {
+      ++report_.damaged;
     } else {
       enqueue(item);
     }

@@ -27,12 +27,13 @@ struct SaveAllReport {
   QStringList saved;       // the paths written
   QList<Failed> failed;    // in the order tried
   int alreadySaved = 0;    // listed items the library already had, unchanged
+  int damaged = 0;         // listed dive pages left unsaved: no device could have recorded them
   bool cancelled = false;  // the items not tried are not in failed
 };
 
-// Saves every listed item the library does not have yet: dives first, from the pages the
-// listing read, then clips one after another through the session's clip download with its
-// stall supervision and retries. A failed item does not stop the rest; cancel stops after
+// Saves every listed item the library does not have yet, damaged dive pages aside: dives first,
+// from the pages the listing read, then clips one after another through the session's clip download
+// with its stall supervision and retries. A failed item does not stop the rest; cancel stops after
 // the item under way, which ends as cancelled. Main thread.
 class SaveAllNew {
  public:
@@ -42,7 +43,8 @@ class SaveAllNew {
   void setItemHandler(std::function<void(const DeviceLibrary::Item &, const Outcome &)> handler) {
     itemHandler_ = std::move(handler);
   }
-  // Starts the job over the current lists' new items; done hears how it ended.
+  // Starts the job over the current lists' new items, damaged pages left out and counted;
+  // done hears how it ended.
   void start(std::function<void(const SaveAllReport &)> done);
   // Saves these items, saved before or not: the rows a diver picked.
   void start(const QList<DeviceLibrary::Item> &items,

@@ -45,14 +45,26 @@ struct ClipRow {
   bool operator==(const ClipRow &) const = default;
 };
 
+// Why a dive page holds what no device could have recorded: such a page is listed as
+// damaged, neither drawn nor saved with the others nor exported.
+enum class PageDamage {
+  EntryOffCalendar,     // the date or the entry time is not on the calendar
+  ExitOffCalendar,      // the exit time is not on the clock
+  AverageBelowMaximum,  // the average depth is deeper than the maximum
+  WaterTemperature,     // the water was colder than -5 °C or warmer than 50 °C
+  Short,                // the page ends inside its summary
+};
+
 // A row of the dive list: the dive's history number, the text it is listed with, and its
 // summary.
 struct DiveRow {
   int32_t number = 0;
   QString text;
   QDateTime entry, exit;  // on the device's clock
+  int minutes = 0;        // the dive time, as the device counts it
   double maxDepthMetres = 0;
-  float temperatureCelsius = 0;
+  float temperatureCelsius = 0;  // the coldest water of the dive
+  std::optional<PageDamage> damage;
   bool operator==(const DiveRow &) const = default;
 };
 

@@ -220,14 +220,6 @@
         <source>job_cancelled</source>
         <translation>Cancelled. What was not saved yet is still new on the device.</translation>
     </message>
-    <message id="dive_times_japan">
-        <source>dive_times_japan</source>
-        <translation>Dive times are in Japan time, as the device's own tools show them.</translation>
-    </message>
-    <message id="clip_times_device">
-        <source>clip_times_device</source>
-        <translation>Clip times are on the device's clock.</translation>
-    </message>
     <message id="flag_slow">
         <source>flag_slow</source>
         <translation>Ascent too fast</translation>
@@ -362,7 +354,7 @@
     </message>
     <message id="profile_clip">
         <source>profile_clip</source>
-        <translation>Voice clip %1 into the dive</translation>
+        <translation>Voice clip %1 into the dive, %2 long</translation>
     </message>
     <message id="player_play">
         <source>player_play</source>
@@ -459,6 +451,80 @@
     <message id="export_file_filter">
         <source>export_file_filter</source>
         <translation>UDDF logbook (*.uddf)</translation>
+    </message>
+    <message id="row_damaged">
+        <source>row_damaged</source>
+        <translation>damaged</translation>
+    </message>
+    <message id="damage_entry">
+        <source>damage_entry</source>
+        <translation>Damaged page: its date or entry time is not on the calendar.</translation>
+    </message>
+    <message id="damage_exit">
+        <source>damage_exit</source>
+        <translation>Damaged page: its exit time is not on the clock.</translation>
+    </message>
+    <message id="damage_depth">
+        <source>damage_depth</source>
+        <translation>Damaged page: its average depth is deeper than its maximum depth.</translation>
+    </message>
+    <message id="damage_water">
+        <source>damage_water</source>
+        <translation>Damaged page: its water temperature is below -5 °C or above 50 °C.</translation>
+    </message>
+    <message id="damage_short">
+        <source>damage_short</source>
+        <translation>Damaged page: it ends inside its summary.</translation>
+    </message>
+    <message id="profile_damaged">
+        <source>profile_damaged</source>
+        <translation>This dive page is not drawn.
+%1</translation>
+    </message>
+    <message id="dive_damaged_saved">
+        <source>dive_damaged_saved</source>
+        <translation>%1
+It is saved as the device gave it.</translation>
+    </message>
+    <message id="job_damaged">
+        <source>job_damaged</source>
+        <translation>%1 damaged pages not saved.</translation>
+    </message>
+    <message id="clock_japan">
+        <source>clock_japan</source>
+        <translation>Japan time</translation>
+    </message>
+    <message id="clock_computer">
+        <source>clock_computer</source>
+        <translation>this computer's time</translation>
+    </message>
+    <message id="clock_japan_choice">
+        <source>clock_japan_choice</source>
+        <translation>Japan time (as the device's tools show it)</translation>
+    </message>
+    <message id="clock_computer_choice">
+        <source>clock_computer_choice</source>
+        <translation>This computer's time zone</translation>
+    </message>
+    <message id="summary_clock">
+        <source>summary_clock</source>
+        <translation>Times in</translation>
+    </message>
+    <message id="row_clock">
+        <source>row_clock</source>
+        <translation>Times in %1.</translation>
+    </message>
+    <message id="button_preferences">
+        <source>button_preferences</source>
+        <translation>Preferences...</translation>
+    </message>
+    <message id="preferences_title">
+        <source>preferences_title</source>
+        <translation>Preferences</translation>
+    </message>
+    <message id="preferences_clock">
+        <source>preferences_clock</source>
+        <translation>Show every time in:</translation>
     </message>
 </context>
 </TS>

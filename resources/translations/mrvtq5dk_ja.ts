@@ -220,14 +220,6 @@
         <source>job_cancelled</source>
         <translation>キャンセルしました。まだ保存していないものは、次回も新規として表示されます。</translation>
     </message>
-    <message id="dive_times_japan">
-        <source>dive_times_japan</source>
-        <translation>ダイブの時刻は日本時間です（本体付属のツールと同じ表示）。</translation>
-    </message>
-    <message id="clip_times_device">
-        <source>clip_times_device</source>
-        <translation>音声の時刻は本体の時計の時刻です。</translation>
-    </message>
     <message id="flag_slow">
         <source>flag_slow</source>
         <translation>浮上速度超過</translation>
@@ -362,7 +354,7 @@
     </message>
     <message id="profile_clip">
         <source>profile_clip</source>
-        <translation>潜水開始から %1 の音声クリップ</translation>
+        <translation>潜水開始から %1 の音声クリップ（長さ %2）</translation>
     </message>
     <message id="player_play">
         <source>player_play</source>
@@ -459,6 +451,80 @@
     <message id="export_file_filter">
         <source>export_file_filter</source>
         <translation>UDDF ログブック (*.uddf)</translation>
+    </message>
+    <message id="row_damaged">
+        <source>row_damaged</source>
+        <translation>破損</translation>
+    </message>
+    <message id="damage_entry">
+        <source>damage_entry</source>
+        <translation>破損したページ: 日付または潜水開始時刻が暦にありません。</translation>
+    </message>
+    <message id="damage_exit">
+        <source>damage_exit</source>
+        <translation>破損したページ: 浮上時刻が時計にありません。</translation>
+    </message>
+    <message id="damage_depth">
+        <source>damage_depth</source>
+        <translation>破損したページ: 平均水深が最大水深より深くなっています。</translation>
+    </message>
+    <message id="damage_water">
+        <source>damage_water</source>
+        <translation>破損したページ: 水温が -5 °C 未満か 50 °C を超えています。</translation>
+    </message>
+    <message id="damage_short">
+        <source>damage_short</source>
+        <translation>破損したページ: サマリーの途中で終わっています。</translation>
+    </message>
+    <message id="profile_damaged">
+        <source>profile_damaged</source>
+        <translation>このダイブのページは表示しません。
+%1</translation>
+    </message>
+    <message id="dive_damaged_saved">
+        <source>dive_damaged_saved</source>
+        <translation>%1
+本体から受け取ったまま保存します。</translation>
+    </message>
+    <message id="job_damaged">
+        <source>job_damaged</source>
+        <translation>破損したページ %1 件は保存していません。</translation>
+    </message>
+    <message id="clock_japan">
+        <source>clock_japan</source>
+        <translation>日本時間</translation>
+    </message>
+    <message id="clock_computer">
+        <source>clock_computer</source>
+        <translation>このコンピューターの時刻</translation>
+    </message>
+    <message id="clock_japan_choice">
+        <source>clock_japan_choice</source>
+        <translation>日本時間（本体付属のツールと同じ表示）</translation>
+    </message>
+    <message id="clock_computer_choice">
+        <source>clock_computer_choice</source>
+        <translation>このコンピューターのタイムゾーン</translation>
+    </message>
+    <message id="summary_clock">
+        <source>summary_clock</source>
+        <translation>時刻</translation>
+    </message>
+    <message id="row_clock">
+        <source>row_clock</source>
+        <translation>時刻は%1です。</translation>
+    </message>
+    <message id="button_preferences">
+        <source>button_preferences</source>
+        <translation>設定...</translation>
+    </message>
+    <message id="preferences_title">
+        <source>preferences_title</source>
+        <translation>設定</translation>
+    </message>
+    <message id="preferences_clock">
+        <source>preferences_clock</source>
+        <translation>時刻の表示:</translation>
     </message>
 </context>
 </TS>

@@ -73,17 +73,19 @@ TEST(DiveProfile, WarningMarkersTheCrosshairAndTheSummaryReadTheSamples) {
   dive.exit = kEntry.addSecs(52 * 60);
   dive.temperatureDeci = 300;
   dive.profile[30].temperatureDeci = -15;
-  const QList<DiveSummaryLine> lines = SummarizeDive(Decoded(dive));
-  ASSERT_EQ(lines.size(), 10);
-  EXPECT_EQ(lines[1].value + " " + lines[5].value, "05:30 – 06:22 -1.5 °C");
-  EXPECT_EQ(lines[6].value, "Ascent too fast, Decompression stop required");
+  const QList<DiveSummaryLine> lines = SummarizeDive(Decoded(dive), ShownClock::Japan);
+  ASSERT_EQ(lines.size(), 11);
+  EXPECT_EQ(lines[0].value + " " + lines[2].value + " " + lines[6].value,
+            "Japan time 05:30 – 06:22 -1.5 °C");
+  EXPECT_EQ(lines[7].value, "Ascent too fast, Decompression stop required");
   // A dive without samples, and water of one temperature: nothing to divide by.
   const DiveRecord empty = Decoded(Generated(0, 1500, 268, 187));
-  EXPECT_EQ(SummarizeDive(empty)[5].value + ", " + SummarizeDive(empty)[6].value, "18.7 °C, None");
+  const QList<DiveSummaryLine> still = SummarizeDive(empty, ShownClock::Japan);
+  EXPECT_EQ(still[6].value + ", " + still[7].value, "18.7 °C, None");
   EXPECT_TRUE(LayOutProfile(empty, kPlot).depthLine.isEmpty());
   EXPECT_FALSE(ReadProfileAt(empty, LayOutProfile(empty, kPlot), 100));
-  const ProfileGeometry still = LayOutProfile(Decoded(Generated(30, 1500, 215, 215)), kPlot);
-  EXPECT_NEAR(still.temperatureLine[40].y(), kPlot.center().y(), 0.5);
+  const ProfileGeometry level = LayOutProfile(Decoded(Generated(30, 1500, 215, 215)), kPlot);
+  EXPECT_NEAR(level.temperatureLine[40].y(), kPlot.center().y(), 0.5);
 }
 
 TEST(DiveProfile, ClipsAreMarkedOnlyWithinTheDiveOnTheDeviceClock) {
@@ -123,7 +125,7 @@ TEST(DiveProfileView, PaintsTheDiveAndReportsAClickedClip) {
   dive.profile[100].warnings = 0x01;
   view.setDive(Decoded(dive));
   const QList<QDateTime> clips = {kEntry.addSecs(-600), kEntry.addSecs(20 * 60)};
-  view.setClips(clips);
+  view.setClips({{1, {}, clips[0], 7, 0}, {2, {}, clips[1], 7, 204 * 16000 + 15999}});
   const QImage image = view.grab().toImage();
   const ProfileGeometry &g = view.profileGeometry();
   EXPECT_GT(CountPixels(image, DiveProfileView::BandColor(AscentBand::Green)), 500);
@@ -146,6 +148,11 @@ TEST(DiveProfileView, PaintsTheDiveAndReportsAClickedClip) {
     QApplication::sendEvent(&view, &press);
   }
   EXPECT_EQ(clicked, QList<int>{1});
+  // The pin names the clip's length from its audio, as the lists and the player do.
+  const QPoint pin(int(x), int(g.plot.top()) - 8);
+  QHelpEvent pinHover(QEvent::ToolTip, pin, view.mapToGlobal(pin));
+  QApplication::sendEvent(&view, &pinHover);
+  EXPECT_TRUE(QToolTip::text().contains("3:24")) << qPrintable(QToolTip::text());
 }
 
 }  // namespace

@@ -1,16 +1,19 @@
 #include <gtest/gtest.h>
 
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTableView>
 #include <QTimeZone>
 
 #include "DiveProfileView.h"
 #include "Library.h"
 #include "Localization.h"
+#include "ShownClock.h"
 #include "SimulatedDevice.h"
 #include "SystemLog.h"
 #include "TestSupport.h"
@@ -32,7 +35,7 @@ class WindowTest : public ::testing::Test {
     sim::Contents contents = sim::GenerateContents(4, QDate::currentDate());
     const QDateTime day =
         QDateTime(QDate::currentDate().addDays(-3), QTime(1, 0), QTimeZone::utc());
-    const QDateTime newest = contents.dives.last().entry;
+    newest = contents.dives.last().entry;
     contents.clips = {{newest.addSecs(120), 0x010, 0x018, 1},  // spoken during the dive
                       {day.addSecs(600), 0x019, 0x01B, 2},     // under a minute: hidden
                       {day.addSecs(3600), 0x01C, 0x024, 3}};
@@ -55,6 +58,7 @@ class WindowTest : public ::testing::Test {
   QTableView *clips = Outlet<QTableView>(window, "view_voice_index");
   QTableView *dives = Outlet<QTableView>(window, "view_log_index");
   std::unique_ptr<sim::SimulatedDevice> device;
+  QDateTime newest;  // the newest dive's entry, on the device's clock
 };
 
 // Listed with the identity and counts; a new range empties both lists and reads them again;
@@ -67,9 +71,29 @@ TEST_F(WindowTest, ListedThenRangedThenOneClipFetched) {
   EXPECT_EQ(Outlet<QLabel>(window, "label_voice_counts")->text(),
             "2 of 3 shown, 2 new, 1 short hidden");
   EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 shown, 3 new");
-  // The first clip comes picked, ready to download or play.
-  EXPECT_EQ(Outlet<QLabel>(window, "label_voice_index")->text(),
-            clips->model()->index(0, 0).data().toString());
+  // The first clip comes picked, ready to download or play; the caption names the clock.
+  const auto row = [](QTableView *list, int r) {
+    return list->model()->index(r, 0).data().toString();
+  };
+  EXPECT_EQ(Outlet<QLabel>(window, "label_voice_index")->text(), row(clips, 0) + "   (Japan time)");
+  // Every time on one clock: the clip spoken two minutes into the newest dive is listed two
+  // minutes after it, its length the audio it holds (nine blocks); then on the computer's.
+  const auto on = [](ShownClock clock, const QDateTime &t) {
+    return OnClock(t, clock).toString("yyyy/MM/dd HH:mm");
+  };
+  EXPECT_EQ(row(clips, 0), on(ShownClock::Japan, newest.addSecs(120)) + "  1:13");
+  EXPECT_EQ(row(dives, 0).left(16), on(ShownClock::Japan, newest));
+  QTimer::singleShot(100, [] {
+    QWidget *dialog = QApplication::activeModalWidget();
+    for (auto *choice : dialog->findChildren<QRadioButton *>())
+      if (choice->text() == ClockChoice(ShownClock::Computer)) choice->click();
+    dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
+  });
+  Outlet<QPushButton>(window, "button_preferences")->click();
+  EXPECT_EQ(row(clips, 0).left(16), on(ShownClock::Computer, newest.addSecs(120)));
+  EXPECT_EQ(row(dives, 0).left(16), on(ShownClock::Computer, newest));
+  EXPECT_TRUE(
+      Outlet<QLabel>(window, "label_voice_index")->text().endsWith("(this computer's time)"));
 
   // A new range while connected empties both lists at once and reads them again.
   auto *range = Outlet<QComboBox>(window, "comboBox_index_search_range");
@@ -79,7 +103,7 @@ TEST_F(WindowTest, ListedThenRangedThenOneClipFetched) {
   EXPECT_FALSE(Outlet(window, "button_download_log")->isEnabled());
   ASSERT_TRUE(WaitFor([&] { return range->isEnabled(); }, 20000));
   ASSERT_EQ(dives->model()->rowCount(), 6);
-  EXPECT_EQ(dives->model()->index(3, 2).data().toString(), "-1.5 °C");  // the ice dive's water
+  EXPECT_EQ(dives->model()->index(3, 2).data().toString(), "-1.4 °C");  // the ice dive's water
 
   // The second row shown is the third clip: the hidden one is not fetched in its place.
   clips->selectRow(1);

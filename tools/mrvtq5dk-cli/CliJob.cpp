@@ -17,6 +17,7 @@
 #include <cstdio>
 
 #include "Localization.h"
+#include "PageDamage.h"
 
 namespace {
 
@@ -266,6 +267,8 @@ Outcome CliJob::download(bool voice, int item) {
   if (voice) {
     stack_.downloadClip(number, keep);
   } else {
+    if (const std::optional<PageDamage> damage = lists.dives.value(item - 1).damage)
+      tell(DamagedPageSaved(*damage));
     stack_.downloadDive(number, keep);
   }
   std::optional<Outcome> outcome = waitForOutcome(voice ? kClipTimeoutMs : kExchangeTimeoutMs);
@@ -302,12 +305,18 @@ int CliJob::sync() {
     return kCliTransferFailed;
   }
   const int saved = int(report->saved.size()), failed = int(report->failed.size());
+  const QByteArray damaged =
+      report->damaged > 0
+          ? QByteArray(", ") + QByteArray::number(report->damaged) + " damaged pages not saved"
+          : QByteArray();
   if (saved == 0 && failed == 0 && !report->cancelled) {
-    std::printf("Nothing new: all %d listed item(s) are saved\n", report->alreadySaved);
+    std::printf("Nothing new: all %d listed item(s) are saved%s\n", report->alreadySaved,
+                damaged.constData());
     return kCliOk;
   }
-  std::printf("Saved %d new item(s), %d already saved, %d failed%s\n", saved, report->alreadySaved,
-              failed, report->cancelled ? ", interrupted" : "");
+  std::printf("Saved %d new item(s), %d already saved, %d failed%s%s\n", saved,
+              report->alreadySaved, failed, damaged.constData(),
+              report->cancelled ? ", interrupted" : "");
   if (report->cancelled) return kCliInterrupted;
   if (failed == 0) return kCliOk;
   // Only files that could not be written: the folder's fault, not the device's.
