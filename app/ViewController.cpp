@@ -468,6 +468,8 @@ QList<DeviceLibrary::Item> ViewController::selectedItems(ItemKind kind) {
 }
 
 void ViewController::refreshLibraryView() {
+  // The library's shelf counts its own rows; a device gone has nothing listed to count.
+  if (shelf_ || shown_.phase == DevicePhase::Absent) return;
   const QList<DeviceLibrary::Item> items = stack_.deviceLibrary.listed();
   QList<std::optional<QString>> dives, clips;
   int newDives = 0, newClips = 0;  // a damaged page is never new: Save all new leaves it
@@ -493,10 +495,9 @@ void ViewController::refreshLibraryView() {
 }
 
 void ViewController::showPhase() {
-  const bool gone = !shown_.portOpen || shown_.phase == DevicePhase::Absent ||
-                    shown_.phase == DevicePhase::Stopped;
-  if (gone) {
-    // Once the device has gone, its lists give way to what the library kept of it.
+  if (shown_.phase == DevicePhase::Absent) {
+    // Once the device has gone, its lists give way to what the library kept of it; one that
+    // stopped answering keeps its own, greyed, with Reconnect.
     if (!shelfLooked_ && !jobPanel_->running()) {
       shelfLooked_ = true;
       showShelf();
@@ -573,14 +574,14 @@ void ViewController::putShelfAway() {
 }
 
 void ViewController::updateSaveAllButton() {
-  ui_->button_save_all_new->setEnabled(stack_.session.state().phase == CONNECTED_IDLE &&
+  ui_->button_save_all_new->setEnabled(shown_.phase == DevicePhase::Idle &&
                                        ui_->button_download_log->isEnabled() &&
                                        !jobPanel_->running() && newItems_ > 0);
 }
 
 void ViewController::showOutcome(const Outcome &outcome) {
   if (outcome.operation == Operation::DownloadClip) ui_->progressBar_cdc->hide();
-  if (stack_.session.state().phase == CONNECTED_IDLE && !jobPanel_->running()) refreshLibraryView();
+  if (!jobPanel_->running()) refreshLibraryView();
   ui_->label_status->setText(outcome.sentence);
   if (outcome.sentence.isEmpty()) return;
   switch (outcome.failure) {

@@ -13,7 +13,7 @@
 // Where the device's session stands, as a diver would put it. The front ends decide from it
 // what they offer; the session's own protocol states stay inside the session.
 enum class DevicePhase {
-  Absent,       // no device's port is open
+  Absent,       // no device's port is open, or it closed under the session
   Opening,      // a port was just opened; the first "#kind" goes out at the next tick
   Identifying,  // "#kind", "#detail" and "#gser" under way
   Listing,      // identified; the clip index, the dive history and the pages being read

@@ -20,11 +20,14 @@ void Transitions::offerRequests(bool offered) {
 
 DevicePhase Transitions::devicePhase() const {
   const SessionState &state = context_.state;
+  // A port that closed (the cable pulled, the line hung up) leaves nothing to ask, whatever
+  // the session was doing: a clip under way ends by its stall supervision.
+  if (!context_.channel.isOpen()) return DevicePhase::Absent;
   switch (state.phase.load()) {
     case DISCONNECTED:
       return reconnectOffered_ ? DevicePhase::Stopped : DevicePhase::Absent;
     case TRY_CONNECT_TX_KIND:
-      return context_.channel.isOpen() ? DevicePhase::Opening : DevicePhase::Absent;
+      return DevicePhase::Opening;
     case TRY_CONNECT_RX_KIND:
     case TRY_CONNECT_KIND_DONE:
     case TRY_CONNECT_TX_DETAIL:

@@ -32,6 +32,11 @@ class WindowTest : public ::testing::Test {
   // Four days of dives and three clips: one spoken during the newest dive, one under a
   // minute, one three days ago. The library already knows a dive of a second device.
   void plugInAndList() {
+    plugIn();
+    // The listing's end reaches the window by two routes, in either order: wait for both.
+    ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled() && reconnect->isEnabled(); }, 30000));
+  }
+  void plugIn(sim::Options link = {}) {
     sim::Contents contents = sim::GenerateContents(4, QDate::currentDate());
     const QDateTime day =
         QDateTime(QDate::currentDate().addDays(-3), QTime(1, 0), QTimeZone::utc());
@@ -39,15 +44,12 @@ class WindowTest : public ::testing::Test {
     contents.clips = {{newest.addSecs(120), 0x010, 0x018, 1},  // spoken during the dive
                       {day.addSecs(600), 0x019, 0x01B, 2},     // under a minute: hidden
                       {day.addSecs(3600), 0x01C, 0x024, 3}};
-    sim::Options link;
     link.bytesPerSecond = 500000;  // two seconds a clip: time to see it arrive and cancel it
     device = std::make_unique<sim::SimulatedDevice>(contents, link);
     Library().recordDive({"QM482", "11110000"},
                          {9, newest.addDays(-9), sim::DivePage(contents.dives[5])});
     window.session().state().deviceExist = 1;
     ASSERT_EQ(window.session().openSerialPort(device->slavePath(), 9600), std::nullopt);
-    // The listing's end reaches the window by two routes, in either order: wait for both.
-    ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled() && reconnect->isEnabled(); }, 30000));
   }
   TemporaryHome home;
   LogCapture log;
@@ -259,6 +261,79 @@ TEST_F(WindowTest, WithoutADeviceTheRangeIsOnlyStoredAndTheCloseVetoHoldsDuringA
 }
 
 // Start-up refusals end the process: the test runs itself again as a child for each.
+// A fault the device or the line may make, and where it strikes.
+struct Fault {
+  const char *name;
+  std::function<void(sim::Options &)> make;
+  bool midClip = false;  // strikes while the first clip downloads, after the listing
+};
+
+void PrintTo(const Fault &fault, std::ostream *out) {
+  *out << fault.name;
+}
+
+class WindowFaultTest : public WindowTest, public ::testing::WithParamInterface<Fault> {};
+
+// After each fault the lists, their counts, the controls and the status line tell one story:
+// a hung-up device gives way to what the library kept of it, a silent one keeps its lists
+// with Reconnect, and damaged pages are listed as such and never saved as new.
+TEST_P(WindowFaultTest, ListsCountsAndControlsAgreeAfterIt) {
+  sim::Options link;
+  GetParam().make(link);
+  plugIn(link);
+  if (GetParam().midClip) {
+    ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }, 30000));
+    Outlet<QPushButton>(window, "button_download_voice")->click();
+  }
+  const auto *status = Outlet<QLabel>(window, "label_status");
+  const QString hungUp = Localized("status_browsing_library").arg("QM482 SN.28417305");
+  const QString said = GetParam().name == std::string("Silent") ? Localized("device_not_answering")
+                       : GetParam().name == std::string("Garbage") ? Localized("status_connected")
+                                                                   : hungUp;
+  ASSERT_TRUE(WaitFor([&] { return status->text() == said; }, 30000)) << qPrintable(status->text());
+  ASSERT_TRUE(WaitFor([&] { return !window.session().context().operation.active(); }, 10000));
+  QApplication::processEvents();
+  const bool shelf = said == hungUp;
+  for (const auto &[list, counts] :
+       {std::pair{clips, "label_voice_counts"}, {dives, "label_log_counts"}}) {
+    const QString text = Outlet<QLabel>(window, counts)->text();
+    const int rows = list->model()->rowCount();
+    EXPECT_TRUE(text.isEmpty() ? rows == 0 : text.startsWith(QString::number(rows) + ' '))
+        << qPrintable(text);
+    EXPECT_EQ(shelf, text.contains("in the library")) << qPrintable(text);
+  }
+  EXPECT_EQ(Outlet(window, "button_download_voice")->isEnabled(),
+            !shelf && said != Localized("device_not_answering"));
+  EXPECT_EQ(reconnect->isEnabled(), !shelf);
+  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), shelf ? "SN." : "SN.28417305");
+  if (GetParam().name != std::string("Garbage")) {
+    EXPECT_FALSE(saveAll->isEnabled());
+    return;
+  }
+  // Every garbled page listed as damaged, saying why, not drawn, and left out of the new.
+  ASSERT_EQ(dives->model()->rowCount(), 7);
+  EXPECT_EQ(dives->model()->index(6, 1).data().toString(), "damaged");
+  EXPECT_TRUE(
+      dives->model()->index(6, 0).data(Qt::ToolTipRole).toString().startsWith("Damaged page: "));
+  EXPECT_FALSE(window.findChild<DiveProfileView *>()->hasProfile());
+  EXPECT_TRUE(Outlet<QLabel>(window, "label_log_counts")->text().endsWith(", 0 new"));
+  saveAll->click();
+  ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }, 20000));
+  EXPECT_TRUE(answerer.boxes[0].endsWith("\n7 damaged pages not saved."))
+      << qPrintable(answerer.boxes[0]);
+  EXPECT_TRUE(QDir(home.downloads() + "/Mrvtq5dk/log").isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, WindowFaultTest,
+    ::testing::Values(Fault{"HangUpMidClip",
+                            [](sim::Options &o) { o.hangupAfterBytes = 7 * 4096 + 200000; }, true},
+                      Fault{"HangUpMidListing",
+                            [](sim::Options &o) { o.hangupAfterBytes = 2 * 4096 + 100; }},
+                      Fault{"Silent", [](sim::Options &o) { o.silentCommands = {"lp"}; }},
+                      Fault{"Garbage", [](sim::Options &o) { o.garbageReplies = {"lp"}; }}),
+    [](const ::testing::TestParamInfo<Fault> &info) { return std::string(info.param.name); });
+
 TEST(WindowStartUp, VoiceFolderThatCannotBeMadeEndsWithStatus1) {
   if (IsChildRun()) {
     BoxAnswerer answerer;

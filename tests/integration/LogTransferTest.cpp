@@ -139,8 +139,7 @@ TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched
 }
 
 // Only dives still in the device's history are asked for. With the port gone the request is not
-// made: the download ends as unplugged (not "power is off"), and the controls, Reconnect among
-// them, come back for the next try.
+// made: the download ends as unplugged (not "power is off"), and the device is shown as gone.
 TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
   SessionState &state = session->state();
   const auto idle = [&] {
@@ -152,7 +151,7 @@ TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
   logs.downloadDive(7, watch.outcomes());
   ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome.has_value(); }));
   EXPECT_EQ(watch.lastOutcome->failure, Failure::Unplugged);
-  EXPECT_EQ(published().phase, DevicePhase::Idle);
+  EXPECT_EQ(published().phase, DevicePhase::Absent);
 
   plugIn(Holding(Dives(3), 10));
   idle();
