@@ -225,7 +225,7 @@ void ViewController::render(const DeviceState &state) {
   }
   // Once a device has answered, the plug-in instruction gives way to the lists for good.
   const bool answering = state.phase != DevicePhase::Absent && state.phase != DevicePhase::Opening;
-  if (answering && !ui_->pictureBox_set_corvamund2->isHidden()) {
+  if (answering && !ui_->label_poweron_message->isHidden()) {
     ui_->label_poweron_message->hide();
     ui_->pictureBox_set_corvamund2->hide();
     for (IndexTable *table : {clipTable_, diveTable_}) {
@@ -506,6 +506,8 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   QList<QStringList> details;
   for (const DiveRecord &dive : shelf.dives)
     details.append(DiveDetails(dive.maxDepthMetres(), dive.temperatureCelsius()));
+  // The lists take the picture's height; the plug-in instruction stays above them.
+  ui_->pictureBox_set_corvamund2->hide();
   fill(*clipTable_, shelf.clipRows, {}, clipFiles);
   fill(*diveTable_, shelf.diveRows, details, shelf.diveFiles);
   ui_->label_recorded_voice->show();
