@@ -37,15 +37,23 @@ QList<DiveSummaryLine> SummarizeDive(const DiveRecord &dive, ShownClock clock) {
   };
 }
 
-DiveSummaryView::DiveSummaryView(QWidget *parent) : QWidget(parent), form_(new QFormLayout(this)) {
+DiveSummaryView::DiveSummaryView(QWidget *parent)
+    : QScrollArea(parent), form_(new QFormLayout(new QWidget(this))) {
   form_->setContentsMargins(0, 0, 0, 0);
+  setWidget(form_->parentWidget());
+  setWidgetResizable(true);
+  setFrameShape(QFrame::NoFrame);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);  // the lines wrap instead
+  // The lines sit on the pane's background beside the profile, not on a page of their own.
+  viewport()->setAutoFillBackground(false);
+  widget()->setAutoFillBackground(false);
 }
 
 void DiveSummaryView::setDive(std::optional<DiveRecord> dive, ShownClock clock) {
   while (form_->rowCount() > 0) form_->removeRow(0);
   if (!dive) return;
   for (const DiveSummaryLine &line : SummarizeDive(*dive, clock)) {
-    auto *value = new QLabel(line.value, this);
+    auto *value = new QLabel(line.value, widget());
     value->setWordWrap(true);
     value->setTextInteractionFlags(Qt::TextSelectableByMouse);
     form_->addRow(line.label, value);

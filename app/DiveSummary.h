@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QList>
+#include <QScrollArea>
 #include <QStringList>
-#include <QWidget>
 #include <optional>
 
 #include "DiveFlags.h"
@@ -23,8 +23,9 @@ struct DiveSummaryLine {
 // device status, CNS and OTU.
 QList<DiveSummaryLine> SummarizeDive(const DiveRecord &dive, ShownClock clock);
 
-// The summary as a form of labels; empty when no dive is set.
-class DiveSummaryView : public QWidget {
+// The summary as a form of labels; empty when no dive is set. Long values wrap, and a pane
+// too short for every line scrolls rather than making the window taller.
+class DiveSummaryView : public QScrollArea {
  public:
   explicit DiveSummaryView(QWidget *parent = nullptr);
   void setDive(std::optional<DiveRecord> dive, ShownClock clock);

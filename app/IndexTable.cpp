@@ -19,10 +19,14 @@ IndexTable::IndexTable(QWidget *frame, QTableView *view, QLabel *caption, const 
       name_(name) {
   view_->setModel(model_);
   view_->setShowGrid(false);
-  view_->setMinimumHeight(120);  // never shrinks to nothing in a small window
   view_->verticalHeader()->hide();
   QHeaderView *header = view_->horizontalHeader();
   header->setMinimumHeight(28);
+  // However small the window, the picked row is seen among a few of its neighbours.
+  constexpr int kRowsInView = 4;
+  view_->setMinimumHeight(std::max(header->minimumHeight(), header->sizeHint().height()) +
+                          kRowsInView * view_->verticalHeader()->defaultSectionSize() +
+                          2 * view_->frameWidth());
   header->setObjectName(headerName);
   header->setSectionResizeMode(QHeaderView::ResizeToContents);
   // The picked row repeated in the header, set apart as a caption rather than a row.

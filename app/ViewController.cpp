@@ -227,7 +227,7 @@ void ViewController::render(const DeviceState &state) {
   }
   // Once a device has answered, the plug-in instruction gives way to the lists for good.
   const bool answering = state.phase != DevicePhase::Absent && state.phase != DevicePhase::Opening;
-  if (answering && !ui_->pictureBox_set_corvamund2->isHidden()) {
+  if (answering && !ui_->label_poweron_message->isHidden()) {
     ui_->label_poweron_message->hide();
     ui_->pictureBox_set_corvamund2->hide();
     for (IndexTable *table : {clipTable_, diveTable_}) {
@@ -540,6 +540,8 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   deviceChooser_->setVisible(devices.size() > 1);
   QList<std::optional<QString>> clipFiles;
   for (const QString &file : shelf.clipFiles) clipFiles.append(file);
+  // The lists take the picture's height; the plug-in instruction stays above them.
+  ui_->pictureBox_set_corvamund2->hide();
   showClipRows(shelf.clips, true);
   showDiveRows(shelf.diveRows, true);
   clipTable_->setSaved(clipFiles);

@@ -3,6 +3,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QHeaderView>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -21,6 +22,18 @@
 #include "WindowTestSupport.h"
 
 namespace {
+
+// On a small screen a dive is picked: the window keeps its size, and each list four rows.
+void ExpectDivePickedOnSmallScreen(ViewController &window) {
+  window.resize(800, 560);
+  auto *dives = Outlet<QTableView>(window, "view_log_index");
+  dives->selectRow(0);
+  QApplication::processEvents();
+  EXPECT_EQ(std::pair(window.width(), window.height()), std::pair(800, 560));
+  for (QTableView *list : {Outlet<QTableView>(window, "view_voice_index"), dives})
+    EXPECT_GE(list->viewport()->height(), 4 * list->verticalHeader()->defaultSectionSize())
+        << qPrintable(list->objectName());
+}
 
 class WindowTest : public ::testing::Test {
  protected:
@@ -172,7 +185,8 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
 }
 
 // Once the device is gone its lists show what the library kept, greyed, viewable and
-// playable; the picked dive goes to the logbook; a second device's library is a choice away.
+// playable, in a small window as in one started without the device; the picked dive goes to
+// the logbook; a second device's library is a choice away.
 TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   plugInAndList();
   saveAll->click();
@@ -188,7 +202,7 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   EXPECT_TRUE(dives->model()->index(0, 0).data(Qt::ForegroundRole).isValid());  // greyed
   const QString tip = clips->model()->index(0, 0).data(Qt::ToolTipRole).toString();
   EXPECT_TRUE(tip.startsWith(Localized("row_not_on_device") + "\nSaved as 20"));
-  dives->selectRow(0);
+  ExpectDivePickedOnSmallScreen(window);
   EXPECT_TRUE(window.findChild<DiveProfileView *>()->hasProfile());
   EXPECT_EQ(window.findChild<DiveProfileView *>()->clipMarks(), 1);
   clips->selectRow(0);
@@ -218,6 +232,15 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   EXPECT_EQ(clips->model()->rowCount(), 0);
   EXPECT_EQ(Outlet<QLabel>(window, "label_status")->text(),
             Localized("status_browsing_library").arg("QM482 SN.11110000"));
+
+  // Started again without the device, in Japanese: the library under the plug-in instruction.
+  InstallStringTables(QLocale(QLocale::Japanese));
+  ViewController again;
+  again.start();
+  again.show();
+  ASSERT_TRUE(WaitFor([&] { return Outlet<QTableView>(again, "view_log_index")->isEnabled(); }));
+  ExpectDivePickedOnSmallScreen(again);
+  InstallStringTables(QLocale(QLocale::English));
 }
 
 // Without a device: the power-on instruction, a range that is only stored, Reconnect once a

@@ -1,14 +1,21 @@
 // mrvtq5dk-shots LANGUAGE FOLDER: pictures of the window for the documentation, taken from
-// the simulated device on a pseudo-terminal. Run it with a throw-away HOME: the window saves
-// to its Downloads folder and library as it would for a diver.
+// the simulated device on a pseudo-terminal, and of the library it leaves behind on a small
+// screen. Run it with a throw-away HOME: the window saves to its Downloads folder and library
+// as it would for a diver.
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QTableView>
 #include <QThread>
+#include <QTimer>
 #include <cstdio>
+#include <memory>
 
 #include "DiveProfileView.h"
+#include "LibraryShelf.h"
 #include "Localization.h"
 #include "SimulatedDevice.h"
 #include "SystemLog.h"
@@ -38,6 +45,14 @@ sim::Contents ContentsWithClipsOnDives() {
   return contents;
 }
 
+// Picks the first dive with a clip spoken during it.
+void PickDiveWithClip(QTableView &dives, const DiveProfileView &profile) {
+  for (int row = 0; row < dives.model()->rowCount(); ++row) {
+    dives.selectRow(row);
+    if (profile.clipMarks() > 0) return;
+  }
+}
+
 bool Save(QWidget &widget, const QString &path) {
   QApplication::processEvents();
   const bool saved = widget.grab().save(path);
@@ -58,12 +73,24 @@ int main(int argc, char **argv) {
   InstallStringTables(QLocale(language));
   SetSystemLogEcho(false);
 
-  sim::SimulatedDevice device(ContentsWithClipsOnDives());
-  if (device.slavePath().isEmpty()) {
-    std::fprintf(stderr, "mrvtq5dk-shots: %s\n", qPrintable(device.error()));
+  auto device = std::make_unique<sim::SimulatedDevice>(ContentsWithClipsOnDives());
+  if (device->slavePath().isEmpty()) {
+    std::fprintf(stderr, "mrvtq5dk-shots: %s\n", qPrintable(device->error()));
     return 1;
   }
-  int status = 1;
+  // Each box the window opens is read and closed, as a diver would.
+  int boxes = 0;
+  QTimer answerer;
+  QObject::connect(&answerer, &QTimer::timeout, [&boxes] {
+    if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+      box->accept();
+      ++boxes;
+    }
+  });
+  answerer.start(20);
+  const auto shot = [&](QWidget &widget, const char *name) {
+    return Save(widget, folder.filePath(QString::fromLatin1(name).arg(language)));
+  };
   {
     ViewController window;
     window.start();
@@ -73,25 +100,43 @@ int main(int argc, char **argv) {
     const SessionState &state = window.session().state();
     auto *dives = window.findChild<QTableView *>(QStringLiteral("view_log_index"));
     auto *profile = window.findChild<DiveProfileView *>();
-    if (!window.session().openSerialPort(device.slavePath(), 9600) && RunUntil([&] {
+    auto *saveAll = window.findChild<QPushButton *>(QStringLiteral("button_save_all_new"));
+    auto *status = window.findChild<QLabel *>(QStringLiteral("label_status"));
+    if (window.session().openSerialPort(device->slavePath(), 9600) || !RunUntil([&] {
           return state.phase == CONNECTED_IDLE && state.indexSequence == 0 && dives->isEnabled();
         })) {
-      // The first dive with a clip spoken during it.
-      for (int row = 0; row < dives->model()->rowCount(); ++row) {
-        dives->selectRow(row);
-        if (profile->clipMarks() > 0) break;
-      }
-      RunUntil([] { return false; }, 500);  // the closing "#detail" answered, the status settled
-      const bool shot =
-          Save(window, folder.filePath(QStringLiteral("dive-view-%1.png").arg(language)));
-      profile->resize(720, 360);
-      status = shot && Save(*profile,
-                            folder.filePath(QStringLiteral("dive-clip-mark-%1.png").arg(language)))
-                   ? 0
-                   : 1;
-    } else {
       std::fprintf(stderr, "mrvtq5dk-shots: the simulated device was not listed\n");
+      return 1;
     }
+    PickDiveWithClip(*dives, *profile);
+    RunUntil([] { return false; }, 500);  // the closing "#detail" answered, the status settled
+    if (!shot(window, "dive-view-%1.png")) return 1;
+    profile->resize(720, 360);
+    if (!shot(*profile, "dive-clip-mark-%1.png")) return 1;
+
+    // Everything saved, then the device unplugged: the lists show the library, on a screen
+    // too small for the window's first size.
+    RunUntil([&] { return saveAll->isEnabled(); });
+    const int boxesBefore = boxes;
+    saveAll->click();
+    if (!RunUntil([&] { return boxes > boxesBefore; })) {  // the box that tells what was saved
+      std::fprintf(stderr, "mrvtq5dk-shots: saving everything new did not end\n");
+      return 1;
+    }
+    device.reset();
+    if (!RunUntil([&] {
+          const QList<DeviceKey> seen = window.library().devices();
+          return !seen.isEmpty() &&
+                 status->text() ==
+                     Localized("status_browsing_library").arg(ShelfDeviceName(seen.first()));
+        })) {
+      std::fprintf(stderr, "mrvtq5dk-shots: the library was not shown\n");
+      return 1;
+    }
+    window.resize(800, 560);
+    PickDiveWithClip(*dives, *profile);
+    RunUntil([] { return false; }, 300);  // the summary laid out in its scrolled page
+    if (!shot(window, "window-800x560-%1.png")) return 1;
   }
-  return status;
+  return 0;
 }
