@@ -64,6 +64,10 @@ void PlayerBar::setClip(std::optional<QString> wavPath, QString title) {
   refresh();
 }
 
+void PlayerBar::showFetch(const QString &title, int percent) {
+  setClip(std::nullopt, Localized("player_fetching").arg(title).arg(percent));
+}
+
 void PlayerBar::toggle() {
   if (player_.playing()) return player_.stop();
   if (!wavPath_) return;

@@ -20,6 +20,9 @@ class PlayerBar : public QWidget {
 
   // The clip the bar plays; none disables it. Ends what was playing.
   void setClip(std::optional<QString> wavPath, QString title);
+  const std::optional<QString> &clip() const { return wavPath_; }
+  // A clip on its way from the device, to play once it is saved: how far it has come.
+  void showFetch(const QString &title, int percent);
 
   ClipPlayer &player() { return player_; }
 

@@ -245,6 +245,9 @@ void ViewController::render(const DeviceState &state) {
   showLists(state, before);
   offerControls(state);
   ui_->progressBar_cdc->setValue(state.progress.percent());
+  if (fetchingPin_ && state.operation == Operation::DownloadClip)
+    divePane_->player().showFetch(ClipRowText(lists().pinnedClip(*fetchingPin_).row, clock_),
+                                  state.progress.percent());
   if (state.clipUnderWay != before.clipUnderWay && clipUnderWayChanged)
     clipUnderWayChanged(state.clipUnderWay);
 }
@@ -329,7 +332,8 @@ void ViewController::offerControls(const DeviceState &state) {
   ui_->button_download_log->setEnabled(offered.diveDownload && !job);
   updateSaveAllButton();
   // While a job runs its one bar stands for every item.
-  ui_->progressBar_cdc->setVisible(state.operation == Operation::DownloadClip && !job);
+  ui_->progressBar_cdc->setVisible(state.operation == Operation::DownloadClip && !job &&
+                                   !fetchingPin_);
 }
 
 void ViewController::offerList(IndexTable &table, bool offered) {
@@ -365,12 +369,23 @@ bool ViewController::play(const PlayableClip &clip) {
 }
 
 void ViewController::playPinnedClip(int pin) {
-  if (play(lists().pinnedClip(pin))) return;
-  const std::optional<DeviceLibrary::Item> clip = lists().fetchable(pin);
-  if (!clip || stack_.session.state().phase != CONNECTED_IDLE || jobPanel_->running()) return;
-  stack_.deviceLibrary.save(*clip, [this, pin](const Outcome &outcome) {
-    showOutcome(outcome);
-    if (outcome.ok()) play(lists().pinnedClip(pin));
+  const PlayableClip clip = lists().pinnedClip(pin);
+  // The list picks the pin's clip, when it lists it, so that the list and the player agree.
+  const QList<ClipRow> rows = lists().clipRows();
+  for (int row = 0; row < rows.size(); ++row) {
+    if (rows[row].start == clip.row.start) clipTable_->pick(row);
+  }
+  if (play(clip)) return;
+  const std::optional<DeviceLibrary::Item> item = lists().fetchable(pin);
+  if (!item || shown_.phase != DevicePhase::Idle || jobPanel_->running()) return;
+  // Fetched with its progress in the player, which plays it when it is saved: no box.
+  fetchingPin_ = pin;
+  stack_.deviceLibrary.save(*item, [this, pin](const Outcome &outcome) {
+    fetchingPin_.reset();
+    if (!outcome.ok()) return showOutcome(outcome);
+    ui_->progressBar_cdc->hide();
+    refreshLibraryView();
+    play(lists().pinnedClip(pin));
   });
 }
 
@@ -492,6 +507,8 @@ void ViewController::refreshLibraryView() {
           .arg(newClips);
   ui_->label_voice_counts->setText(hidden > 0 ? clipCounts.arg(hidden) : clipCounts);
   updateSaveAllButton();
+  // Play follows the picked clip's file: one just saved can be played at once.
+  if (lists().clip(clipTable_->picked()).file != divePane_->player().clip()) showSelectedClip();
 }
 
 void ViewController::showPhase() {

@@ -138,5 +138,6 @@ class ViewController : public QWidget {
   QLabel *deviceChooserLabel_ = nullptr;
   QComboBox *deviceChooser_ = nullptr;
   QPushButton *preferences_ = nullptr;
+  std::optional<int> fetchingPin_;    // the pinned clip being fetched to play; main thread
   ShownClock clock_ = ChosenClock();  // every time the window shows is on this clock
 };

@@ -526,5 +526,9 @@ It is saved as the device gave it.</translation>
         <source>preferences_clock</source>
         <translation>Show every time in:</translation>
     </message>
+    <message id="player_fetching">
+        <source>player_fetching</source>
+        <translation>%1: downloading, %2 %</translation>
+    </message>
 </context>
 </TS>

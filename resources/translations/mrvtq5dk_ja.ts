@@ -526,5 +526,9 @@
         <source>preferences_clock</source>
         <translation>時刻の表示:</translation>
     </message>
+    <message id="player_fetching">
+        <source>player_fetching</source>
+        <translation>%1: ダウンロード中 %2 %</translation>
+    </message>
 </context>
 </TS>

@@ -132,6 +132,18 @@ TEST_F(WindowTest, ListedThenRangedThenOneClipFetched) {
   const QStringList one = voice.entryList(QDir::Files | QDir::Hidden);
   ASSERT_EQ(one.size(), 1);
   EXPECT_TRUE(one[0].contains("_02-00_")) << qPrintable(one[0]);  // the third clip's time
+  auto *position = Outlet(window, "playPosition");
+  EXPECT_TRUE(position->isEnabled());  // the player takes the clip just saved
+
+  // The pin of a clip not saved yet picks its row, shows its progress in the player, with no
+  // box, and leaves it ready to play.
+  window.findChild<DiveProfileView *>()->clipClicked(0);
+  EXPECT_EQ(clips->selectionModel()->selectedRows().value(0).row(), 0);
+  EXPECT_TRUE(WaitFor(
+      [&] { return Outlet<QLabel>(window, "playTitle")->text().contains(": downloading, "); }));
+  ASSERT_TRUE(WaitFor([&] { return position->isEnabled(); }, 20000));
+  EXPECT_EQ(voice.entryList(QDir::Files).size(), 2);
+  EXPECT_EQ(answerer.boxes.size(), 1);
 }
 
 // Everything new saved, once cancelled mid-clip; then two rows picked and downloaded in one
