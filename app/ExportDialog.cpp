@@ -18,7 +18,7 @@ std::optional<QString> ExportLogbookAsked(
   request.serial = device.serial;
   if (!pickedDives.isEmpty()) {
     QMessageBox box(QMessageBox::Question, QStringLiteral("Mrvtq5dk"),
-                    Localized("export_which").arg(pickedDives.size()).arg(ShelfDeviceName(device)),
+                    Localized("export_which", int(pickedDives.size())).arg(ShelfDeviceName(device)),
                     QMessageBox::NoButton, parent);
     box.setObjectName(QStringLiteral("exportWhichBox"));
     QPushButton *some = box.addButton(Localized("export_selected"), QMessageBox::AcceptRole);

@@ -97,9 +97,9 @@ QString SaveJobPanel::DescribeProgress(const SaveAllProgress &progress) {
 }
 
 QString SaveJobPanel::DescribeReport(const SaveAllReport &report) {
-  QStringList lines{Localized("job_saved").arg(report.saved.size())};
+  QStringList lines{Localized("job_saved", int(report.saved.size()))};
   if (!report.failed.isEmpty()) {
-    lines << Localized("job_failed").arg(report.failed.size());
+    lines << Localized("job_failed", int(report.failed.size()));
     for (const SaveAllReport::Failed &failed : report.failed) {
       lines << QStringLiteral("%1: %2").arg(failed.name, failed.outcome.sentence.simplified());
     }

@@ -7,6 +7,10 @@ QString Localized(const char *key) {
   return qtTrId(key);
 }
 
+QString Localized(const char *key, int count) {
+  return qtTrId(key, count);
+}
+
 bool InstallStringTables(const QLocale &locale) {
   static QTranslator *english = nullptr;
   static QTranslator *japanese = nullptr;

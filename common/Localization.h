@@ -7,6 +7,9 @@
 // The text of a key of the program's string tables. A key without a text reads as the
 // key itself, so a missing entry shows up on screen instead of an empty box.
 QString Localized(const char *key);
+// The text of a key that counts something, in the form the language gives that count:
+// "1 dive", "2 dives" in English, one form in Japanese. Its %n is the count.
+QString Localized(const char *key, int count);
 
 // Installs the embedded string tables: English always, as the base, and Japanese on top
 // when the locale's language is Japanese. Replaces tables installed before. Needs a
@@ -18,7 +21,7 @@ inline constexpr const char *kEnglishStringTable = ":/i18n/mrvtq5dk_en.qm";
 inline constexpr const char *kJapaneseStringTable = ":/i18n/mrvtq5dk_ja.qm";
 
 // Every key the program looks up.
-inline constexpr std::array<const char *, 114> kStringTableKeys = {
+inline constexpr std::array<const char *, 116> kStringTableKeys = {
     "initial_error",
     "open_serial_port",
     "target_model_error",
@@ -61,4 +64,6 @@ inline constexpr std::array<const char *, 114> kStringTableKeys = {
     "status_downloading",
     "status_saved", "library_set_aside", "button_save_all_new", "open_folder", "list_counts", "list_counts_short_hidden", "row_saved_as", "row_not_saved", "job_item", "job_bytes", "job_time_left", "job_saved", "job_failed", "job_cancelled", "dive_times_japan", "clip_times_device", "flag_slow", "flag_deco", "flag_deco_depth", "flag_po2", "flag_o2", "flag_max_depth", "flag_depth_alarm", "flag_out_of_range", "flag_sensor_error", "flag_battery_low", "flag_temperature_error", "flag_device_error", "flag_other", "flags_none", "summary_date", "summary_entry_exit", "summary_dive_time", "summary_max_depth", "summary_average_depth", "summary_min_temperature", "summary_warnings", "summary_information", "summary_cns", "summary_otu", "unit_minutes", "unit_metres", "unit_celsius", "profile_no_dive", "profile_no_samples", "profile_axis_time", "profile_axis_depth", "profile_axis_temperature", "profile_readout", "profile_clip", "player_play", "player_stop", "player_no_output", "player_output_lost", "player_cannot_read", "player_not_wave", "player_not_pcm16", "list_separator", "library_device", "row_not_on_device", "shelf_counts", "status_browsing_library",
     "uddf_note_warnings", "uddf_note_information", "uddf_note_sample_warning", "export_written", "export_no_dives", "export_dives_without_date", "export_unknown_device", "button_export_logbook", "export_which", "export_selected", "export_all", "export_file_filter",
+    "count_dives",
+    "count_voice_clips",
 };

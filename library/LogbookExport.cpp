@@ -84,11 +84,12 @@ LogbookExportResult ExportLogbook(const Library &library, const LogbookExportReq
   result.dives = written.dives;
   result.clips = written.clips;
   result.divesWithoutDate = written.divesWithoutDate;
-  result.sentence =
-      written.dives == 0
-          ? Localized("export_no_dives").arg(shown)
-          : Localized("export_written").arg(written.dives).arg(written.clips).arg(shown);
+  result.sentence = written.dives == 0
+                        ? Localized("export_no_dives").arg(shown)
+                        : Localized("export_written")
+                              .arg(Localized("count_dives", written.dives),
+                                   Localized("count_voice_clips", written.clips), shown);
   if (written.divesWithoutDate > 0)
-    result.sentence += u' ' + Localized("export_dives_without_date").arg(written.divesWithoutDate);
+    result.sentence += u' ' + Localized("export_dives_without_date", written.divesWithoutDate);
   return result;
 }

@@ -208,13 +208,19 @@
         <source>job_time_left</source>
         <translation>about %1 s left</translation>
     </message>
-    <message id="job_saved">
+    <message id="job_saved" numerus="yes">
         <source>job_saved</source>
-        <translation>Saved %1 item(s).</translation>
+        <translation>
+            <numerusform>Saved %n item.</numerusform>
+            <numerusform>Saved %n items.</numerusform>
+        </translation>
     </message>
-    <message id="job_failed">
+    <message id="job_failed" numerus="yes">
         <source>job_failed</source>
-        <translation>Could not save %1 item(s):</translation>
+        <translation>
+            <numerusform>Could not save %n item:</numerusform>
+            <numerusform>Could not save %n items:</numerusform>
+        </translation>
     </message>
     <message id="job_cancelled">
         <source>job_cancelled</source>
@@ -426,15 +432,18 @@
     </message>
     <message id="export_written">
         <source>export_written</source>
-        <translation>%1 dive(s) and %2 voice clip(s) written to %3.</translation>
+        <translation>%1 and %2 written to %3.</translation>
     </message>
     <message id="export_no_dives">
         <source>export_no_dives</source>
         <translation>The library holds no dives to export; %1 was written with none.</translation>
     </message>
-    <message id="export_dives_without_date">
+    <message id="export_dives_without_date" numerus="yes">
         <source>export_dives_without_date</source>
-        <translation>%1 dive(s) without a valid date were left out.</translation>
+        <translation>
+            <numerusform>%n dive without a valid date was left out.</numerusform>
+            <numerusform>%n dives without a valid date were left out.</numerusform>
+        </translation>
     </message>
     <message id="export_unknown_device">
         <source>export_unknown_device</source>
@@ -444,9 +453,12 @@
         <source>button_export_logbook</source>
         <translation>Export to logbook...</translation>
     </message>
-    <message id="export_which">
+    <message id="export_which" numerus="yes">
         <source>export_which</source>
-        <translation>Export the %1 selected dive(s), or every dive of %2?</translation>
+        <translation>
+            <numerusform>Export the %n selected dive, or every dive of %1?</numerusform>
+            <numerusform>Export the %n selected dives, or every dive of %1?</numerusform>
+        </translation>
     </message>
     <message id="export_selected">
         <source>export_selected</source>
@@ -459,6 +471,20 @@
     <message id="export_file_filter">
         <source>export_file_filter</source>
         <translation>UDDF logbook (*.uddf)</translation>
+    </message>
+    <message id="count_dives" numerus="yes">
+        <source>count_dives</source>
+        <translation>
+            <numerusform>%n dive</numerusform>
+            <numerusform>%n dives</numerusform>
+        </translation>
+    </message>
+    <message id="count_voice_clips" numerus="yes">
+        <source>count_voice_clips</source>
+        <translation>
+            <numerusform>%n voice clip</numerusform>
+            <numerusform>%n voice clips</numerusform>
+        </translation>
     </message>
 </context>
 </TS>
