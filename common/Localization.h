@@ -12,8 +12,10 @@ QString Localized(const char *key);
 QString Localized(const char *key, int count);
 
 // Installs the embedded string tables: English always, as the base, and Japanese on top
-// when the locale's language is Japanese. Replaces tables installed before. Needs a
-// QCoreApplication. Returns false when a table could not be loaded.
+// when the locale's language is Japanese; and Qt's own table for the locale's language
+// (the file dialog's and the standard buttons' words), where the system has it. Replaces
+// tables installed before. Needs a QCoreApplication. Returns false when one of the
+// embedded tables could not be loaded; Qt's own is optional.
 bool InstallStringTables(const QLocale &locale = QLocale::system());
 
 // Resource paths of the compiled tables, for checks of their completeness.
