@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include "Localization.h"
+#include "SaveResult.h"
 
 namespace {
 
@@ -98,6 +99,7 @@ QString SaveJobPanel::DescribeProgress(const SaveAllProgress &progress) {
 
 QString SaveJobPanel::DescribeReport(const SaveAllReport &report) {
   QStringList lines{Localized("job_saved", int(report.saved.size()))};
+  if (!report.saved.isEmpty()) lines << DescribeSaveFolders(report.saved);
   if (!report.failed.isEmpty()) {
     lines << Localized("job_failed", int(report.failed.size()));
     for (const SaveAllReport::Failed &failed : report.failed) {

@@ -16,6 +16,7 @@
 #include "ExportDialog.h"
 #include "Localization.h"
 #include "PlayerBar.h"
+#include "SaveResult.h"
 #include "SearchRange.h"
 #include "SystemLog.h"
 #include "VoiceIndex.h"
@@ -546,8 +547,14 @@ void ViewController::showOutcome(const Outcome &outcome) {
   if (outcome.sentence.isEmpty()) return;
   switch (outcome.failure) {
     case Failure::None:
-      // A finished download is told in a box; a finished listing shows in the lists.
-      if (outcome.operation != Operation::ConnectAndList) messageBox(outcome.sentence);
+      // A finished download is told in a box, with the folder the file went to; a finished
+      // listing shows in the lists.
+      if (outcome.operation != Operation::ConnectAndList) {
+        QString text = outcome.sentence;
+        if (const QString folder = DescribeSaveFolders({outcome.path}); !folder.isEmpty())
+          text += (text.endsWith(u'\n') ? QString() : QStringLiteral("\n")) + folder;
+        messageBox(text);
+      }
       return;
     case Failure::Unplugged:
     case Failure::IdentityRefused:

@@ -23,7 +23,7 @@ inline constexpr const char *kEnglishStringTable = ":/i18n/mrvtq5dk_en.qm";
 inline constexpr const char *kJapaneseStringTable = ":/i18n/mrvtq5dk_ja.qm";
 
 // Every key the program looks up.
-inline constexpr std::array<const char *, 116> kStringTableKeys = {
+inline constexpr std::array<const char *, 117> kStringTableKeys = {
     "initial_error",
     "open_serial_port",
     "target_model_error",
@@ -68,4 +68,5 @@ inline constexpr std::array<const char *, 116> kStringTableKeys = {
     "uddf_note_warnings", "uddf_note_information", "uddf_note_sample_warning", "export_written", "export_no_dives", "export_dives_without_date", "export_unknown_device", "button_export_logbook", "export_which", "export_selected", "export_all", "export_file_filter",
     "count_dives",
     "count_voice_clips",
+    "saved_folder",
 };

@@ -486,5 +486,12 @@
             <numerusform>%n voice clips</numerusform>
         </translation>
     </message>
+    <message id="saved_folder" numerus="yes">
+        <source>saved_folder</source>
+        <translation>
+            <numerusform>Folder: %1</numerusform>
+            <numerusform>Folders: %1</numerusform>
+        </translation>
+    </message>
 </context>
 </TS>

@@ -480,5 +480,11 @@
             <numerusform>音声クリップ %n 件</numerusform>
         </translation>
     </message>
+    <message id="saved_folder" numerus="yes">
+        <source>saved_folder</source>
+        <translation>
+            <numerusform>保存先：%1</numerusform>
+        </translation>
+    </message>
 </context>
 </TS>

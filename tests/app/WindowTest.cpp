@@ -46,6 +46,10 @@ class WindowTest : public ::testing::Test {
     // The listing's end reaches the window by two routes, in either order: wait for both.
     ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled() && reconnect->isEnabled(); }, 30000));
   }
+  // The line a box that tells of saved files ends with: the folder they went to.
+  QString folderLine(const char *folder) {
+    return "\n" + Localized("saved_folder", 1).arg(home.downloads() + "/Mrvtq5dk/" + folder);
+  }
   TemporaryHome home;
   LogCapture log;
   BoxAnswerer answerer;
@@ -93,6 +97,7 @@ TEST_F(WindowTest, ListedThenRangedThenOneClipFetched) {
   const QStringList one = voice.entryList(QDir::Files | QDir::Hidden);
   ASSERT_EQ(one.size(), 1);
   EXPECT_TRUE(one[0].contains("_02-00_")) << qPrintable(one[0]);  // the third clip's time
+  EXPECT_TRUE(answerer.boxes[0].endsWith(one[0] + folderLine("voice")));
 }
 
 // Everything new saved, once cancelled mid-clip; then two rows picked and downloaded in one
@@ -112,7 +117,8 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
   Outlet<QPushButton>(window, "button_cancel")->click();
   ASSERT_TRUE(
       WaitFor([&] { return answerer.boxes.join(',').contains(Localized("job_cancelled")); }));
-  EXPECT_TRUE(answerer.boxes.last().startsWith("Mrvtq5dk|" + Localized("job_saved", 3)));
+  EXPECT_TRUE(answerer.boxes.last().startsWith("Mrvtq5dk|" + Localized("job_saved", 3) +
+                                               folderLine("log")));
   EXPECT_TRUE(voice.entryList(QDir::Files | QDir::Hidden).isEmpty());
   EXPECT_FALSE(jobBar->isVisible());
   ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }));  // the clips are still new
@@ -122,7 +128,8 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
   answerer.boxes.clear();
   saveAll->click();
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }, 20000));
-  EXPECT_EQ(answerer.boxes, QStringList{"Mrvtq5dk|" + Localized("job_saved", 2)});
+  EXPECT_EQ(answerer.boxes,
+            QStringList{"Mrvtq5dk|" + Localized("job_saved", 2) + folderLine("voice")});
   EXPECT_EQ(voice.entryList(QDir::Files | QDir::Hidden).size(), 2);
   for (const char *name : {"view_voice_index", "view_log_index"}) {
     QAbstractItemModel *rows = Outlet<QTableView>(window, name)->model();
@@ -141,7 +148,8 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
   Outlet<QPushButton>(window, "button_download_log")->click();
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }));
-  EXPECT_EQ(answerer.boxes, QStringList{"Mrvtq5dk|" + Localized("job_saved", 2)});
+  EXPECT_EQ(answerer.boxes,
+            QStringList{"Mrvtq5dk|" + Localized("job_saved", 2) + folderLine("log")});
   EXPECT_EQ(QDir(home.downloads() + "/Mrvtq5dk/log").entryList(QDir::Files).size(), 2);
 }
 
