@@ -16,7 +16,8 @@ std::optional<QString> ExportLogbookAsked(
     const std::function<QString(const QString &)> &chooseFile) {
   LogbookExportRequest request;
   request.serial = device.serial;
-  if (!pickedDives.isEmpty()) {
+  // The window always has a dive picked, so one picked row is no choice: every dive goes.
+  if (pickedDives.size() > 1) {
     QMessageBox box(QMessageBox::Question, QStringLiteral("Mrvtq5dk"),
                     Localized("export_which", int(pickedDives.size())).arg(ShelfDeviceName(device)),
                     QMessageBox::NoButton, parent);

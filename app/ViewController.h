@@ -45,8 +45,8 @@ class ViewController : public QWidget {
   void downloadDiveClicked();
   // Saves every listed item the library does not hold unchanged.
   void saveAllNewClicked();
-  // Writes the selected dives, or every dive of the device, as a UDDF logbook file the
-  // diver picks, and says in a box how many were written.
+  // Writes every dive of the device, or the selected ones when several are, as a UDDF
+  // logbook file the diver picks, and says in a box how many were written.
   void exportLogbookClicked();
   // Asks where the logbook goes, suggesting a path; empty when the diver cancels.
   std::function<QString(const QString &suggested)> chooseExportFile;

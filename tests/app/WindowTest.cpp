@@ -154,7 +154,8 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
 }
 
 // Once the device is gone its lists show what the library kept, greyed, viewable and
-// playable; the picked dive goes to the logbook; a second device's library is a choice away.
+// playable; every dive goes to the logbook unless several are picked; a second device's
+// library is a choice away.
 TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   plugInAndList();
   saveAll->click();
@@ -176,7 +177,8 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   clips->selectRow(0);
   EXPECT_EQ(Outlet<QLabel>(window, "playTitle")->text(), clips->model()->index(0, 0).data());
 
-  // The picked dive goes to the logbook with its clip, under the suggested name.
+  // The dive picked as the window always picks one: every dive goes, unasked, under the
+  // suggested name; two picked: the diver is asked, and they go with their clip.
   const QString logbook = home.downloads() + "/Mrvtq5dk/Mrvtq5dk-28417305-" +
                           QDate::currentDate().toString(Qt::ISODate) + ".uddf";
   window.chooseExportFile = [&](const QString &suggested) {
@@ -185,10 +187,15 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   answerer.boxes.clear();
   answerer.button = Localized("export_selected");
   Outlet<QPushButton>(window, "button_export_logbook")->click();
-  // Only the export's two boxes: a request put off until the line was quiet never meets the
+  // Only the export's box: a request put off until the line was quiet never meets the
   // unplugged port and says the power is off.
-  ASSERT_EQ(answerer.boxes.size(), 2) << qPrintable(answerer.boxes.join('\n'));
-  EXPECT_EQ(answerer.boxes[1], "MrvTq5dk|1 dive and 1 voice clip written to " + logbook + ".");
+  ASSERT_EQ(answerer.boxes.size(), 1) << qPrintable(answerer.boxes.join('\n'));
+  EXPECT_EQ(answerer.boxes[0], "MrvTq5dk|7 dives and 1 voice clip written to " + logbook + ".");
+  dives->selectionModel()->select(dives->model()->index(1, 0),
+                                  QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  Outlet<QPushButton>(window, "button_export_logbook")->click();
+  ASSERT_EQ(answerer.boxes.size(), 3) << qPrintable(answerer.boxes.join('\n'));
+  EXPECT_EQ(answerer.boxes[2], "MrvTq5dk|2 dives and 1 voice clip written to " + logbook + ".");
   EXPECT_TRUE(QFileInfo(logbook).size() > 1000);
 
   auto *chooser = Outlet<QComboBox>(window, "comboBox_library_device");
