@@ -18,13 +18,20 @@ int ClipMinutes(const QString &wavePath) {
   return ListedMinutes(static_cast<double>(bytes) / kWaveBytesPerSecond);
 }
 
+// A day as yyyymmdd, the way the voice index's entries give it.
+int32_t DayNumber(QDate day) {
+  return day.year() * 10000 + day.month() * 100 + day.day();
+}
+
 }  // namespace
 
-LibraryShelf ReadShelf(const Library &library, const DeviceKey &device) {
+LibraryShelf ReadShelf(const Library &library, const DeviceKey &device, int32_t fromDay) {
   LibraryShelf shelf;
   shelf.device = device;
   for (const StoredDive &stored : library.dives(device)) {
     const DiveRecord dive = DecodeDive(&stored.page);
+    ++shelf.heldDives;
+    if (DiveLogDayNumber(dive) < fromDay) continue;
     shelf.diveRows.append(DiveLogRowText(dive));
     shelf.dives.append(dive);
     shelf.diveNumbers.append(stored.number);
@@ -34,6 +41,8 @@ LibraryShelf ReadShelf(const Library &library, const DeviceKey &device) {
   for (const StoredClip &clip : library.clips(device)) {
     const std::optional<QString> file = library.savedFile(device, ItemKind::Clip, clip.key);
     if (!file) continue;  // nothing to play
+    ++shelf.heldClips;
+    if (DayNumber(clip.start.date()) < fromDay) continue;
     shelf.clipRows.append(QStringLiteral("%1 %2min")
                               .arg(clip.start.toString(QStringLiteral("yyyy/MM/dd HH:mm")))
                               .arg(ClipMinutes(*file)));

@@ -11,7 +11,8 @@
 
 // What the library holds of one device, row by row as the window's lists show it when no
 // device is plugged in: every dive whose page was read, and every clip whose WAV is still
-// there to play. Rows are newest first, as the library gives them.
+// there to play, from the period's first day on. Rows are newest first, as the library
+// gives them.
 struct LibraryShelf {
   DeviceKey device;
   QStringList diveRows;        // as the device's list shows them: date, entry time, minutes
@@ -21,9 +22,13 @@ struct LibraryShelf {
   QStringList clipRows;                     // recording time and minutes, from the WAV's length
   QStringList clipFiles;
   QList<QDateTime> clipTimes;  // on the device's clock
+  int heldDives = 0;           // in the library, whatever the period
+  int heldClips = 0;
 };
 
-LibraryShelf ReadShelf(const Library &library, const DeviceKey &device);
+// fromDay (yyyymmdd) is the period's first day, as the device's lists compare it: a dive's
+// day in Japan time, a clip's recording day on the device's clock.
+LibraryShelf ReadShelf(const Library &library, const DeviceKey &device, int32_t fromDay);
 
 // How the device chooser names a device: "QM482 SN.28417305".
 QString ShelfDeviceName(const DeviceKey &device);

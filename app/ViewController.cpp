@@ -15,6 +15,7 @@
 #include "DiveRecord.h"
 #include "ExportDialog.h"
 #include "Localization.h"
+#include "LogIndex.h"
 #include "PlayerBar.h"
 #include "SaveResult.h"
 #include "SearchRange.h"
@@ -335,6 +336,13 @@ void ViewController::playPinnedClip(int pin) {
 }
 
 void ViewController::rangeChanged() {
+  if (lists().fromLibrary()) {
+    // No device: the period filters the library's lists, and is kept for the next listing.
+    // The session is not asked to list: the lists of a device gone would push the shelf away.
+    stack_.logs.setSearchRange(chosenRangeMonths());
+    showShelf(lists().device());
+    return;
+  }
   stack_.list(chosenRangeMonths(), [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
@@ -487,7 +495,8 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   const QList<DeviceKey> devices = stack_.library.devices();
   if (devices.isEmpty()) return;
   shelf_ = std::make_unique<ShelfListSource>(
-      ReadShelf(stack_.library, device.value_or(devices.first())));
+      ReadShelf(stack_.library, device.value_or(devices.first()),
+                SearchDateBound(chosenRangeMonths(), stack_.logs.today())));
   const LibraryShelf &shelf = shelf_->shelf;
   deviceChooser_->clear();
   for (const DeviceKey &key : devices) deviceChooser_->addItem(ShelfDeviceName(key));
@@ -511,8 +520,10 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   fill(*diveTable_, shelf.diveRows, details, shelf.diveFiles);
   ui_->label_recorded_voice->show();
   ui_->label_dive_log->show();
-  ui_->label_voice_counts->setText(Localized("shelf_counts").arg(shelf.clipRows.size()));
-  ui_->label_log_counts->setText(Localized("shelf_counts").arg(shelf.diveRows.size()));
+  ui_->label_voice_counts->setText(
+      Localized("shelf_counts").arg(shelf.clipRows.size()).arg(shelf.heldClips));
+  ui_->label_log_counts->setText(
+      Localized("shelf_counts").arg(shelf.diveRows.size()).arg(shelf.heldDives));
   ui_->label_status->setText(
       Localized("status_browsing_library").arg(ShelfDeviceName(shelf.device)));
   showSelectedDive();

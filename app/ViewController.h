@@ -50,7 +50,8 @@ class ViewController : public QWidget {
   void exportLogbookClicked();
   // Asks where the logbook goes, suggesting a path; empty when the diver cancels.
   std::function<QString(const QString &suggested)> chooseExportFile;
-  // A new search range: stored, and while idle the lists are read again from the device.
+  // A new search range: stored, and while idle the lists are read again from the device;
+  // with no device, the library's lists are read again for the period.
   void rangeChanged();
 
   Session &session() { return stack_.session; }

@@ -412,7 +412,7 @@
     </message>
     <message id="shelf_counts">
         <source>shelf_counts</source>
-        <translation>%1 in the library</translation>
+        <translation>%1 of %2 in the library</translation>
     </message>
     <message id="status_browsing_library">
         <source>status_browsing_library</source>

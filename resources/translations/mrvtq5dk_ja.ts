@@ -410,7 +410,7 @@
     </message>
     <message id="shelf_counts">
         <source>shelf_counts</source>
-        <translation>ライブラリに %1 件</translation>
+        <translation>ライブラリの %2 件中 %1 件</translation>
     </message>
     <message id="status_browsing_library">
         <source>status_browsing_library</source>

@@ -153,10 +153,17 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
   EXPECT_EQ(QDir(home.downloads() + "/Mrvtq5dk/log").entryList(QDir::Files).size(), 2);
 }
 
-// Once the device is gone its lists show what the library kept, greyed, viewable and
-// playable; every dive goes to the logbook unless several are picked; a second device's
-// library is a choice away.
+// Once the device is gone its lists show what the library kept in the period, greyed,
+// viewable and playable; every dive goes to the logbook unless several are picked; a second
+// device's library is a choice away, and a longer period shows its older clip.
 TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
+  // The second device's library keeps a clip of six weeks ago, with its file.
+  const QDateTime old = QDateTime::currentDateTimeUtc().addDays(-42);
+  const QString key = old.toString("yyyyMMddHHmmss"), wav = home.path() + "/old.wav";
+  WriteFile(wav, QByteArray(2000, 0));
+  Library kept;
+  kept.recordClip({"QM482", "11110000"}, {key, old.toString("yyMMdd-HHmmss"), old});
+  kept.recordSaved({"QM482", "11110000"}, ItemKind::Clip, key, wav);
   plugInAndList();
   saveAll->click();
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }, 20000));
@@ -165,7 +172,8 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
     return Outlet<QLabel>(window, "label_status")->text() ==
            Localized("status_browsing_library").arg("QM482 SN.28417305");
   }));
-  ASSERT_EQ(dives->model()->rowCount(), 7);  // every dive listed, saved or not
+  ASSERT_EQ(dives->model()->rowCount(), 3);  // the month's dives, saved or not
+  EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 in the library");
   ASSERT_EQ(clips->model()->rowCount(), 2);
   EXPECT_TRUE(dives->isEnabled());
   EXPECT_TRUE(dives->model()->index(0, 0).data(Qt::ForegroundRole).isValid());  // greyed
@@ -203,7 +211,9 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   ASSERT_EQ(chooser->count(), 2);
   chooser->activated(1);
   EXPECT_EQ(dives->model()->rowCount(), 1);
-  EXPECT_EQ(clips->model()->rowCount(), 0);
+  EXPECT_EQ(clips->model()->rowCount(), 0);  // older than the month
+  Outlet<QComboBox>(window, "comboBox_index_search_range")->setCurrentIndex(1);
+  EXPECT_EQ(clips->model()->rowCount(), 1);
   EXPECT_EQ(Outlet<QLabel>(window, "label_status")->text(),
             Localized("status_browsing_library").arg("QM482 SN.11110000"));
 }
