@@ -16,9 +16,10 @@ std::optional<QString> ExportLogbookAsked(
     const std::function<QString(const QString &)> &chooseFile) {
   LogbookExportRequest request;
   request.serial = device.serial;
-  if (!pickedDives.isEmpty()) {
+  // The window always has a dive picked, so one picked row is no choice: every dive goes.
+  if (pickedDives.size() > 1) {
     QMessageBox box(QMessageBox::Question, QStringLiteral("Mrvtq5dk"),
-                    Localized("export_which").arg(pickedDives.size()).arg(ShelfDeviceName(device)),
+                    Localized("export_which", int(pickedDives.size())).arg(ShelfDeviceName(device)),
                     QMessageBox::NoButton, parent);
     box.setObjectName(QStringLiteral("exportWhichBox"));
     QPushButton *some = box.addButton(Localized("export_selected"), QMessageBox::AcceptRole);

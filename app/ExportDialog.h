@@ -9,9 +9,9 @@
 
 class QWidget;
 
-// Asks which dives of the device go to the logbook (the picked ones or all, when some are
-// picked) and, through chooseFile, where; then writes it. Returns what to tell the diver,
-// none when the diver cancelled.
+// Asks which dives of the device go to the logbook (the picked ones or all, when several
+// are picked; else all) and, through chooseFile, where; then writes it. Returns what to tell the
+// diver, none when the diver cancelled.
 std::optional<QString> ExportLogbookAsked(
     QWidget *parent, const Library &library, const DeviceKey &device,
     const QList<int32_t> &pickedDives, const QString &programFolder,

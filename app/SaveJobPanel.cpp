@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include "Localization.h"
+#include "SaveResult.h"
 
 namespace {
 
@@ -97,14 +98,15 @@ QString SaveJobPanel::DescribeProgress(const SaveAllProgress &progress) {
 }
 
 QString SaveJobPanel::DescribeReport(const SaveAllReport &report) {
-  QStringList lines{Localized("job_saved").arg(report.saved.size())};
+  QStringList lines{Localized("job_saved", int(report.saved.size()))};
+  if (!report.saved.isEmpty()) lines << DescribeSaveFolders(report.saved);
   if (!report.failed.isEmpty()) {
-    lines << Localized("job_failed").arg(report.failed.size());
+    lines << Localized("job_failed", int(report.failed.size()));
     for (const SaveAllReport::Failed &failed : report.failed) {
       lines << QStringLiteral("%1: %2").arg(failed.name, failed.outcome.sentence.simplified());
     }
   }
-  if (report.damaged > 0) lines << Localized("job_damaged").arg(report.damaged);
+  if (report.damaged > 0) lines << Localized("job_damaged", report.damaged);
   if (report.cancelled) lines << Localized("job_cancelled");
   return lines.join(u'\n');
 }

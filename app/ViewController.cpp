@@ -16,9 +16,11 @@
 #include "ExportDialog.h"
 #include "ListRows.h"
 #include "Localization.h"
+#include "LogIndex.h"
 #include "PageDamage.h"
 #include "PlayerBar.h"
 #include "PreferencesDialog.h"
+#include "SaveResult.h"
 #include "SearchRange.h"
 #include "SystemLog.h"
 #include "VoiceIndex.h"
@@ -390,6 +392,13 @@ void ViewController::playPinnedClip(int pin) {
 }
 
 void ViewController::rangeChanged() {
+  if (lists().fromLibrary()) {
+    // No device: the period filters the library's lists, and is kept for the next listing.
+    // The session is not asked to list: the lists of a device gone would push the shelf away.
+    stack_.logs.setSearchRange(chosenRangeMonths());
+    showShelf(lists().device());
+    return;
+  }
   stack_.list(chosenRangeMonths(), [this](const Outcome &outcome) { showOutcome(outcome); });
 }
 
@@ -548,7 +557,8 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   const QList<DeviceKey> devices = stack_.library.devices();
   if (devices.isEmpty()) return;
   shelf_ = std::make_unique<ShelfListSource>(
-      ReadShelf(stack_.library, device.value_or(devices.first())));
+      ReadShelf(stack_.library, device.value_or(devices.first()),
+                SearchDateBound(chosenRangeMonths(), stack_.logs.today())));
   const LibraryShelf &shelf = shelf_->shelf;
   deviceChooser_->clear();
   for (const DeviceKey &key : devices) deviceChooser_->addItem(ShelfDeviceName(key));
@@ -569,8 +579,10 @@ void ViewController::showShelf(const std::optional<DeviceKey> &device) {
   }
   ui_->label_recorded_voice->show();
   ui_->label_dive_log->show();
-  ui_->label_voice_counts->setText(Localized("shelf_counts").arg(shelf.clips.size()));
-  ui_->label_log_counts->setText(Localized("shelf_counts").arg(shelf.diveRows.size()));
+  ui_->label_voice_counts->setText(
+      Localized("shelf_counts").arg(shelf.clips.size()).arg(shelf.heldClips));
+  ui_->label_log_counts->setText(
+      Localized("shelf_counts").arg(shelf.diveRows.size()).arg(shelf.heldDives));
   ui_->label_status->setText(
       Localized("status_browsing_library").arg(ShelfDeviceName(shelf.device)));
   showSelectedDive();
@@ -605,8 +617,14 @@ void ViewController::showOutcome(const Outcome &outcome) {
   if (outcome.sentence.isEmpty()) return;
   switch (outcome.failure) {
     case Failure::None:
-      // A finished download is told in a box; a finished listing shows in the lists.
-      if (outcome.operation != Operation::ConnectAndList) messageBox(outcome.sentence);
+      // A finished download is told in a box, with the folder the file went to; a finished
+      // listing shows in the lists.
+      if (outcome.operation != Operation::ConnectAndList) {
+        QString text = outcome.sentence;
+        if (const QString folder = DescribeSaveFolders({outcome.path}); !folder.isEmpty())
+          text += (text.endsWith(u'\n') ? QString() : QStringLiteral("\n")) + folder;
+        messageBox(text);
+      }
       return;
     case Failure::Unplugged:
     case Failure::IdentityRefused:

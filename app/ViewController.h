@@ -47,12 +47,13 @@ class ViewController : public QWidget {
   void downloadDiveClicked();
   // Saves every listed item the library does not hold unchanged.
   void saveAllNewClicked();
-  // Writes the selected dives, or every dive of the device, as a UDDF logbook file the
-  // diver picks, and says in a box how many were written.
+  // Writes every dive of the device, or the selected ones when several are, as a UDDF
+  // logbook file the diver picks, and says in a box how many were written.
   void exportLogbookClicked();
   // Asks where the logbook goes, suggesting a path; empty when the diver cancels.
   std::function<QString(const QString &suggested)> chooseExportFile;
-  // A new search range: stored, and while idle the lists are read again from the device.
+  // A new search range: stored, and while idle the lists are read again from the device;
+  // with no device, the library's lists are read again for the period.
   void rangeChanged();
 
   Session &session() { return stack_.session; }

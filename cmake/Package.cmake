@@ -26,10 +26,12 @@ set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "${MRVTQ5DK_HOMEPAGE}")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Added to what the binaries link: QtSql's SQLite driver is a plugin, loaded by name. Qt
-# Multimedia's sound output and its backends come with libqt6multimedia6, which the window
-# links, and Qt's platform plugins (a desktop's and offscreen) with libqt6gui6.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6sql6-sqlite")
+# Added to what the binaries link: QtSql's SQLite driver is a plugin, loaded by name, and
+# Qt's own words (the file dialog's, the standard buttons') in the desktop's language are
+# tables read at start. Qt Multimedia's sound output and its backends come with
+# libqt6multimedia6, which the window links, and Qt's platform plugins (a desktop's and
+# offscreen) with libqt6gui6.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6sql6-sqlite, qt6-translations-l10n")
 # Japanese text needs a CJK font; on Wayland, Qt draws natively with its Wayland plugin.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-noto-cjk, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA

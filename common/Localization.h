@@ -7,10 +7,15 @@
 // The text of a key of the program's string tables. A key without a text reads as the
 // key itself, so a missing entry shows up on screen instead of an empty box.
 QString Localized(const char *key);
+// The text of a key that counts something, in the form the language gives that count:
+// "1 dive", "2 dives" in English, one form in Japanese. Its %n is the count.
+QString Localized(const char *key, int count);
 
 // Installs the embedded string tables: English always, as the base, and Japanese on top
-// when the locale's language is Japanese. Replaces tables installed before. Needs a
-// QCoreApplication. Returns false when a table could not be loaded.
+// when the locale's language is Japanese; and Qt's own table for the locale's language
+// (the file dialog's and the standard buttons' words), where the system has it. Replaces
+// tables installed before. Needs a QCoreApplication. Returns false when one of the
+// embedded tables could not be loaded; Qt's own is optional.
 bool InstallStringTables(const QLocale &locale = QLocale::system());
 
 // Resource paths of the compiled tables, for checks of their completeness.
@@ -18,7 +23,7 @@ inline constexpr const char *kEnglishStringTable = ":/i18n/mrvtq5dk_en.qm";
 inline constexpr const char *kJapaneseStringTable = ":/i18n/mrvtq5dk_ja.qm";
 
 // Every key the program looks up.
-inline constexpr std::array<const char *, 131> kStringTableKeys = {
+inline constexpr std::array<const char *, 134> kStringTableKeys = {
     "initial_error",
     "open_serial_port",
     "target_model_error",
@@ -63,4 +68,7 @@ inline constexpr std::array<const char *, 131> kStringTableKeys = {
     "uddf_note_warnings", "uddf_note_information", "uddf_note_sample_warning", "export_written", "export_no_dives", "export_dives_without_date", "export_unknown_device", "button_export_logbook", "export_which", "export_selected", "export_all", "export_file_filter",
     "row_damaged", "damage_entry", "damage_exit", "damage_depth", "damage_water", "damage_short", "profile_damaged", "dive_damaged_saved", "job_damaged", "clock_japan", "clock_computer", "clock_japan_choice", "clock_computer_choice", "summary_clock", "row_clock", "button_preferences", "preferences_title", "preferences_clock",
     "player_fetching",
+    "count_dives",
+    "count_voice_clips",
+    "saved_folder",
 };

@@ -1,5 +1,6 @@
 #include "SaveResult.h"
 
+#include <QDir>
 #include <QFileDevice>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -58,6 +59,18 @@ QString DescribeSaveFailure(const SaveResult &result, const QString &fileName) {
   }
   // One arg() call for both, so that a "%1" in the file name is not filled in turn.
   return Localized("save_failed").arg(fileName, why);
+}
+
+QString DescribeSaveFolders(const QStringList &paths) {
+  QStringList folders;
+  for (const QString &path : paths) {
+    if (path.isEmpty()) continue;  // nothing saved
+    const QString folder = QDir::toNativeSeparators(QFileInfo(path).absolutePath());
+    if (!folders.contains(folder)) folders.append(folder);
+  }
+  if (folders.isEmpty()) return {};
+  return Localized("saved_folder", int(folders.size()))
+      .arg(folders.join(Localized("list_separator")));
 }
 
 SaveResult SaveWhole(const QString &path, const std::function<bool(QIODevice &)> &write) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 
 class QFileDevice;
@@ -36,6 +37,11 @@ SaveResult SaveFailure(const QFileDevice &file, int systemError);
 // "2023-11-05_23-00_45_profile.csv could not be saved: the disk is full." in the user's
 // language; fileName is shown as it is. Empty for a result that was saved.
 QString DescribeSaveFailure(const SaveResult &result, const QString &fileName);
+
+// "Folder: /home/diver/Downloads/Mrvtq5dk/voice" in the user's language: where the files
+// saved at paths are, each folder once, in the order first met ("Folders: …/log, …/voice").
+// Empty for no paths.
+QString DescribeSaveFolders(const QStringList &paths);
 
 // Writes the file at path whole or not at all: write fills it (false when it could not),
 // and only then is it put in place of an older file of that name.

@@ -84,11 +84,12 @@ LogbookExportResult ExportLogbook(const Library &library, const LogbookExportReq
   result.dives = written.dives;
   result.clips = written.clips;
   result.damagedDives = written.damagedDives;
-  result.sentence =
-      written.dives == 0
-          ? Localized("export_no_dives").arg(shown)
-          : Localized("export_written").arg(written.dives).arg(written.clips).arg(shown);
+  result.sentence = written.dives == 0
+                        ? Localized("export_no_dives").arg(shown)
+                        : Localized("export_written")
+                              .arg(Localized("count_dives", written.dives),
+                                   Localized("count_voice_clips", written.clips), shown);
   if (written.damagedDives > 0)
-    result.sentence += u' ' + Localized("export_dives_without_date").arg(written.damagedDives);
+    result.sentence += u' ' + Localized("export_dives_without_date", written.damagedDives);
   return result;
 }

@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   g++ clang libclang-rt-dev cmake ninja-build pkg-config
   qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6sql6-sqlite
+  qt6-translations-l10n
   qt6-multimedia-dev libqt6multimedia6 pulseaudio
   libudev-dev
   libgtest-dev libgmock-dev umockdev libumockdev-dev libbenchmark-dev

@@ -208,13 +208,19 @@
         <source>job_time_left</source>
         <translation>about %1 s left</translation>
     </message>
-    <message id="job_saved">
+    <message id="job_saved" numerus="yes">
         <source>job_saved</source>
-        <translation>Saved %1 item(s).</translation>
+        <translation>
+            <numerusform>Saved %n item.</numerusform>
+            <numerusform>Saved %n items.</numerusform>
+        </translation>
     </message>
-    <message id="job_failed">
+    <message id="job_failed" numerus="yes">
         <source>job_failed</source>
-        <translation>Could not save %1 item(s):</translation>
+        <translation>
+            <numerusform>Could not save %n item:</numerusform>
+            <numerusform>Could not save %n items:</numerusform>
+        </translation>
     </message>
     <message id="job_cancelled">
         <source>job_cancelled</source>
@@ -398,7 +404,7 @@
     </message>
     <message id="shelf_counts">
         <source>shelf_counts</source>
-        <translation>%1 in the library</translation>
+        <translation>%1 of %2 in the library</translation>
     </message>
     <message id="status_browsing_library">
         <source>status_browsing_library</source>
@@ -418,15 +424,18 @@
     </message>
     <message id="export_written">
         <source>export_written</source>
-        <translation>%1 dive(s) and %2 voice clip(s) written to %3.</translation>
+        <translation>%1 and %2 written to %3.</translation>
     </message>
     <message id="export_no_dives">
         <source>export_no_dives</source>
         <translation>The library holds no dives to export; %1 was written with none.</translation>
     </message>
-    <message id="export_dives_without_date">
+    <message id="export_dives_without_date" numerus="yes">
         <source>export_dives_without_date</source>
-        <translation>%1 dive(s) without a valid date were left out.</translation>
+        <translation>
+            <numerusform>%n damaged dive page was left out.</numerusform>
+            <numerusform>%n damaged dive pages were left out.</numerusform>
+        </translation>
     </message>
     <message id="export_unknown_device">
         <source>export_unknown_device</source>
@@ -436,9 +445,12 @@
         <source>button_export_logbook</source>
         <translation>Export to logbook...</translation>
     </message>
-    <message id="export_which">
+    <message id="export_which" numerus="yes">
         <source>export_which</source>
-        <translation>Export the %1 selected dive(s), or every dive of %2?</translation>
+        <translation>
+            <numerusform>Export the %n selected dive, or every dive of %1?</numerusform>
+            <numerusform>Export the %n selected dives, or every dive of %1?</numerusform>
+        </translation>
     </message>
     <message id="export_selected">
         <source>export_selected</source>
@@ -486,9 +498,12 @@
         <translation>%1
 It is saved as the device gave it.</translation>
     </message>
-    <message id="job_damaged">
+    <message id="job_damaged" numerus="yes">
         <source>job_damaged</source>
-        <translation>%1 damaged pages not saved.</translation>
+        <translation>
+            <numerusform>%n damaged page not saved.</numerusform>
+            <numerusform>%n damaged pages not saved.</numerusform>
+        </translation>
     </message>
     <message id="clock_japan">
         <source>clock_japan</source>
@@ -529,6 +544,27 @@ It is saved as the device gave it.</translation>
     <message id="player_fetching">
         <source>player_fetching</source>
         <translation>%1: downloading, %2 %</translation>
+    </message>
+    <message id="count_dives" numerus="yes">
+        <source>count_dives</source>
+        <translation>
+            <numerusform>%n dive</numerusform>
+            <numerusform>%n dives</numerusform>
+        </translation>
+    </message>
+    <message id="count_voice_clips" numerus="yes">
+        <source>count_voice_clips</source>
+        <translation>
+            <numerusform>%n voice clip</numerusform>
+            <numerusform>%n voice clips</numerusform>
+        </translation>
+    </message>
+    <message id="saved_folder" numerus="yes">
+        <source>saved_folder</source>
+        <translation>
+            <numerusform>Folder: %1</numerusform>
+            <numerusform>Folders: %1</numerusform>
+        </translation>
     </message>
 </context>
 </TS>

@@ -208,13 +208,17 @@
         <source>job_time_left</source>
         <translation>残り約 %1 秒</translation>
     </message>
-    <message id="job_saved">
+    <message id="job_saved" numerus="yes">
         <source>job_saved</source>
-        <translation>%1 件を保存しました。</translation>
+        <translation>
+            <numerusform>%n 件を保存しました。</numerusform>
+        </translation>
     </message>
-    <message id="job_failed">
+    <message id="job_failed" numerus="yes">
         <source>job_failed</source>
-        <translation>%1 件を保存できませんでした：</translation>
+        <translation>
+            <numerusform>%n 件を保存できませんでした：</numerusform>
+        </translation>
     </message>
     <message id="job_cancelled">
         <source>job_cancelled</source>
@@ -398,7 +402,7 @@
     </message>
     <message id="shelf_counts">
         <source>shelf_counts</source>
-        <translation>ライブラリに %1 件</translation>
+        <translation>ライブラリの %2 件中 %1 件</translation>
     </message>
     <message id="status_browsing_library">
         <source>status_browsing_library</source>
@@ -418,15 +422,17 @@
     </message>
     <message id="export_written">
         <source>export_written</source>
-        <translation>%3 にダイブ %1 本と音声クリップ %2 件を書き出しました。</translation>
+        <translation>%3 に%1と%2を書き出しました。</translation>
     </message>
     <message id="export_no_dives">
         <source>export_no_dives</source>
         <translation>書き出すダイブがライブラリにありません。%1 はダイブなしで書き出しました。</translation>
     </message>
-    <message id="export_dives_without_date">
+    <message id="export_dives_without_date" numerus="yes">
         <source>export_dives_without_date</source>
-        <translation>日付が正しくないダイブ %1 本は書き出しませんでした。</translation>
+        <translation>
+            <numerusform>破損したダイブのページ %n 件は書き出しませんでした。</numerusform>
+        </translation>
     </message>
     <message id="export_unknown_device">
         <source>export_unknown_device</source>
@@ -436,9 +442,11 @@
         <source>button_export_logbook</source>
         <translation>ログブックに書き出す...</translation>
     </message>
-    <message id="export_which">
+    <message id="export_which" numerus="yes">
         <source>export_which</source>
-        <translation>選択した %1 件のダイブを書き出しますか？ それとも %2 のすべてのダイブを書き出しますか？</translation>
+        <translation>
+            <numerusform>選択した %n 件のダイブを書き出しますか？ それとも %1 のすべてのダイブを書き出しますか？</numerusform>
+        </translation>
     </message>
     <message id="export_selected">
         <source>export_selected</source>
@@ -486,9 +494,11 @@
         <translation>%1
 本体から受け取ったまま保存します。</translation>
     </message>
-    <message id="job_damaged">
+    <message id="job_damaged" numerus="yes">
         <source>job_damaged</source>
-        <translation>破損したページ %1 件は保存していません。</translation>
+        <translation>
+            <numerusform>破損したページ %n 件は保存していません。</numerusform>
+        </translation>
     </message>
     <message id="clock_japan">
         <source>clock_japan</source>
@@ -529,6 +539,24 @@
     <message id="player_fetching">
         <source>player_fetching</source>
         <translation>%1: ダウンロード中 %2 %</translation>
+    </message>
+    <message id="count_dives" numerus="yes">
+        <source>count_dives</source>
+        <translation>
+            <numerusform>ダイブ %n 本</numerusform>
+        </translation>
+    </message>
+    <message id="count_voice_clips" numerus="yes">
+        <source>count_voice_clips</source>
+        <translation>
+            <numerusform>音声クリップ %n 件</numerusform>
+        </translation>
+    </message>
+    <message id="saved_folder" numerus="yes">
+        <source>saved_folder</source>
+        <translation>
+            <numerusform>保存先：%1</numerusform>
+        </translation>
     </message>
 </context>
 </TS>

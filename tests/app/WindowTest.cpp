@@ -64,6 +64,10 @@ class WindowTest : public ::testing::Test {
     window.session().state().deviceExist = 1;
     ASSERT_EQ(window.session().openSerialPort(device->slavePath(), 9600), std::nullopt);
   }
+  // The line a box that tells of saved files ends with: the folder they went to.
+  QString folderLine(const char *folder) {
+    return "\n" + Localized("saved_folder", 1).arg(home.downloads() + "/Mrvtq5dk/" + folder);
+  }
   TemporaryHome home;
   LogCapture log;
   BoxAnswerer answerer;
@@ -132,6 +136,7 @@ TEST_F(WindowTest, ListedThenRangedThenOneClipFetched) {
   const QStringList one = voice.entryList(QDir::Files | QDir::Hidden);
   ASSERT_EQ(one.size(), 1);
   EXPECT_TRUE(one[0].contains("_02-00_")) << qPrintable(one[0]);  // the third clip's time
+  EXPECT_TRUE(answerer.boxes[0].endsWith(one[0] + folderLine("voice")));
   auto *position = Outlet(window, "playPosition");
   EXPECT_TRUE(position->isEnabled());  // the player takes the clip just saved
 
@@ -163,7 +168,8 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
   Outlet<QPushButton>(window, "button_cancel")->click();
   ASSERT_TRUE(
       WaitFor([&] { return answerer.boxes.join(',').contains(Localized("job_cancelled")); }));
-  EXPECT_TRUE(answerer.boxes.last().startsWith("Mrvtq5dk|" + Localized("job_saved").arg(3)));
+  EXPECT_TRUE(answerer.boxes.last().startsWith("Mrvtq5dk|" + Localized("job_saved", 3) +
+                                               folderLine("log")));
   EXPECT_TRUE(voice.entryList(QDir::Files | QDir::Hidden).isEmpty());
   EXPECT_FALSE(jobBar->isVisible());
   ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }));  // the clips are still new
@@ -173,7 +179,8 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
   answerer.boxes.clear();
   saveAll->click();
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }, 20000));
-  EXPECT_EQ(answerer.boxes, QStringList{"Mrvtq5dk|" + Localized("job_saved").arg(2)});
+  EXPECT_EQ(answerer.boxes,
+            QStringList{"Mrvtq5dk|" + Localized("job_saved", 2) + folderLine("voice")});
   EXPECT_EQ(voice.entryList(QDir::Files | QDir::Hidden).size(), 2);
   for (const char *name : {"view_voice_index", "view_log_index"}) {
     QAbstractItemModel *rows = Outlet<QTableView>(window, name)->model();
@@ -192,14 +199,23 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
   Outlet<QPushButton>(window, "button_download_log")->click();
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }));
-  EXPECT_EQ(answerer.boxes, QStringList{"Mrvtq5dk|" + Localized("job_saved").arg(2)});
+  EXPECT_EQ(answerer.boxes,
+            QStringList{"Mrvtq5dk|" + Localized("job_saved", 2) + folderLine("log")});
   EXPECT_EQ(QDir(home.downloads() + "/Mrvtq5dk/log").entryList(QDir::Files).size(), 2);
 }
 
-// Once the device is gone its lists show what the library kept, greyed, viewable and
-// playable, in a small window as in one started without the device; the picked dive goes to
-// the logbook; a second device's library is a choice away.
+// Once the device is gone its lists show what the library kept in the period, greyed,
+// viewable and playable, in a small window as in one started without the device; every dive
+// goes to the logbook unless several are picked; a second device's library is a choice away,
+// and a longer period shows its older clip.
 TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
+  // The second device's library keeps a clip of six weeks ago, with its file.
+  const QDateTime old = QDateTime::currentDateTimeUtc().addDays(-42);
+  const QString key = old.toString("yyyyMMddHHmmss"), wav = home.path() + "/old.wav";
+  WriteFile(wav, QByteArray(2000, 0));
+  Library kept;
+  kept.recordClip({"QM482", "11110000"}, {key, old.toString("yyMMdd-HHmmss"), old});
+  kept.recordSaved({"QM482", "11110000"}, ItemKind::Clip, key, wav);
   plugInAndList();
   saveAll->click();
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }, 20000));
@@ -208,7 +224,8 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
     return Outlet<QLabel>(window, "label_status")->text() ==
            Localized("status_browsing_library").arg("QM482 SN.28417305");
   }));
-  ASSERT_EQ(dives->model()->rowCount(), 7);  // every dive listed, saved or not
+  ASSERT_EQ(dives->model()->rowCount(), 3);  // the month's dives, saved or not
+  EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 in the library");
   ASSERT_EQ(clips->model()->rowCount(), 2);
   EXPECT_TRUE(dives->isEnabled());
   EXPECT_TRUE(dives->model()->index(0, 0).data(Qt::ForegroundRole).isValid());  // greyed
@@ -220,7 +237,8 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   clips->selectRow(0);
   EXPECT_EQ(Outlet<QLabel>(window, "playTitle")->text(), clips->model()->index(0, 0).data());
 
-  // The picked dive goes to the logbook with its clip, under the suggested name.
+  // The dive picked as the window always picks one: every dive goes, unasked, under the
+  // suggested name; two picked: the diver is asked, and they go with their clip.
   const QString logbook = home.downloads() + "/Mrvtq5dk/Mrvtq5dk-28417305-" +
                           QDate::currentDate().toString(Qt::ISODate) + ".uddf";
   window.chooseExportFile = [&](const QString &suggested) {
@@ -229,11 +247,15 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   answerer.boxes.clear();
   answerer.button = Localized("export_selected");
   Outlet<QPushButton>(window, "button_export_logbook")->click();
-  // Only the export's two boxes: a request put off until the line was quiet never meets the
+  // Only the export's box: a request put off until the line was quiet never meets the
   // unplugged port and says the power is off.
-  ASSERT_EQ(answerer.boxes.size(), 2) << qPrintable(answerer.boxes.join('\n'));
-  EXPECT_EQ(answerer.boxes[1],
-            "MrvTq5dk|" + Localized("export_written").arg(1).arg(1).arg(logbook));
+  ASSERT_EQ(answerer.boxes.size(), 1) << qPrintable(answerer.boxes.join('\n'));
+  EXPECT_EQ(answerer.boxes[0], "MrvTq5dk|7 dives and 1 voice clip written to " + logbook + ".");
+  dives->selectionModel()->select(dives->model()->index(1, 0),
+                                  QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  Outlet<QPushButton>(window, "button_export_logbook")->click();
+  ASSERT_EQ(answerer.boxes.size(), 3) << qPrintable(answerer.boxes.join('\n'));
+  EXPECT_EQ(answerer.boxes[2], "MrvTq5dk|2 dives and 1 voice clip written to " + logbook + ".");
   EXPECT_TRUE(QFileInfo(logbook).size() > 1000);
 
   auto *chooser = Outlet<QComboBox>(window, "comboBox_library_device");
@@ -241,7 +263,9 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   ASSERT_EQ(chooser->count(), 2);
   chooser->activated(1);
   EXPECT_EQ(dives->model()->rowCount(), 1);
-  EXPECT_EQ(clips->model()->rowCount(), 0);
+  EXPECT_EQ(clips->model()->rowCount(), 0);  // older than the month
+  Outlet<QComboBox>(window, "comboBox_index_search_range")->setCurrentIndex(1);
+  EXPECT_EQ(clips->model()->rowCount(), 1);
   EXPECT_EQ(Outlet<QLabel>(window, "label_status")->text(),
             Localized("status_browsing_library").arg("QM482 SN.11110000"));
 
