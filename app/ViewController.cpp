@@ -359,8 +359,9 @@ void ViewController::showSelectedDive() {
 }
 
 void ViewController::showSelectedClip() {
-  const PlayableClip clip = lists().clip(clipTable_->picked());
-  divePane_->player().setClip(clip.file, ClipRowText(clip.row, clock_));
+  const int row = clipTable_->picked();
+  const PlayableClip clip = lists().clip(row);
+  divePane_->player().setClip(clip.file, row < 0 ? QString() : ClipRowText(clip.row, clock_));
 }
 
 bool ViewController::play(const PlayableClip &clip) {

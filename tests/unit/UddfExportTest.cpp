@@ -7,6 +7,7 @@
 #include <QXmlStreamReader>
 
 #include "DiveFlags.h"
+#include "DiveLogPage.h"
 #include "DiveRecord.h"
 #include "LogbookExport.h"
 #include "SimContents.h"
@@ -156,3 +157,29 @@ TEST_F(UddfExport, FiltersAnEmptyLibraryAndAFileThatCannotBeWritten) {
 }
 
 }  // namespace
+
+// Damaged is only what no device could have recorded: such a page is left out of the export
+// (above) and of Save all new. A clock never set or set wrong, or a profile size past the
+// page's slots, is still a dive.
+TEST(PageDamage, OnlyWhatNoDeviceCouldHaveRecorded) {
+  using namespace DiveLogPage;
+  const QByteArray whole = sim::DivePage(sim::GenerateContents(1, QDate(2026, 11, 23)).dives[0]);
+  const auto damage = [&whole](QList<std::pair<int, int>> bytes) {
+    QByteArray page = whole;
+    for (const auto &[at, value] : bytes) page[at] = char(value);
+    return DecodePage(page).dive.damage;
+  };
+  for (const auto &odd : {QList<std::pair<int, int>>{},
+                          {{kYear, 0x00}},
+                          {{kYear, 0x99}},
+                          {{kProfileSize, 0xFF}},
+                          {{kTemperature, 0xCE}, {kTemperature + 1, 0xFF}}})
+    EXPECT_EQ(damage(odd), std::nullopt) << odd.value(0).first;  // -5.0 °C is still water
+  EXPECT_EQ(damage({{kMonth, 0x13}}), PageDamage::EntryOffCalendar);
+  EXPECT_EQ(damage({{kDay, 0x00}}), PageDamage::EntryOffCalendar);
+  EXPECT_EQ(damage({{kEntryMinute, 0x1A}}), PageDamage::EntryOffCalendar);  // reads as 20
+  EXPECT_EQ(damage({{kExitHour, 0x25}}), PageDamage::ExitOffCalendar);
+  EXPECT_EQ(damage({{kAverageDepth + 1, 0x7F}}), PageDamage::AverageBelowMaximum);
+  EXPECT_EQ(damage({{kTemperature, 0xF5}, {kTemperature + 1, 0x01}}), PageDamage::WaterTemperature);
+  EXPECT_EQ(DecodePage(whole.left(4000)).dive.damage, PageDamage::Short);
+}
