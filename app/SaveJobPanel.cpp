@@ -58,7 +58,7 @@ void SaveJobPanel::refresh() {
                        : progress.total > 0    ? double(progress.done) / progress.total
                                                : 1.0;
   controls_.bar->setValue(int(share * controls_.bar->maximum()));
-  controls_.label->setText(DescribeProgress(progress));
+  controls_.label->setText(describeProgress(progress));
   if (job_.running()) controls_.clipBar->hide();  // a clip's download shows it
 }
 
@@ -68,7 +68,7 @@ void SaveJobPanel::ended(const SaveAllReport &report, const std::function<void()
   controls_.label->hide();
   controls_.cancel->hide();
   controls_.clipBar->hide();
-  const QString text = DescribeReport(report);
+  const QString text = describeReport(report);
   controls_.status->setText(text.section(u'\n', 0, 0));
   QMessageBox box(QMessageBox::Information, QStringLiteral("Mrvtq5dk"), text, QMessageBox::NoButton,
                   boxParent_);
@@ -82,11 +82,11 @@ void SaveJobPanel::ended(const SaveAllReport &report, const std::function<void()
   if (then) then();
 }
 
-QString SaveJobPanel::DescribeProgress(const SaveAllProgress &progress) {
+QString SaveJobPanel::describeProgress(const SaveAllProgress &progress) const {
   QStringList parts;
-  if (!progress.current.isEmpty()) {
+  if (progress.current) {
     parts << Localized("job_item")
-                 .arg(progress.current)
+                 .arg(itemText(*progress.current))
                  .arg(std::min(progress.done + 1, progress.total))
                  .arg(progress.total);
   }
@@ -97,13 +97,14 @@ QString SaveJobPanel::DescribeProgress(const SaveAllProgress &progress) {
   return parts.join(QStringLiteral(" · "));
 }
 
-QString SaveJobPanel::DescribeReport(const SaveAllReport &report) {
+QString SaveJobPanel::describeReport(const SaveAllReport &report) const {
   QStringList lines{Localized("job_saved", int(report.saved.size()))};
   if (!report.saved.isEmpty()) lines << DescribeSaveFolders(report.saved);
   if (!report.failed.isEmpty()) {
     lines << Localized("job_failed", int(report.failed.size()));
     for (const SaveAllReport::Failed &failed : report.failed) {
-      lines << QStringLiteral("%1: %2").arg(failed.name, failed.outcome.sentence.simplified());
+      lines << QStringLiteral("%1: %2").arg(itemText(failed.item),
+                                            failed.outcome.sentence.simplified());
     }
   }
   if (report.damaged > 0) lines << Localized("job_damaged", report.damaged);

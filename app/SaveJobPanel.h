@@ -32,11 +32,14 @@ class SaveJobPanel : public QObject {
   bool running() const { return job_.running(); }
   // Where "Open folder" goes.
   std::function<QString()> folder;
+  // How an item is named, as the window lists it.
+  std::function<QString(const DeviceLibrary::Item &)> itemText =
+      [](const DeviceLibrary::Item &item) { return item.name; };
 
   // The line under the bar.
-  static QString DescribeProgress(const SaveAllProgress &progress);
+  QString describeProgress(const SaveAllProgress &progress) const;
   // The text of the box at the end.
-  static QString DescribeReport(const SaveAllReport &report);
+  QString describeReport(const SaveAllReport &report) const;
 
  private:
   void show();

@@ -44,6 +44,7 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
       this);
   // Clips and dives have folders of their own, side by side: the box opens the one above.
   jobPanel_->folder = [this] { return programFolder(); };
+  jobPanel_->itemText = [this](const DeviceLibrary::Item &item) { return itemText(item); };
   clipTable_ =
       new IndexTable(ui_->tableView_voice_index, ui_->view_voice_index, ui_->label_voice_index,
                      "view_voice_index", QStringLiteral("headerView_voice_index"), this);
@@ -480,6 +481,17 @@ void ViewController::runJob(const std::function<void(std::function<void()> ended
 void ViewController::jobEnded() {
   refreshLibraryView();
   offerControls(shown_);
+}
+
+QString ViewController::itemText(const DeviceLibrary::Item &item) const {
+  if (item.kind == ItemKind::Dive) {
+    for (const DiveRow &dive : shown_.dives)
+      if (dive.number == item.number) return DiveRowText(dive, clock_);
+  } else {
+    for (const ClipRow &clip : shown_.clips)
+      if (clip.number == item.number) return ClipRowText(clip, clock_);
+  }
+  return item.name;
 }
 
 QList<DeviceLibrary::Item> ViewController::selectedItems(ItemKind kind) {

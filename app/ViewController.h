@@ -96,6 +96,8 @@ class ViewController : public QWidget {
   // "Save all new" can start when the device is idle, the downloads are offered and
   // something is new.
   void updateSaveAllButton();
+  // An item of the device's lists as the window lists it.
+  QString itemText(const DeviceLibrary::Item &item) const;
   // The picked rows of a list as library items, in list order.
   QList<DeviceLibrary::Item> selectedItems(ItemKind kind);
   // Runs a job of several items: the device's controls stay grey until it ends.

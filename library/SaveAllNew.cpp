@@ -48,12 +48,12 @@ void SaveAllNew::cancel() {
   if (!running_ || cancelling_) return;
   cancelling_ = true;
   report_.cancelled = true;
-  if (!progress_.current.isEmpty()) session_.cancel();
+  if (progress_.current) session_.cancel();
 }
 
 SaveAllProgress SaveAllNew::progress() const {
   SaveAllProgress now = progress_;
-  if (!now.current.isEmpty() && wireItemBytes_ > 0) {
+  if (now.current && wireItemBytes_ > 0) {
     const SessionState &state = session_.state();
     now.bytesDone += std::min<qint64>(
         wireItemBytes_, std::max(state.clipReceived.load(), state.pageReceived.load()));
@@ -71,19 +71,19 @@ void SaveAllNew::next() {
   }
   const DeviceLibrary::Item item = queue_.takeFirst();
   wireItemBytes_ = queueBytes_.takeFirst();
-  progress_.current = item.name;
+  progress_.current = item;
   library_.save(item, [this, item](const Outcome &outcome) { ended(item, outcome); });
 }
 
 void SaveAllNew::ended(const DeviceLibrary::Item &item, const Outcome &outcome) {
   progress_.bytesDone += wireItemBytes_;
   wireItemBytes_ = 0;
-  progress_.current.clear();
+  progress_.current.reset();
   ++progress_.done;
   if (outcome.ok()) {
     report_.saved.append(outcome.path);
   } else if (outcome.failure != Failure::Cancelled) {
-    report_.failed.append(SaveAllReport::Failed{item.name, outcome});
+    report_.failed.append(SaveAllReport::Failed{item, outcome});
   }
   if (itemHandler_) itemHandler_(item, outcome);
   // The next item starts from the event loop, after this one's handlers have all run.
@@ -92,6 +92,6 @@ void SaveAllNew::ended(const DeviceLibrary::Item &item, const Outcome &outcome) 
 
 void SaveAllNew::finish() {
   running_ = false;
-  progress_.current.clear();
+  progress_.current.reset();
   if (done_) done_(report_);
 }

@@ -5,15 +5,16 @@
 #include <QObject>
 #include <QString>
 #include <functional>
+#include <optional>
 
 #include "DeviceLibrary.h"
 
 // Where a "save all new" job stands, for a progress bar.
 struct SaveAllProgress {
-  int done = 0;          // items ended, saved or not
-  int total = 0;         // items the job set out to save
-  QString current;       // the list row of the item under way; empty between items
-  qint64 bytesDone = 0;  // on the wire, the item under way included
+  int done = 0;                                // items ended, saved or not
+  int total = 0;                               // items the job set out to save
+  std::optional<DeviceLibrary::Item> current;  // the item under way; none between items
+  qint64 bytesDone = 0;                        // on the wire, the item under way included
   qint64 bytesTotal = 0;
   qint64 msLeft = -1;  // -1 until a rate is known
 };
@@ -21,7 +22,7 @@ struct SaveAllProgress {
 // How a job ended: what was saved, and what was not and why.
 struct SaveAllReport {
   struct Failed {
-    QString name;  // the list row
+    DeviceLibrary::Item item;
     Outcome outcome;
   };
   QStringList saved;       // the paths written

@@ -164,6 +164,10 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
   EXPECT_TRUE(jobBar->isVisible());
   EXPECT_FALSE(Outlet(window, "button_download_voice")->isEnabled());
   ASSERT_TRUE(WaitFor([&] { return jobBar->value() > 0 && state.clipReceived > 0; }));
+  // The item under way is named as its list names it, on the same clock.
+  EXPECT_TRUE(Outlet<QLabel>(window, "label_job")
+                  ->text()
+                  .contains(clips->model()->index(0, 0).data().toString()));
   EXPECT_FALSE(Outlet(window, "progressBar_cdc")->isVisible());
   Outlet<QPushButton>(window, "button_cancel")->click();
   ASSERT_TRUE(
@@ -381,6 +385,13 @@ TEST_P(WindowFaultTest, ListsCountsAndControlsAgreeAfterIt) {
   EXPECT_TRUE(answerer.boxes[0].endsWith("\n7 damaged pages not saved."))
       << qPrintable(answerer.boxes[0]);
   EXPECT_TRUE(QDir(home.downloads() + "/Mrvtq5dk/log").isEmpty());
+  // Asked for alone, a damaged page is saved as the device gave it, once the diver is told.
+  answerer.boxes.clear();
+  Outlet<QPushButton>(window, "button_download_log")->click();
+  ASSERT_TRUE(WaitFor([&] { return answerer.boxes.size() == 2; }, 20000));
+  EXPECT_TRUE(answerer.boxes[0].endsWith("\nIt is saved as the device gave it."))
+      << qPrintable(answerer.boxes[0]);
+  EXPECT_EQ(QDir(home.downloads() + "/Mrvtq5dk/log").entryList(QDir::Files).size(), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(
