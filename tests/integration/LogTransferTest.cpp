@@ -139,7 +139,8 @@ TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched
 }
 
 // Only dives still in the device's history are asked for. With the port gone the request is not
-// made: the download ends as unplugged (not "power is off"), and the device is shown as gone.
+// made: the download ends as unplugged (not "power is off"), the device is shown as gone, and
+// the controls come back for the next try once it is back.
 TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
   SessionState &state = session->state();
   const auto idle = [&] {
@@ -155,6 +156,8 @@ TEST_F(LogTransferTest, DownloadAsksOnlyForDivesStillInTheHistory) {
 
   plugIn(Holding(Dives(3), 10));
   idle();
+  session->context().transitions.publishPhase();  // the download that never went out is over
+  EXPECT_EQ(published().phase, DevicePhase::Idle);
   session->context().operation.fail(Failure::Cancelled, QString());  // the test takes over
   logs.downloadDive(6, watch.outcomes());  // 9 - 6 = 3: gone from the device
   EXPECT_EQ(watch.lastOutcome->failure, Failure::NotOnDevice);
