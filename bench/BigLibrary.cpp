@@ -45,7 +45,8 @@ sim::Contents HistoryContents(const DeviceHistory &history, int diveEveryHours) 
     const int blocks =
         history.minClipBlocks + int(share * (history.maxClipBlocks - history.minClipBlocks));
     if (block + blocks - 1 > contents.ringLast) block = contents.ringFirst;
-    contents.clips.prepend({dive.entry.addSecs(600), block, block + blocks - 1, random()});
+    contents.clips.prepend(
+        {dive.entry.addSecs(600), block, block + blocks - 1, uint32_t(random())});
     block += blocks;
   }
   return contents;

@@ -173,21 +173,28 @@ int main(int argc, char **argv) {
     // A tick after the end, so that a stall at the very end is counted.
     const int ticks = probe.ticks();
     RunUntil([&] { return probe.ticks() > ticks; });
-    rows.append({scenario, wallMs, probe.longestStallMs(), probe.lateness99Ms(), probe.ticks()});
+    rows.append(
+        {scenario, wallMs, probe.longestStallMs(), probe.lateness99Ms(), probe.ticks(), {}});
     std::fprintf(stderr, "%s: %.0f ms\n", qPrintable(scenario), wallMs);
     return rows.last();
   };
 
   std::unique_ptr<ViewController> window;
   QTableView *dives = nullptr, *clipList = nullptr;
-  Row &startUp = measure(QStringLiteral("start-up, library shown (no device)"), [&] {
-    window = std::make_unique<ViewController>();
-    window->start();
-    window->resize(900, 700);
-    window->show();
-    window->afterShown();
-    QApplication::processEvents();  // laid out and painted
-  });
+  Row &startUp = measure(
+      QStringLiteral("start-up, library shown (no device)"),
+      [&] {
+        window = std::make_unique<ViewController>();
+        window->start();
+        window->resize(900, 700);
+        window->show();
+        window->afterShown();
+      },
+      // The library's lists come when the session's first tick finds no device.
+      [&] {
+        auto *list = window->findChild<QTableView *>(QStringLiteral("view_log_index"));
+        return list->model()->rowCount() > 0;
+      });
   dives = window->findChild<QTableView *>(QStringLiteral("view_log_index"));
   clipList = window->findChild<QTableView *>(QStringLiteral("view_voice_index"));
   startUp.own = QStringLiteral("under 1 s: %1; %2 dives, %3 clips listed")
@@ -293,9 +300,9 @@ int main(int argc, char **argv) {
           return state.phase == CONNECTED_IDLE && state.indexSequence == 0 && dives->isEnabled() &&
                  dives->model()->rowCount() == deviceDives && saveAll->isEnabled();
         })
-        .own = QStringLiteral("%1 dives, %2 clips listed")
-                   .arg(dives->model()->rowCount())
-                   .arg(clipList->model()->rowCount());
+        .own = QStringLiteral("%1 dives listed (rows %2)")
+                   .arg(deviceDives)
+                   .arg(dives->model()->rowCount());
     boxes = answerer.boxes();
     measure(
         QStringLiteral("\"Save all new\" at 1 MB/s"), [&] { saveAll->click(); },
