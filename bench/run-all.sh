@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Every benchmark, one after the other, figures on stdout. Installs and builds what they
-# need first. About 10 minutes; with --slow also the 960 B/s rows (a 9600-baud line,
-# over 36 minutes more) and plug-in to everything saved (about 31 minutes more).
+# need first. About 14 minutes (ui_bench writes 600 MB and takes 4 of them); with --slow
+# also the 960 B/s rows (a 9600-baud line, over 36 minutes more) and plug-in to everything
+# saved (about 31 minutes more).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/install-deps.sh
