@@ -256,15 +256,16 @@ void ViewController::render(const DeviceState &state) {
 }
 
 void ViewController::showLists(const DeviceState &state, const DeviceState &before) {
+  // The device's own rows take the lists back from the library's.
+  if ((state.clips != before.clips || state.dives != before.dives) && lists().fromLibrary())
+    putShelfAway();
   if (state.clips != before.clips) {
-    if (lists().fromLibrary()) putShelfAway();
     showClipRows(state.clips, false);
     if (state.clips.isEmpty()) ui_->label_voice_counts->clear();
     // A new clip list is shown with its first row picked.
     if (!state.clips.isEmpty()) clipTable_->pick(0);
   }
   if (state.dives != before.dives) {
-    if (lists().fromLibrary()) putShelfAway();
     showDiveRows(state.dives, false);
     if (state.dives.isEmpty()) ui_->label_log_counts->clear();
     // The first dive is picked as it comes; later rows keep the pick.
