@@ -97,8 +97,10 @@ void ClipDownload::request() {
       return;
     }
     clipFile_ = std::move(file);
+    unwritten_.clear();
+    writeFailed_ = false;
+    state.clipReceived = 0;
   }
-  state.clipReceived = 0;
   state.clipDownloadActive = 1;
   state.clipIdleTicks = 0;
   const bool paced = state.flowControl == 1;
@@ -114,17 +116,19 @@ void ClipDownload::fail(Failure failure, const QString &sentence) {
 
 void ClipDownload::receiveClip(char *bytes, size_t length) {
   SessionState &state = context_.state;
+  int32_t received = 0;
   {
     std::lock_guard lock(fileMutex_);
     if (!clipFile_) return;
-    if (clipFile_->write(bytes, qint64(length)) != qint64(length)) {
-      // A full disk: the bytes are not counted, so the transfer ends as a failure rather
-      // than as a clip with a hole in it.
+    if (writeFailed_) {
       SystemLog("voice data write error:%s", qUtf8Printable(clipFile_->errorString()));
       return;
     }
+    unwritten_.append(bytes, qsizetype(length));
+    received = state.clipReceived += int32_t(length);
+    if (unwritten_.size() >= kWriteChunkBytes) writeArrived();
+    if (writeFailed_) return;
   }
-  const int32_t received = state.clipReceived += int32_t(length);
   if (state.flowControl != 1) {
     SystemLog("%08d/%08d", received, state.clipSize.load());
   } else {
@@ -138,9 +142,29 @@ void ClipDownload::receiveClip(char *bytes, size_t length) {
   state.clipIdleTicks = 0;
 }
 
+void ClipDownload::writeArrived() {
+  if (!clipFile_ || unwritten_.isEmpty() || writeFailed_) return;
+  const qint64 written = clipFile_->write(unwritten_);
+  if (written != unwritten_.size()) {
+    // A full disk: the bytes that did not reach the file are not counted, nor is anything
+    // after them, so the transfer ends as a failure rather than as a clip with a hole in it.
+    SystemLog("voice data write error:%s", qUtf8Printable(clipFile_->errorString()));
+    context_.state.clipReceived -= int32_t(unwritten_.size() - std::max<qint64>(written, 0));
+    writeFailed_ = true;
+  }
+  unwritten_.clear();
+}
+
+int64_t ClipDownload::receivedInFile() {
+  std::lock_guard lock(fileMutex_);
+  writeArrived();
+  return context_.state.clipReceived;
+}
+
 void ClipDownload::closeClipFile() {
   {
     std::lock_guard lock(fileMutex_);
+    writeArrived();
     if (clipFile_) clipFile_->close();
     clipFile_.reset();
   }
@@ -182,7 +206,7 @@ void ClipDownload::watchTick() {
   SessionState &state = context_.state;
   if (state.receiveType != eSERIAL_RX_VOICE_DATA) return;
   const int64_t expected = state.clipSize;
-  const int64_t received = state.clipReceived;
+  const int64_t received = receivedInFile();
   context_.model.update([entry = entry_, received, expected](DeviceState &published) {
     published.progress = {entry, received, expected};
   });

@@ -38,6 +38,11 @@ class ClipDownload {
   // Requests the clip being downloaded (main thread); also its retry after "#cdcwait".
   void request();
   void receiveClip(char *bytes, size_t length);  // receive thread
+  // Appends the bytes that arrived since the last write to the temporary file; fileMutex_
+  // held. A write that fails stops the clip's count where the file ends.
+  void writeArrived();
+  // The bytes of the clip that are in the temporary file, every arrived one written first.
+  int64_t receivedInFile();
   void startWatching();
   void watchTick();  // every 0.1 s while the clip streams in (main thread)
   // The device's answer to "#cdcwait" (receive thread).
@@ -57,6 +62,12 @@ class ClipDownload {
   std::unique_ptr<SupervisionTimer> timer_;
   QString waveFileName_;  // main thread
   int32_t entry_ = 0;     // the index entry being downloaded; main thread
+  // The port's reads are a few hundred bytes at a time; they reach the file in chunks of
+  // this size, and at every watch tick, so that a clip costs a few writes a second.
+  static constexpr qsizetype kWriteChunkBytes = 16384;
   std::mutex fileMutex_;
-  std::unique_ptr<QFile> clipFile_;  // opened on the main thread, written on the receive thread
+  // Opened on the main thread, written on both; the state below is guarded by fileMutex_.
+  std::unique_ptr<QFile> clipFile_;
+  QByteArray unwritten_;      // arrived, counted, not yet in the file
+  bool writeFailed_ = false;  // the file refused bytes: nothing more is counted
 };

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include "DeviceSessionFixture.h"
 #include "Localization.h"
@@ -133,6 +134,23 @@ TEST_F(VoiceTransferTest, HangUpMidClipFailsWithoutAWave) {
   ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome.has_value(); }));
   EXPECT_EQ(watch.lastOutcome->sentence, Localized("recive_fail"));
   EXPECT_EQ(state.clipDownloadActive, 0);
+  EXPECT_TRUE(QDir(paths().voiceFolder).isEmpty());
+  // Every byte that arrived is in the temporary file, none held back.
+  EXPECT_EQ(QFileInfo(paths().clipInProgressFile).size(), 50000);
+}
+
+// The disk fills mid-clip: the count stops where the file ends, and the clip stalls into a
+// failure with no WAV file.
+TEST_F(VoiceTransferTest, FullDiskMidClipStopsTheCountWhereTheFileEnds) {
+  connectAndList(Device());
+  FileSizeLimit disk(30000);
+  downloadRow();
+  ASSERT_TRUE(WaitFor([&] { return QFileInfo(paths().clipInProgressFile).size() == 30000; }));
+  stall();
+  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome.has_value(); }));
+  EXPECT_EQ(watch.lastOutcome->sentence, Localized("recive_fail"));
+  EXPECT_EQ(state.clipReceived, 30000);
+  EXPECT_EQ(QFileInfo(paths().clipInProgressFile).size(), 30000);
   EXPECT_TRUE(QDir(paths().voiceFolder).isEmpty());
 }
 
