@@ -7,23 +7,41 @@
 
 #include "Localization.h"
 
-void IndexListModel::setRows(const QStringList &rows, bool offDevice) {
-  beginResetModel();
-  rows_ = rows;
-  offDevice_ = offDevice;
-  savedPaths_.clear();
-  details_.clear();
-  notes_.clear();
-  detailColumns_ = 0;
-  endResetModel();
+namespace {
+
+int DetailColumns(const QList<QStringList> &details) {
+  qsizetype columns = 0;
+  for (const QStringList &row : details) columns = std::max(columns, row.size());
+  return int(columns);
 }
 
-void IndexListModel::setDetails(const QList<QStringList> &details) {
-  beginResetModel();
-  details_ = details;
-  detailColumns_ = 0;
-  for (const QStringList &row : details) detailColumns_ = std::max(detailColumns_, int(row.size()));
-  endResetModel();
+}  // namespace
+
+bool IndexListModel::setRows(const Rows &rows) {
+  const qsizetype kept = rows_.size();
+  const int columns = DetailColumns(rows.details);
+  // A listing under way adds rows at the end: those are inserted, so that the rows already
+  // shown keep their marks, their pick and their measured columns.
+  const bool grew = kept > 0 && rows.texts.size() > kept && rows.offDevice == offDevice_ &&
+                    columns == detailColumns_ && rows.texts.first(kept) == rows_ &&
+                    rows.details.mid(0, kept) == details_ && rows.notes.mid(0, kept) == notes_;
+  if (grew) {
+    beginInsertRows(QModelIndex(), int(kept), int(rows.texts.size()) - 1);
+  } else {
+    beginResetModel();
+    savedPaths_.clear();
+  }
+  rows_ = rows.texts;
+  details_ = rows.details;
+  notes_ = rows.notes;
+  detailColumns_ = columns;
+  offDevice_ = rows.offDevice;
+  if (grew) {
+    endInsertRows();
+  } else {
+    endResetModel();
+  }
+  return grew;
 }
 
 void IndexListModel::setSaved(const QList<std::optional<QString>> &savedPaths) {

@@ -12,16 +12,18 @@ class IndexListModel : public QAbstractTableModel {
  public:
   using QAbstractTableModel::QAbstractTableModel;
 
-  // New rows; none is marked until the library is asked. Rows off the device (the
-  // library's, with no device plugged in) are greyed and say so.
-  void setRows(const QStringList &rows, bool offDevice = false);
+  struct Rows {
+    QStringList texts;
+    QList<QStringList> details;  // further columns (the dives' depth and water temperature)
+    QStringList notes;           // a line of each row's own for its tooltip (why damaged)
+    bool offDevice = false;      // the library's, with no device plugged in: greyed, and say so
+  };
+  // New rows, in row order; none is marked until the library is asked. True when the rows
+  // shown were kept and the new ones added after them: a list that only grew.
+  bool setRows(const Rows &rows);
   const QStringList &rows() const { return rows_; }
   // The saved file of each row, in row order; none for a row not saved.
   void setSaved(const QList<std::optional<QString>> &savedPaths);
-  // Further columns of each row, in row order (the dives' depth and water temperature).
-  void setDetails(const QList<QStringList> &details);
-  // A line of each row's own for its tooltip, in row order (why a dive page is damaged).
-  void setNotes(const QStringList &notes) { notes_ = notes; }
   // Which clock the rows' times are on, for the tooltip.
   void setClockNote(const QString &note) { clockNote_ = note; }
 

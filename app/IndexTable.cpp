@@ -56,16 +56,15 @@ bool IndexTable::revealed() const {
   return !frame_->isHidden();
 }
 
-void IndexTable::setRows(const QStringList &rows, const QList<QStringList> &details,
-                         bool offDevice) {
+void IndexTable::setRows(const IndexListModel::Rows &rows) {
   const int row = picked();
   QSignalBlocker quiet(view_->selectionModel());
-  model_->setRows(rows, offDevice);
-  model_->setDetails(details);
+  if (model_->setRows(rows)) return;  // the rows shown, their pick and caption stay
+  const bool offDevice = rows.offDevice;
   // The row's text takes the room the further columns leave.
   if (model_->columnCount() > 0)
     view_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
-  if (!offDevice && row >= 0 && row < rows.size()) {
+  if (!offDevice && row >= 0 && row < rows.texts.size()) {
     view_->selectRow(row);
     // The row's text may have changed (another clock); a blank caption stays blank.
     if (!caption_->text().isEmpty()) caption_->setText(captionFor(row));

@@ -26,10 +26,9 @@ class IndexTable : public QObject {
   void reveal();
   void conceal();
   bool revealed() const;
-  // New rows, with further columns (the dives' depth and temperature) if any. The device's
-  // rows keep the pick; the library's (offDevice) come unpicked. Nobody hears of either.
-  void setRows(const QStringList &rows, const QList<QStringList> &details = {},
-               bool offDevice = false);
+  // New rows. The device's rows keep the pick; the library's (offDevice) come unpicked.
+  // Nobody hears of either.
+  void setRows(const IndexListModel::Rows &rows);
   void setSaved(const QList<std::optional<QString>> &savedPaths) { model_->setSaved(savedPaths); }
   void pick(int row);
   // The first picked row, -1 for none.

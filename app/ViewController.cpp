@@ -274,21 +274,21 @@ void ViewController::showLists(const DeviceState &state, const DeviceState &befo
 }
 
 void ViewController::showClipRows(const QList<ClipRow> &clips, bool offDevice) {
-  QStringList rows;
-  for (const ClipRow &clip : clips) rows.append(ClipRowText(clip, clock_));
-  clipTable_->setRows(rows, {}, offDevice);
+  IndexListModel::Rows rows;
+  rows.offDevice = offDevice;
+  for (const ClipRow &clip : clips) rows.texts.append(ClipRowText(clip, clock_));
+  clipTable_->setRows(rows);
 }
 
 void ViewController::showDiveRows(const QList<DiveRow> &dives, bool offDevice) {
-  QStringList rows, notes;
-  QList<QStringList> details;
+  IndexListModel::Rows rows;
+  rows.offDevice = offDevice;
   for (const DiveRow &dive : dives) {
-    rows.append(DiveRowText(dive, clock_));
-    details.append(DiveRowDetails(dive));
-    notes.append(dive.damage ? DamageText(*dive.damage) : QString());
+    rows.texts.append(DiveRowText(dive, clock_));
+    rows.details.append(DiveRowDetails(dive));
+    rows.notes.append(dive.damage ? DamageText(*dive.damage) : QString());
   }
-  diveTable_->setRows(rows, details, offDevice);
-  diveTable_->model().setNotes(notes);
+  diveTable_->setRows(rows);
 }
 
 void ViewController::nameClock() {
@@ -608,7 +608,7 @@ void ViewController::putShelfAway() {
   deviceChooserLabel_->hide();
   deviceChooser_->hide();
   for (IndexTable *table : {clipTable_, diveTable_}) {
-    table->setRows({});
+    table->setRows(IndexListModel::Rows());
     table->offer(false);
   }
   ui_->label_voice_counts->clear();
