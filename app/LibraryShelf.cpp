@@ -20,6 +20,7 @@ int32_t DayNumber(QDate day) {
 LibraryShelf ReadShelf(const Library &library, const DeviceKey &device, int32_t fromDay) {
   LibraryShelf shelf;
   shelf.device = device;
+  const Library::SavedFiles savedDives = library.savedFiles(device, ItemKind::Dive);
   for (const StoredDive &stored : library.dives(device)) {
     const DiveRecord dive = DecodeDive(&stored.page);
     ++shelf.heldDives;
@@ -27,11 +28,11 @@ LibraryShelf ReadShelf(const Library &library, const DeviceKey &device, int32_t 
     if (!dive.damage && DiveLogDayNumber(dive) < fromDay) continue;
     shelf.diveRows.append(ListedDive(stored.number, dive));
     shelf.dives.append(dive);
-    shelf.diveFiles.append(
-        library.savedFile(device, ItemKind::Dive, DeviceLibrary::DiveKey(stored.number, dive)));
+    shelf.diveFiles.append(savedDives.of(DeviceLibrary::DiveKey(stored.number, dive)));
   }
+  const Library::SavedFiles savedClips = library.savedFiles(device, ItemKind::Clip);
   for (const StoredClip &clip : library.clips(device)) {
-    const std::optional<QString> file = library.savedFile(device, ItemKind::Clip, clip.key);
+    const std::optional<QString> file = savedClips.of(clip.key);
     if (!file) continue;  // nothing to play
     ++shelf.heldClips;
     if (DayNumber(clip.start.date()) < fromDay) continue;

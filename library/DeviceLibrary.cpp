@@ -61,24 +61,26 @@ QList<DeviceLibrary::Item> DeviceLibrary::listed() {
   const DeviceKey key = device();
   const DeviceState lists = session_.model().state();
   QList<Item> items;
+  const Library::SavedFiles savedDives = library_.savedFiles(key, ItemKind::Dive);
   for (const DiveRow &dive : lists.dives) {
     const QString itemKey = diveKey(dive.number);
-    items.append(Item{ItemKind::Dive, dive.number, itemKey, dive.text,
-                      library_.savedFile(key, ItemKind::Dive, itemKey), dive.damage.has_value()});
+    items.append(Item{ItemKind::Dive, dive.number, itemKey, dive.text, savedDives.of(itemKey),
+                      dive.damage.has_value()});
   }
   const VoiceIndexState index = voice_.index();
   const QStringList entries = index.entries.value_or(QStringList());
   // Every clip the device holds is remembered, listed or not (element 0 is the header,
   // and what follows the last comma is not an entry).
+  QList<StoredClip> held;
   for (qsizetype i = 1; i + 1 < entries.size(); ++i) {
     if (entries[i].size() < kVoiceEntryLength) continue;
-    library_.recordClip(
-        key, StoredClip{ClipKey(entries[i]), entries[i], VoiceRecordingTime(entries[i])});
+    held.append({ClipKey(entries[i]), entries[i], VoiceRecordingTime(entries[i])});
   }
+  library_.recordClips(key, held);
+  const Library::SavedFiles savedClips = library_.savedFiles(key, ItemKind::Clip);
   for (const ClipRow &clip : lists.clips) {
     const QString itemKey = ClipKey(entries.value(clip.number));
-    items.append(Item{ItemKind::Clip, clip.number, itemKey, clip.text,
-                      library_.savedFile(key, ItemKind::Clip, itemKey)});
+    items.append(Item{ItemKind::Clip, clip.number, itemKey, clip.text, savedClips.of(itemKey)});
   }
   return items;
 }
@@ -115,5 +117,6 @@ void DeviceLibrary::save(const Item &item, OutcomeHandler done, bool overTheWire
 
 void DeviceLibrary::record(const Item &item, const Outcome &outcome) {
   if (!outcome.ok() || outcome.path.isEmpty()) return;
-  library_.recordSaved(device(), item.kind, item.key, outcome.path);
+  if (library_.recordSaved(device(), item.kind, item.key, outcome.path))
+    settler_.settleSoon(outcome.path);
 }

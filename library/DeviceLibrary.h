@@ -4,6 +4,7 @@
 #include <QString>
 #include <optional>
 
+#include "FileSettler.h"
 #include "Library.h"
 #include "LogTransfer.h"
 #include "VoiceTransfer.h"
@@ -58,4 +59,5 @@ class DeviceLibrary {
   VoiceTransfer &voice_;
   LogTransfer &logs_;
   Library &library_;
+  FileSettler settler_{library_};
 };

@@ -34,12 +34,28 @@ std::optional<Fingerprint> ReadFingerprint(const QString &path) {
   return print;
 }
 
+// What the recorded fingerprint of a file says of it now.
+struct FileCheck {
+  bool unchanged = false;
+  // When the file was hashed just now and its modification time had settled: that time,
+  // to be recorded so that the next check need not read the file.
+  std::optional<qint64> settledModified;
+};
+
 // Whether the file is still there as it was recorded. The size is looked at first, so that
-// most changed files are told without being read.
-bool Unchanged(const QString &path, qint64 size, const QByteArray &sha256) {
-  if (QFileInfo(path).size() != size) return false;
+// most changed files are told without being read, then the modification time recorded once
+// it had settled; only without one is the file read for its hash.
+FileCheck CheckFile(const QString &path, qint64 size, const QByteArray &sha256,
+                    const QVariant &recordedModified) {
+  const QFileInfo info(path);
+  if (!info.isFile() || info.size() != size) return {};
+  const qint64 modified = info.lastModified().toMSecsSinceEpoch();
+  if (!recordedModified.isNull() && recordedModified.toLongLong() == modified) return {true, {}};
+  const qint64 now = QDateTime::currentMSecsSinceEpoch();
   const auto print = ReadFingerprint(path);
-  return print && print->size == size && print->sha256 == sha256;
+  if (!print || print->size != size || print->sha256 != sha256) return {};
+  if (modified < now - Library::kSettledMs) return {true, modified};
+  return {true, {}};
 }
 
 QString CleanPath(const QString &path) {
@@ -114,14 +130,22 @@ bool Library::recordDive(const DeviceKey &device, const StoredDive &dive) {
 }
 
 bool Library::recordClip(const DeviceKey &device, const StoredClip &clip) {
+  return recordClips(device, {clip});
+}
+
+bool Library::recordClips(const DeviceKey &device, const QList<StoredClip> &clips) {
   if (!open_) return false;
-  return InTransaction(connection_, "recordClip", [&](QSqlDatabase &db) {
+  return InTransaction(connection_, "recordClips", [&](QSqlDatabase &db) {
     const auto id = TouchDevice(db, device);
+    if (!id) return false;
     QSqlQuery query(db);
-    return id && RunSql(query,
-                        QStringLiteral("INSERT OR REPLACE INTO clips (device, key, entry, start)"
-                                       " VALUES (?, ?, ?, ?)"),
-                        {*id, clip.key, clip.entry, Millis(clip.start)});
+    for (const StoredClip &clip : clips)
+      if (!RunSql(query,
+                  QStringLiteral("INSERT OR REPLACE INTO clips (device, key, entry, start)"
+                                 " VALUES (?, ?, ?, ?)"),
+                  {*id, clip.key, clip.entry, Millis(clip.start)}))
+        return false;
+    return true;
   });
 }
 
@@ -149,20 +173,44 @@ bool Library::recordSaved(const DeviceKey &device, ItemKind kind, const QString 
 
 std::optional<QString> Library::savedFile(const DeviceKey &device, ItemKind kind,
                                           const QString &itemKey) const {
+  return savedFiles(device, kind, itemKey).of(itemKey);
+}
+
+std::optional<QString> Library::SavedFiles::of(const QString &itemKey) const {
+  const auto found = byItem.constFind(itemKey);
+  if (found == byItem.constEnd()) return std::nullopt;
+  return *found;
+}
+
+Library::SavedFiles Library::savedFiles(const DeviceKey &device, ItemKind kind,
+                                        const std::optional<QString> &onlyItem) const {
+  QHash<QString, QString> saved;
   const auto id = deviceId(device);
-  if (!id) return std::nullopt;
+  if (!id) return {};
   QSqlQuery query(QSqlDatabase::database(connection_, false));
+  QVariantList values{*id, KindName(kind)};
+  if (onlyItem) values.append(*onlyItem);
   if (!RunSql(query,
-              QStringLiteral("SELECT path, size, sha256 FROM files"
-                             " WHERE device = ? AND kind = ? AND item = ?"
-                             " ORDER BY saved_at DESC, rowid DESC"),
-              {*id, KindName(kind), itemKey}))
-    return std::nullopt;
+              QStringLiteral("SELECT item, path, size, sha256, modified FROM files"
+                             " WHERE device = ? AND kind = ?%1"
+                             " ORDER BY saved_at DESC, rowid DESC")
+                  .arg(onlyItem ? QStringLiteral(" AND item = ?") : QString()),
+              values))
+    return {};
+  QList<SettledFile> settled;
   while (query.next()) {
-    const QString path = query.value(0).toString();
-    if (Unchanged(path, query.value(1).toLongLong(), query.value(2).toByteArray())) return path;
+    const QString item = query.value(0).toString();
+    if (saved.contains(item)) continue;  // its latest unchanged file is found
+    const QString path = query.value(1).toString();
+    const qint64 size = query.value(2).toLongLong();
+    const QByteArray sha256 = query.value(3).toByteArray();
+    const FileCheck check = CheckFile(path, size, sha256, query.value(4));
+    if (!check.unchanged) continue;
+    saved.insert(item, path);
+    if (check.settledModified) settled.append({path, size, sha256, *check.settledModified});
   }
-  return std::nullopt;
+  rememberSettled(settled);
+  return {saved};
 }
 
 std::optional<Library::ItemRef> Library::itemAt(const QString &path) const {
@@ -170,15 +218,47 @@ std::optional<Library::ItemRef> Library::itemAt(const QString &path) const {
   const QString file = CleanPath(path);
   QSqlQuery query(QSqlDatabase::database(connection_, false));
   if (!RunSql(query,
-              QStringLiteral("SELECT d.model, d.serial, f.kind, f.item, f.size, f.sha256"
-                             " FROM files f JOIN devices d ON d.id = f.device WHERE f.path = ?"),
+              QStringLiteral("SELECT d.model, d.serial, f.kind, f.item, f.size, f.sha256,"
+                             " f.modified FROM files f JOIN devices d ON d.id = f.device"
+                             " WHERE f.path = ?"),
               {file}) ||
-      !query.next() || !Unchanged(file, query.value(4).toLongLong(), query.value(5).toByteArray()))
+      !query.next())
     return std::nullopt;
+  const qint64 size = query.value(4).toLongLong();
+  const QByteArray sha256 = query.value(5).toByteArray();
+  const FileCheck check = CheckFile(file, size, sha256, query.value(6));
+  if (!check.unchanged) return std::nullopt;
+  if (check.settledModified) rememberSettled({{file, size, sha256, *check.settledModified}});
   const ItemKind kind =
       query.value(2).toString() == KindName(ItemKind::Dive) ? ItemKind::Dive : ItemKind::Clip;
   return ItemRef{
       {query.value(0).toString(), query.value(1).toString()}, kind, query.value(3).toString()};
+}
+
+std::optional<Library::SettledFile> Library::ReadSettled(const QString &path) {
+  const QFileInfo info(path);
+  const qint64 modified = info.lastModified().toMSecsSinceEpoch();
+  if (!info.isFile() || modified >= QDateTime::currentMSecsSinceEpoch() - kSettledMs)
+    return std::nullopt;
+  const auto print = ReadFingerprint(path);
+  if (!print || print->size != info.size()) return std::nullopt;
+  return SettledFile{CleanPath(path), print->size, print->sha256, modified};
+}
+
+void Library::rememberSettled(const QList<SettledFile> &files) const {
+  if (files.isEmpty()) return;
+  // Only where the row still holds the fingerprint that was checked: it may have been
+  // recorded again meanwhile.
+  InTransaction(connection_, "rememberSettled", [&](QSqlDatabase &db) {
+    QSqlQuery query(db);
+    for (const SettledFile &file : files)
+      if (!RunSql(query,
+                  QStringLiteral("UPDATE files SET modified = ?"
+                                 " WHERE path = ? AND size = ? AND sha256 = ?"),
+                  {file.modified, file.path, file.size, file.sha256}))
+        return false;
+    return true;
+  });
 }
 
 std::optional<qint64> Library::deviceId(const DeviceKey &device) const {

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <cstdint>
@@ -61,6 +62,8 @@ class Library {
   bool recordDive(const DeviceKey &device, const StoredDive &dive);
   // Insert, or replace the entry of the same device and key.
   bool recordClip(const DeviceKey &device, const StoredClip &clip);
+  // The same for several, in one transaction.
+  bool recordClips(const DeviceKey &device, const QList<StoredClip> &clips);
   // The item's file was saved at path: records its size and SHA-256, read from the file now.
   // A path holds one item: recording it for another item takes it from the one before.
   // False, and nothing recorded, when the file cannot be read. For a dive, itemKey is its
@@ -71,6 +74,15 @@ class Library {
   // there with the recorded size and hash: a file the diver deleted or changed is not saved.
   std::optional<QString> savedFile(const DeviceKey &device, ItemKind kind,
                                    const QString &itemKey) const;
+  // The same for every item of that kind (or only onlyItem), by item key, in one query. A
+  // file is read for its hash only until its modification time has settled; from then on
+  // its size and that time tell whether it changed.
+  struct SavedFiles {
+    QHash<QString, QString> byItem;  // item key -> path
+    std::optional<QString> of(const QString &itemKey) const;
+  };
+  SavedFiles savedFiles(const DeviceKey &device, ItemKind kind,
+                        const std::optional<QString> &onlyItem = {}) const;
 
   // Which item the file at path holds, as recorded, while the file still has the recorded
   // size and hash. None for a file the library did not save or that was changed since.
@@ -80,6 +92,24 @@ class Library {
     QString itemKey;
   };
   std::optional<ItemRef> itemAt(const QString &path) const;
+
+  // A file's modification time is trusted to tell a change only once it was older than this
+  // when the file was read for its hash: a write soon after the hash could otherwise leave
+  // the same time on other bytes (some file systems keep times to 2 s).
+  static constexpr qint64 kSettledMs = 3000;
+  // A file read whole, with its modification time from before the reading.
+  struct SettledFile {
+    QString path;
+    qint64 size = 0;
+    QByteArray sha256;
+    qint64 modified = 0;
+  };
+  // Reads the file for its hash when its modification time has settled; none when it has
+  // not or the file cannot be read. Touches no database: any thread.
+  static std::optional<SettledFile> ReadSettled(const QString &path);
+  // Records the files' times where the rows still hold their size and hash, so that they
+  // are not read again while size and time stay.
+  void rememberSettled(const QList<SettledFile> &files) const;
 
   QList<DeviceKey> devices() const;                        // most recently seen first
   QList<StoredDive> dives(const DeviceKey &device) const;  // newest start first

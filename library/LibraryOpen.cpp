@@ -18,8 +18,9 @@ namespace {
 // Kept in the database's user_version; a database with another number is not read.
 constexpr int kSchemaVersion = 1;
 
-// Times are milliseconds since the epoch (UTC). Items are named by the caller's key: a dive
-// by its number as decimal text, a clip by its recording time.
+// Times are milliseconds since the epoch (UTC). A file's modified time is recorded only once
+// it had settled when the file was hashed (see Library.cpp); it stays empty until then. Items are
+// named by the caller's key: a dive by its number as decimal text, a clip by its recording time.
 const char *const kSchema[] = {
     "CREATE TABLE devices (id INTEGER PRIMARY KEY, model TEXT NOT NULL, serial TEXT NOT NULL,"
     " last_seen INTEGER NOT NULL, seen_order INTEGER NOT NULL, UNIQUE (model, serial))",
@@ -29,7 +30,7 @@ const char *const kSchema[] = {
     " entry TEXT NOT NULL, start INTEGER, PRIMARY KEY (device, key))",
     "CREATE TABLE files (path TEXT PRIMARY KEY, device INTEGER NOT NULL REFERENCES devices (id),"
     " kind TEXT NOT NULL, item TEXT NOT NULL, size INTEGER NOT NULL, sha256 BLOB NOT NULL,"
-    " saved_at INTEGER NOT NULL)",
+    " saved_at INTEGER NOT NULL, modified INTEGER)",
     "CREATE INDEX files_by_item ON files (device, kind, item)",
 };
 constexpr int kTableCount = 4;
@@ -169,7 +170,18 @@ Library::Opening Library::connect(QString &why) {
     why = QStringLiteral("tables are missing");
     return Opening::Broken;
   }
-  // Readers and the one writer no longer wait on each other; commits stay atomic.
+  // Libraries written before files' modified times were kept gain the column, empty: their
+  // files are hashed once more, then trusted. Programs of that time write rows without it.
+  const auto hasModified =
+      value("SELECT COUNT(*) FROM pragma_table_info('files') WHERE name = 'modified'");
+  if (!hasModified) return failed();
+  if (hasModified->toInt() == 0 &&
+      !query.exec(QStringLiteral("ALTER TABLE files ADD COLUMN modified INTEGER")))
+    return failed();
+  // Readers and the one writer no longer wait on each other; commits stay atomic. A commit
+  // reaches the disk at the next checkpoint rather than at once: a power cut may forget the
+  // last few writes but never damages the database, and the files themselves are the truth.
   query.exec(QStringLiteral("PRAGMA journal_mode = WAL"));
+  query.exec(QStringLiteral("PRAGMA synchronous = NORMAL"));
   return Opening::Opened;
 }

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 
+#include "FileSettler.h"
 #include "Library.h"
 #include "SystemLog.h"
 #include "TestSupport.h"
@@ -77,6 +79,84 @@ TEST(Library, FileCountsAsSavedOnlyWhileUnchangedAndHoldsOneItem) {
   ASSERT_TRUE(QFile::remove(wav));
   EXPECT_FALSE(library.savedFile(kDevice, ItemKind::Clip, "20240301100000"));
   EXPECT_FALSE(library.recordSaved(kDevice, ItemKind::Clip, "20240301100000", wav));
+}
+
+// A file is read for its hash until its time has settled, then told by its size and time; a
+// library from the version before, without the times, gains them.
+TEST(Library, AFileIsReadUntilItsTimeSettlesThenToldByItsSizeAndTime) {
+  QTemporaryDir dir;
+  const QString path = dir.filePath("library.sqlite"), wav = dir.filePath("clip.wav");
+  const auto saved = [&wav](Library &library) {
+    return library.savedFile(kDevice, ItemKind::Clip, "k") == wav;
+  };
+  const auto rewrite = [&wav](const QByteArray &bytes, const QDateTime &time) {
+    WriteFile(wav, bytes);
+    QFile file(wav);
+    return file.open(QIODevice::ReadWrite) &&
+           file.setFileTime(time, QFileDevice::FileModificationTime);
+  };
+  WriteFile(wav, "RIFF one");
+  const QDateTime fresh = QFileInfo(wav).lastModified();
+  {
+    Library library(path);
+    ASSERT_TRUE(library.recordSaved(kDevice, ItemKind::Clip, "k", wav));
+    EXPECT_TRUE(saved(library));
+    // Other bytes within the same tick of the file system's clock: the time proves nothing.
+    ASSERT_TRUE(rewrite("RIFF two", fresh));
+    EXPECT_FALSE(saved(library));
+    ASSERT_TRUE(rewrite("RIFF one", fresh));
+    EXPECT_TRUE(saved(library));
+  }
+  {
+    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "before");
+    db.setDatabaseName(path);
+    ASSERT_TRUE(db.open() && QSqlQuery(db).exec("ALTER TABLE files DROP COLUMN modified"));
+  }
+  QSqlDatabase::removeDatabase("before");
+  Library library(path);
+  const QDateTime settled = QDateTime::currentDateTime().addSecs(-60);
+  ASSERT_TRUE(rewrite("RIFF one", settled));
+  EXPECT_TRUE(saved(library));  // read once more, and its time recorded
+  ASSERT_TRUE(rewrite("RIFF two", settled));
+  EXPECT_TRUE(saved(library));  // other bytes that kept size and time are not read
+  ASSERT_TRUE(rewrite("RIFF", settled));
+  EXPECT_FALSE(saved(library));
+  WriteFile(wav, "RIFF 333");  // a plain write moves the time on
+  EXPECT_FALSE(saved(library));
+}
+
+// Files just saved are read again on a worker once their time has settled; one changed
+// since it was recorded keeps no time.
+TEST(Library, SavedFilesSettleOnAWorker) {
+  QTemporaryDir dir;
+  Library library(dir.filePath("library.sqlite"));
+  const QDateTime settled = QDateTime::currentDateTime().addSecs(-60);
+  for (const char *name : {"kept", "edited"}) {
+    const QString wav = dir.filePath(name);
+    WriteFile(wav, "RIFF one");
+    QFile file(wav);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) &&
+                file.setFileTime(settled, QFileDevice::FileModificationTime));
+    ASSERT_TRUE(library.recordSaved(kDevice, ItemKind::Clip, name, wav));
+  }
+  WriteFile(dir.filePath("edited"), "RIFF two");
+  FileSettler settler(library, 0);
+  settler.settleSoon(dir.filePath("kept"));
+  settler.settleSoon(dir.filePath("edited"));
+  {
+    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "look");
+    db.setDatabaseName(dir.filePath("library.sqlite"));
+    ASSERT_TRUE(db.open());
+    const auto timed = [&db](const char *item) {
+      QSqlQuery query(db);
+      query.prepare("SELECT modified FROM files WHERE item = ?");
+      query.addBindValue(item);
+      return query.exec() && query.next() && !query.value(0).isNull();
+    };
+    EXPECT_TRUE(WaitFor([&] { return timed("kept"); }));
+    EXPECT_FALSE(timed("edited"));
+  }
+  QSqlDatabase::removeDatabase("look");
 }
 
 // A database that cannot be read, or that a later version of the program wrote, is set
