@@ -24,12 +24,14 @@ sim::Contents HistoryContents(const DeviceHistory &history, int diveEveryHours =
 struct LibraryFootprint {
   int dives = 0;
   int clips = 0;
-  qint64 diveBytes = 0;  // the CSV files
-  qint64 clipBytes = 0;  // the WAV files
+  qint64 diveBytes = 0;    // the CSV files
+  qint64 clipBytes = 0;    // the WAV files
+  qint64 firstLookMs = 0;  // the library's first look at every file, each read whole
 };
 
 // Saves every dive as its CSV file and every clip as its WAV file in the Downloads folder
 // the platform names, through the program's own writers, and records them in the library at
 // its default path as saved, the way a "save all new" would have left them. The devices are
-// recorded in order, so the last one is the one the window shows first.
+// recorded in order, so the last one is the one the window shows first. The files are then
+// dated three days back and looked at once through the library, as a diver's would have been.
 LibraryFootprint WriteLibrary(const QVector<DeviceHistory> &devices);
