@@ -81,6 +81,7 @@ TEST_F(VoiceTransferTest, AcknowledgesEvery2040BytesAndCarriesTheRemainder) {
   EXPECT_TRUE(WaitFor(
       [&] { return watch.lastOutcome && watch.lastOutcome->failure == Failure::Cancelled; }));
   ASSERT_TRUE(WaitFor([&] { return wire().last().startsWith("#cdcwait"); }));
+  EXPECT_EQ(QFileInfo(paths().clipInProgressFile).size(), 1940 + 4096);  // nothing held back
   ahead += kReplyDeadlineMs;
   session->tick();
   EXPECT_EQ(state.phase, DISCONNECTED);
