@@ -8,12 +8,10 @@
 
 #include "LibraryShelf.h"
 #include "Localization.h"
-#include "LogbookExport.h"
 
-std::optional<QString> ExportLogbookAsked(
-    QWidget *parent, const Library &library, const DeviceKey &device,
-    const QList<int32_t> &pickedDives, const QString &programFolder,
-    const std::function<QString(const QString &)> &chooseFile) {
+std::optional<LogbookExportRequest> AskLogbookExport(
+    QWidget *parent, const DeviceKey &device, const QList<int32_t> &pickedDives,
+    const QString &programFolder, const std::function<QString(const QString &)> &chooseFile) {
   LogbookExportRequest request;
   request.serial = device.serial;
   // The window always has a dive picked, so one picked row is no choice: every dive goes.
@@ -35,5 +33,5 @@ std::optional<QString> ExportLogbookAsked(
           .filePath(QStringLiteral("Mrvtq5dk-%1-%2.uddf")
                         .arg(device.serial, QDate::currentDate().toString(Qt::ISODate))));
   if (request.file.isEmpty()) return std::nullopt;
-  return ExportLogbook(library, request).sentence;
+  return request;
 }

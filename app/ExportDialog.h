@@ -6,13 +6,12 @@
 #include <optional>
 
 #include "Library.h"
+#include "LogbookExport.h"
 
 class QWidget;
 
 // Asks which dives of the device go to the logbook (the picked ones or all, when several
-// are picked; else all) and, through chooseFile, where; then writes it. Returns what to tell the
-// diver, none when the diver cancelled.
-std::optional<QString> ExportLogbookAsked(
-    QWidget *parent, const Library &library, const DeviceKey &device,
-    const QList<int32_t> &pickedDives, const QString &programFolder,
-    const std::function<QString(const QString &)> &chooseFile);
+// are picked; else all) and, through chooseFile, where. None when the diver cancelled.
+std::optional<LogbookExportRequest> AskLogbookExport(
+    QWidget *parent, const DeviceKey &device, const QList<int32_t> &pickedDives,
+    const QString &programFolder, const std::function<QString(const QString &)> &chooseFile);

@@ -97,6 +97,7 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
 
 ViewController::~ViewController() {
   if (firstScan_.joinable()) firstScan_.join();
+  exportWriter_.waitForDone();  // a logbook being written is finished; its box is not shown
 }
 
 void ViewController::start() {
@@ -462,11 +463,29 @@ void ViewController::exportLogbookClicked() {
   for (int row : diveTable_->pickedRows())
     if (row < listed.size()) selected.append(listed[row]);
 
-  const std::optional<QString> said =
-      ExportLogbookAsked(this, stack_.library, device, selected, programFolder(), chooseExportFile);
-  if (!said) return;
-  ui_->label_status->setText(*said);
-  messageBox(*said);
+  const std::optional<LogbookExportRequest> request =
+      AskLogbookExport(this, device, selected, programFolder(), chooseExportFile);
+  if (!request) return;
+  // What to write is read here, where the library lives; the writing, most of the time for
+  // years of dives, goes to a thread of its own.
+  LogbookToWrite toWrite = ReadLogbook(stack_.library, *request);
+  if (!toWrite.result.ok()) {
+    exportEnded(toWrite.result.sentence);
+    return;
+  }
+  ui_->button_export_logbook->setEnabled(false);
+  ui_->label_status->setText(Localized("status_exporting"));
+  exportWriter_.start([this, toWrite = std::move(toWrite)] {
+    const QString said = WriteLogbook(toWrite).sentence;
+    QMetaObject::invokeMethod(
+        this, [this, said] { exportEnded(said); }, Qt::QueuedConnection);
+  });
+}
+
+void ViewController::exportEnded(const QString &said) {
+  ui_->button_export_logbook->setEnabled(true);
+  ui_->label_status->setText(said);
+  messageBox(said);
 }
 
 QString ViewController::programFolder() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QThreadPool>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -50,6 +51,8 @@ class ViewController : public QWidget {
   // Writes every dive of the device, or the selected ones when several are, as a UDDF
   // logbook file the diver picks, and says in a box how many were written.
   void exportLogbookClicked();
+  // The logbook is written: the button comes back and the diver is told.
+  void exportEnded(const QString &said);
   // Asks where the logbook goes, suggesting a path; empty when the diver cancels.
   std::function<QString(const QString &suggested)> chooseExportFile;
   // A new search range: stored, and while idle the lists are read again from the device;
@@ -138,6 +141,8 @@ class ViewController : public QWidget {
   DeviceListSource deviceLists_{stack_, shown_};
   std::unique_ptr<ShelfListSource> shelf_;  // while the lists show the library; main thread
   bool shelfLooked_ = false;                // the library was asked since the device went
+  // Writes the logbook away from the UI thread; waited for when the window goes.
+  QThreadPool exportWriter_;
   QLabel *deviceChooserLabel_ = nullptr;
   QComboBox *deviceChooser_ = nullptr;
   QPushButton *preferences_ = nullptr;

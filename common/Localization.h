@@ -23,7 +23,7 @@ inline constexpr const char *kEnglishStringTable = ":/i18n/mrvtq5dk_en.qm";
 inline constexpr const char *kJapaneseStringTable = ":/i18n/mrvtq5dk_ja.qm";
 
 // Every key the program looks up.
-inline constexpr std::array<const char *, 134> kStringTableKeys = {
+inline constexpr std::array<const char *, 135> kStringTableKeys = {
     "initial_error",
     "open_serial_port",
     "target_model_error",
@@ -64,7 +64,7 @@ inline constexpr std::array<const char *, 134> kStringTableKeys = {
     "status_reading_dive",
     "status_connected",
     "status_downloading",
-    "status_saved", "library_set_aside", "button_save_all_new", "open_folder", "list_counts", "list_counts_short_hidden", "row_saved_as", "row_not_saved", "job_item", "job_bytes", "job_time_left", "job_saved", "job_failed", "job_cancelled", "flag_slow", "flag_deco", "flag_deco_depth", "flag_po2", "flag_o2", "flag_max_depth", "flag_depth_alarm", "flag_out_of_range", "flag_sensor_error", "flag_battery_low", "flag_temperature_error", "flag_device_error", "flag_other", "flags_none", "summary_date", "summary_entry_exit", "summary_dive_time", "summary_max_depth", "summary_average_depth", "summary_min_temperature", "summary_warnings", "summary_information", "summary_cns", "summary_otu", "unit_minutes", "unit_metres", "unit_celsius", "profile_no_dive", "profile_no_samples", "profile_axis_time", "profile_axis_depth", "profile_axis_temperature", "profile_readout", "profile_clip", "player_play", "player_stop", "player_no_output", "player_output_lost", "player_cannot_read", "player_not_wave", "player_not_pcm16", "list_separator", "library_device", "row_not_on_device", "shelf_counts", "status_browsing_library",
+    "status_saved", "library_set_aside", "button_save_all_new", "open_folder", "list_counts", "list_counts_short_hidden", "row_saved_as", "row_not_saved", "job_item", "job_bytes", "job_time_left", "job_saved", "job_failed", "job_cancelled", "flag_slow", "flag_deco", "flag_deco_depth", "flag_po2", "flag_o2", "flag_max_depth", "flag_depth_alarm", "flag_out_of_range", "flag_sensor_error", "flag_battery_low", "flag_temperature_error", "flag_device_error", "flag_other", "flags_none", "summary_date", "summary_entry_exit", "summary_dive_time", "summary_max_depth", "summary_average_depth", "summary_min_temperature", "summary_warnings", "summary_information", "summary_cns", "summary_otu", "unit_minutes", "unit_metres", "unit_celsius", "profile_no_dive", "profile_no_samples", "profile_axis_time", "profile_axis_depth", "profile_axis_temperature", "profile_readout", "profile_clip", "player_play", "player_stop", "player_no_output", "player_output_lost", "player_cannot_read", "player_not_wave", "player_not_pcm16", "list_separator", "library_device", "row_not_on_device", "shelf_counts", "status_browsing_library", "status_exporting",
     "uddf_note_warnings", "uddf_note_information", "uddf_note_sample_warning", "export_written", "export_no_dives", "export_dives_without_date", "export_unknown_device", "button_export_logbook", "export_which", "export_selected", "export_all", "export_file_filter",
     "row_damaged", "damage_entry", "damage_exit", "damage_depth", "damage_water", "damage_short", "profile_damaged", "dive_damaged_saved", "job_damaged", "clock_japan", "clock_computer", "clock_japan_choice", "clock_computer_choice", "summary_clock", "row_clock", "button_preferences", "preferences_title", "preferences_clock",
     "player_fetching",

@@ -27,12 +27,18 @@ std::optional<QString> ClipFile(const Library &library, const DeviceKey &device,
 }  // namespace
 
 LogbookExportResult ExportLogbook(const Library &library, const LogbookExportRequest &request) {
-  LogbookExportResult result;
+  const LogbookToWrite toWrite = ReadLogbook(library, request);
+  return toWrite.result.ok() ? WriteLogbook(toWrite) : toWrite.result;
+}
+
+LogbookToWrite ReadLogbook(const Library &library, const LogbookExportRequest &request) {
+  LogbookToWrite toWrite;
+  LogbookExportResult &result = toWrite.result;
   result.path = QDir::cleanPath(QFileInfo(request.file).absoluteFilePath());
   if (!library.isOpen()) {
     result.failure = ExportFailure::NoLibrary;
     result.sentence = library.notice();
-    return result;
+    return toWrite;
   }
   QList<DeviceKey> devices = library.devices();
   if (!request.serial.isEmpty()) {
@@ -40,14 +46,14 @@ LogbookExportResult ExportLogbook(const Library &library, const LogbookExportReq
     if (devices.isEmpty()) {
       result.failure = ExportFailure::UnknownDevice;
       result.sentence = Localized("export_unknown_device").arg(request.serial);
-      return result;
+      return toWrite;
     }
   }
 
   const QString downloads = request.downloads.isEmpty() ? DownloadsFolder() : request.downloads;
   const QString voiceFolder = StoragePathsIn(QFileInfo(downloads).absoluteFilePath()).voiceFolder;
   const QDir logbookFolder = QFileInfo(result.path).absoluteDir();
-  UddfLogbook logbook;
+  UddfLogbook &logbook = toWrite.logbook;
   logbook.generatorVersion = QStringLiteral(MRVTQ5DK_VERSION);
   for (const DeviceKey &key : devices) {
     UddfLogbook::Device device{key.model, key.serial, {}, {}};
@@ -67,10 +73,14 @@ LogbookExportResult ExportLogbook(const Library &library, const LogbookExportReq
     }
     logbook.devices.append(std::move(device));
   }
+  return toWrite;
+}
 
+LogbookExportResult WriteLogbook(const LogbookToWrite &toWrite) {
+  LogbookExportResult result = toWrite.result;
   UddfWritten written;
   result.save = SaveWhole(result.path, [&](QIODevice &file) {
-    written = WriteUddf(file, logbook);
+    written = WriteUddf(file, toWrite.logbook);
     return written.ok;
   });
   const QString shown = QDir::toNativeSeparators(result.path);

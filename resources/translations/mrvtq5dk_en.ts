@@ -410,6 +410,10 @@
         <source>status_browsing_library</source>
         <translation>No device plugged in: showing what was saved from %1.</translation>
     </message>
+    <message id="status_exporting">
+        <source>status_exporting</source>
+        <translation>Writing the logbook…</translation>
+    </message>
     <message id="uddf_note_warnings">
         <source>uddf_note_warnings</source>
         <translation>Warnings: %1</translation>

@@ -408,6 +408,10 @@
         <source>status_browsing_library</source>
         <translation>デバイスが接続されていません。%1 から保存した内容を表示しています。</translation>
     </message>
+    <message id="status_exporting">
+        <source>status_exporting</source>
+        <translation>ログブックを書き出しています…</translation>
+    </message>
     <message id="uddf_note_warnings">
         <source>uddf_note_warnings</source>
         <translation>警告: %1</translation>

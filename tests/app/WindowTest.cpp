@@ -256,11 +256,17 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   Outlet<QPushButton>(window, "button_export_logbook")->click();
   // Only the export's box: a request put off until the line was quiet never meets the
   // unplugged port and says the power is off.
+  // Written away from the UI thread: the button waits for it.
+  EXPECT_EQ(Outlet<QLabel>(window, "label_status")->text(), Localized("status_exporting"));
+  EXPECT_FALSE(Outlet<QPushButton>(window, "button_export_logbook")->isEnabled());
+  ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }));
   ASSERT_EQ(answerer.boxes.size(), 1) << qPrintable(answerer.boxes.join('\n'));
   EXPECT_EQ(answerer.boxes[0], "MrvTq5dk|7 dives and 1 voice clip written to " + logbook + ".");
   dives->selectionModel()->select(dives->model()->index(1, 0),
                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
   Outlet<QPushButton>(window, "button_export_logbook")->click();
+  ASSERT_TRUE(WaitFor([&] { return answerer.boxes.size() == 3; }));
+  EXPECT_TRUE(Outlet<QPushButton>(window, "button_export_logbook")->isEnabled());
   ASSERT_EQ(answerer.boxes.size(), 3) << qPrintable(answerer.boxes.join('\n'));
   EXPECT_EQ(answerer.boxes[2], "MrvTq5dk|2 dives and 1 voice clip written to " + logbook + ".");
   EXPECT_TRUE(QFileInfo(logbook).size() > 1000);
