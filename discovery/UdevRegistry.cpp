@@ -205,6 +205,13 @@ RegistryResult UdevRegistry::addInterestNotification(RegistryEntry service,
   const auto syspath = syspaths_.find(service);
   if (syspath == syspaths_.end()) return kRegistryNoDevice;
   *notification = ++lastEntry_;
+  // A device unplugged while a walk was still taking it in had its removal read before
+  // anyone listened for it: it is told now, on the main thread as the monitor tells removals.
+  if (!present_.contains(syspath->second)) {
+    QMetaObject::invokeMethod(
+        &mainThread_, [callback, service] { callback(service, kRegistryServiceTerminated); },
+        Qt::QueuedConnection);
+  }
   interests_.emplace(*notification, Interest{syspath->second, service, std::move(callback)});
   return kRegistrySuccess;
 }
