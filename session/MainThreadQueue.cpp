@@ -1,14 +1,11 @@
 #include "MainThreadQueue.h"
 
-#include <QMetaObject>
-
 void MainThreadQueue::post(std::function<void()> work) {
   {
     std::lock_guard lock(mutex_);
     pending_.push_back(std::move(work));
   }
-  QMetaObject::invokeMethod(
-      &anchor_, [this] { runPending(); }, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(this, "runPending", Qt::QueuedConnection);
 }
 
 void MainThreadQueue::runPending() {
