@@ -14,18 +14,32 @@ namespace {
 constexpr int kTickMs = 100;
 constexpr qint64 kDrainMarginMs = 500;
 
-QString Describe(WaveError error, const QString &reason) {
-  switch (error) {
+QString Describe(const WavePcm &wave, const QString &reason) {
+  switch (wave.error) {
     case WaveError::None:
       break;
     case WaveError::Unreadable:
       return Localized("player_cannot_read").arg(reason);
     case WaveError::NotWave:
       return Localized("player_not_wave");
-    case WaveError::NotPcm16:
-      return Localized("player_not_pcm16");
+    case WaveError::Unplayable:
+      return Localized("player_not_playable").arg(DescribeWaveFormat(wave.format));
   }
   return {};
+}
+
+QAudioFormat::SampleFormat SampleFormat(WaveSamples samples) {
+  switch (samples) {
+    case WaveSamples::Unsigned8:
+      return QAudioFormat::UInt8;
+    case WaveSamples::Signed16:
+      break;
+    case WaveSamples::Signed32:
+      return QAudioFormat::Int32;
+    case WaveSamples::Float32:
+      return QAudioFormat::Float;
+  }
+  return QAudioFormat::Int16;
 }
 
 }  // namespace
@@ -61,14 +75,14 @@ bool ClipPlayer::play(const QString &wavPath, qint64 fromMs) {
     if (file.error() != QFileDevice::NoError) wave.error = WaveError::Unreadable;
   }
   if (!wave.ok()) {
-    error_ = Describe(wave.error, file.errorString());
+    error_ = Describe(wave, file.errorString());
     notify();
     return false;
   }
   pcm_ = wave.pcm;
-  bytesPerFrame_ = wave.bytesPerFrame();
-  sampleRate_ = wave.sampleRate;
-  channels_ = wave.channels;
+  format_.setSampleRate(wave.format.sampleRate);
+  format_.setChannelCount(wave.format.channels);
+  format_.setSampleFormat(SampleFormat(wave.samples));
   durationMs_ = wave.durationMs();
   const bool started = start(fromMs);
   notify();
@@ -84,15 +98,11 @@ bool ClipPlayer::start(qint64 fromMs) {
     error_ = Localized("player_no_output");
     return false;
   }
-  QAudioFormat format;
-  format.setSampleRate(sampleRate_);
-  format.setChannelCount(channels_);
-  format.setSampleFormat(QAudioFormat::Int16);
-  if (!sink_ || sink_->format() != format || sinkDevice_ != output.id()) {
+  if (!sink_ || sink_->format() != format_ || sinkDevice_ != output.id()) {
     // An output is stopped before it goes, and it goes from the event loop: its
     // destructor runs the event loop itself.
     if (sink_) sink_.release()->deleteLater();
-    sink_ = std::make_unique<QAudioSink>(output, format);
+    sink_ = std::make_unique<QAudioSink>(output, format_);
     sinkDevice_ = output.id();
     // Looked at from the event loop, never inside the output's own signal.
     connect(
@@ -138,11 +148,11 @@ qint64 ClipPlayer::positionMs() const {
 }
 
 qint64 ClipPlayer::bytesAt(qint64 ms) const {
-  return ms * sampleRate_ / 1000 * bytesPerFrame_;
+  return ms * format_.sampleRate() / 1000 * format_.bytesPerFrame();
 }
 
 qint64 ClipPlayer::bytesPerSecond() const {
-  return qMax<qint64>(1, qint64(sampleRate_) * bytesPerFrame_);
+  return qMax<qint64>(1, qint64(format_.sampleRate()) * format_.bytesPerFrame());
 }
 
 void ClipPlayer::tick() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAudioFormat>
 #include <QBuffer>
 #include <QElapsedTimer>
 #include <QObject>
@@ -10,7 +11,7 @@
 
 class QAudioSink;
 
-// Plays a voice clip (a WAV file of 16-bit PCM) on the default sound output: the file's
+// Plays a voice clip (a WAV file; see ReadWavePcm for the formats) on the default sound output: the file's
 // sound is read into memory and fed to the output from there. Main thread only.
 class ClipPlayer : public QObject {
  public:
@@ -47,9 +48,7 @@ class ClipPlayer : public QObject {
   qint64 bytesPerSecond() const;
 
   QByteArray pcm_;
-  int bytesPerFrame_ = 0;
-  int sampleRate_ = 0;
-  int channels_ = 0;
+  QAudioFormat format_;  // of pcm_
   qint64 durationMs_ = 0;
   qint64 startMs_ = 0;      // where the running output began in the clip
   qint64 stoppedAtMs_ = 0;  // the position while not playing

@@ -42,6 +42,12 @@ struct FileCheck {
   std::optional<qint64> settledModified;
 };
 
+// Whether a file's modification time, taken before its bytes were read at now, is old enough
+// to tell any later change (see Library::kSettledMs).
+bool Settled(qint64 modified, qint64 now) {
+  return modified < now - Library::kSettledMs;
+}
+
 // Whether the file is still there as it was recorded. The size is looked at first, so that
 // most changed files are told without being read, then the modification time recorded once
 // it had settled; only without one is the file read for its hash.
@@ -54,7 +60,7 @@ FileCheck CheckFile(const QString &path, qint64 size, const QByteArray &sha256,
   const qint64 now = QDateTime::currentMSecsSinceEpoch();
   const auto print = ReadFingerprint(path);
   if (!print || print->size != size || print->sha256 != sha256) return {};
-  if (modified < now - Library::kSettledMs) return {true, modified};
+  if (Settled(modified, now)) return {true, modified};
   return {true, {}};
 }
 
@@ -64,6 +70,13 @@ QString CleanPath(const QString &path) {
 
 QString KindName(ItemKind kind) {
   return kind == ItemKind::Dive ? QStringLiteral("dive") : QStringLiteral("clip");
+}
+
+// None for a kind this program does not write: a row from elsewhere holds no item of ours.
+std::optional<ItemKind> KindNamed(const QString &name) {
+  for (ItemKind kind : {ItemKind::Dive, ItemKind::Clip})
+    if (name == KindName(kind)) return kind;
+  return std::nullopt;
 }
 
 QVariant Millis(const QDateTime &time) {
@@ -224,21 +237,21 @@ std::optional<Library::ItemRef> Library::itemAt(const QString &path) const {
               {file}) ||
       !query.next())
     return std::nullopt;
+  const std::optional<ItemKind> kind = KindNamed(query.value(2).toString());
+  if (!kind) return std::nullopt;
   const qint64 size = query.value(4).toLongLong();
   const QByteArray sha256 = query.value(5).toByteArray();
   const FileCheck check = CheckFile(file, size, sha256, query.value(6));
   if (!check.unchanged) return std::nullopt;
   if (check.settledModified) rememberSettled({{file, size, sha256, *check.settledModified}});
-  const ItemKind kind =
-      query.value(2).toString() == KindName(ItemKind::Dive) ? ItemKind::Dive : ItemKind::Clip;
   return ItemRef{
-      {query.value(0).toString(), query.value(1).toString()}, kind, query.value(3).toString()};
+      {query.value(0).toString(), query.value(1).toString()}, *kind, query.value(3).toString()};
 }
 
 std::optional<Library::SettledFile> Library::ReadSettled(const QString &path) {
   const QFileInfo info(path);
   const qint64 modified = info.lastModified().toMSecsSinceEpoch();
-  if (!info.isFile() || modified >= QDateTime::currentMSecsSinceEpoch() - kSettledMs)
+  if (!info.isFile() || !Settled(modified, QDateTime::currentMSecsSinceEpoch()))
     return std::nullopt;
   const auto print = ReadFingerprint(path);
   if (!print || print->size != info.size()) return std::nullopt;

@@ -43,8 +43,10 @@ class Library {
   // "<file>.broken-<yyyyMMdd-HHmmss>" (a number appended if that is taken), a new one is
   // created, one line is logged and notice() tells the user. When not even a new one can be
   // created, isOpen() is false, notice() says so and every call below does nothing and
-  // answers empty. A database another program keeps locked is not broken: it is left alone
-  // and this one stays closed the same way.
+  // answers empty. Shared with other running copies: a write waits up to 5 s for theirs.
+  // A database another program keeps locked past that, or that a newer version of this
+  // program wrote, is not broken: it is left as it is and this one stays closed the same
+  // way, with its own notice.
   explicit Library(QString path = DefaultPath());
   ~Library();
   Library(const Library &) = delete;
@@ -116,7 +118,7 @@ class Library {
   QList<StoredClip> clips(const DeviceKey &device) const;  // newest start first
 
  private:
-  enum class Opening { Opened, Broken, Busy };
+  enum class Opening { Opened, Broken, Busy, Newer };
   Opening connect(QString &why);
   void close();
   std::optional<qint64> deviceId(const DeviceKey &device) const;  // none when never seen

@@ -80,13 +80,15 @@ Library::Library(QString path)
     return;
   }
   close();
-  // Every way of ending up without a library is told with the same words.
-  notice_ = Localized("library_set_aside").arg(QFileInfo(path_).fileName());
-  if (opening == Opening::Busy) {
-    // Another program holds it: it is not broken, and is left alone.
-    SystemLog("library %s is in use: %s", file.constData(), qPrintable(why));
+  if (opening == Opening::Busy || opening == Opening::Newer) {
+    // Not broken: another program holds it, or a newer version of this one wrote it and
+    // may read it again. Left as it is, and this run goes on without a library.
+    notice_ = Localized(opening == Opening::Busy ? "library_in_use" : "library_newer");
+    SystemLog("library %s left as it is: %s", file.constData(), qPrintable(why));
     return;
   }
+  // Every way of ending up without a readable library is told with the same words.
+  notice_ = Localized("library_set_aside").arg(QFileInfo(path_).fileName());
   if (!QFileInfo::exists(path_)) {
     SystemLog("library %s could not be created: %s", file.constData(), qPrintable(why));
     return;
@@ -158,6 +160,9 @@ Library::Opening Library::connect(QString &why) {
       why = QStringLiteral("the tables could not be created");
       return Opening::Broken;
     }
+  } else if (version->toInt() > kSchemaVersion) {
+    why = QStringLiteral("written by a newer version (schema %1)").arg(version->toInt());
+    return Opening::Newer;
   } else if (version->toInt() != kSchemaVersion) {
     why = QStringLiteral("unknown schema version %1").arg(version->toInt());
     return Opening::Broken;

@@ -11,10 +11,11 @@
 namespace {
 
 // The clip's WAV in the voice folder, while the library knows it there for this clip,
-// unchanged: where it was saved last, or a copy saved there before under the same name.
+// unchanged: where it was saved last (saved), or a copy saved there before under the same
+// name.
 std::optional<QString> ClipFile(const Library &library, const DeviceKey &device,
-                                const StoredClip &clip, const QString &voiceFolder) {
-  const std::optional<QString> saved = library.savedFile(device, ItemKind::Clip, clip.key);
+                                const StoredClip &clip, const std::optional<QString> &saved,
+                                const QString &voiceFolder) {
   if (!saved) return std::nullopt;
   const QString there = AppendPathComponent(voiceFolder, QFileInfo(*saved).fileName());
   if (QDir::cleanPath(*saved) == there) return there;
@@ -66,8 +67,9 @@ LogbookToWrite ReadLogbook(const Library &library, const LogbookExportRequest &r
         continue;
       device.dives.append({stored.number, std::move(record)});
     }
+    const Library::SavedFiles savedClips = library.savedFiles(key, ItemKind::Clip);
     for (const StoredClip &clip : library.clips(key)) {
-      if (const auto file = ClipFile(library, key, clip, voiceFolder)) {
+      if (const auto file = ClipFile(library, key, clip, savedClips.of(clip.key), voiceFolder)) {
         device.clips.append({clip.key, clip.start, logbookFolder.relativeFilePath(*file)});
       }
     }

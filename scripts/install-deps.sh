@@ -11,7 +11,7 @@ packages=(
   libudev-dev
   libgtest-dev libgmock-dev umockdev libumockdev-dev libbenchmark-dev
   sox python3 fonts-noto-cjk locales
-  libxml2-utils
+  libxml2-utils libxml2-dev
   dpkg-dev file lintian appstream desktop-file-utils debootstrap
 )
 

@@ -172,6 +172,14 @@
         <source>library_set_aside</source>
         <translation>The library of saved files could not be read; it was set aside as %1 and a new one was started. Your files are untouched.</translation>
     </message>
+    <message id="library_in_use">
+        <source>library_in_use</source>
+        <translation>The library of saved files is held by another program and could not be shared: what you save this time is not remembered in it. Your files are untouched.</translation>
+    </message>
+    <message id="library_newer">
+        <source>library_newer</source>
+        <translation>The library of saved files was written by a newer version of Mrvtq5dk and is left as it is: this version does not remember what you save in it. Your files are untouched.</translation>
+    </message>
     <message id="button_save_all_new">
         <source>button_save_all_new</source>
         <translation>Save all new</translation>
@@ -386,9 +394,37 @@
         <source>player_not_wave</source>
         <translation>The file is not a WAV sound clip</translation>
     </message>
-    <message id="player_not_pcm16">
-        <source>player_not_pcm16</source>
-        <translation>The clip is not 16-bit PCM sound</translation>
+    <message id="player_not_playable">
+        <source>player_not_playable</source>
+        <translation>Not a clip this program can play: %1</translation>
+    </message>
+    <message id="wave_format">
+        <source>wave_format</source>
+        <translation>%1, %2, %3</translation>
+    </message>
+    <message id="wave_pcm">
+        <source>wave_pcm</source>
+        <translation>%1-bit PCM</translation>
+    </message>
+    <message id="wave_float">
+        <source>wave_float</source>
+        <translation>%1-bit floating point</translation>
+    </message>
+    <message id="wave_compressed">
+        <source>wave_compressed</source>
+        <translation>compressed (format 0x%1)</translation>
+    </message>
+    <message id="wave_mono">
+        <source>wave_mono</source>
+        <translation>mono</translation>
+    </message>
+    <message id="wave_stereo">
+        <source>wave_stereo</source>
+        <translation>stereo</translation>
+    </message>
+    <message id="wave_channels">
+        <source>wave_channels</source>
+        <translation>%1 channels</translation>
     </message>
     <message id="list_separator">
         <source>list_separator</source>

@@ -172,6 +172,14 @@
         <source>library_set_aside</source>
         <translation>保存済みファイルのライブラリを読み込めなかったため、%1 として退避し、新しいライブラリを作成しました。ファイルはそのままです。</translation>
     </message>
+    <message id="library_in_use">
+        <source>library_in_use</source>
+        <translation>保存済みファイルのライブラリは別のプログラムが使用中で、共有できませんでした。今回保存するものはライブラリに記録されません。ファイルはそのままです。</translation>
+    </message>
+    <message id="library_newer">
+        <source>library_newer</source>
+        <translation>保存済みファイルのライブラリは新しいバージョンの Mrvtq5dk で書かれているため、そのままにしました。このバージョンで保存するものはライブラリに記録されません。ファイルはそのままです。</translation>
+    </message>
     <message id="button_save_all_new">
         <source>button_save_all_new</source>
         <translation>新しいものをすべて保存</translation>
@@ -384,9 +392,37 @@
         <source>player_not_wave</source>
         <translation>このファイルはWAV形式の音声クリップではありません</translation>
     </message>
-    <message id="player_not_pcm16">
-        <source>player_not_pcm16</source>
-        <translation>このクリップは16ビットPCM音声ではありません</translation>
+    <message id="player_not_playable">
+        <source>player_not_playable</source>
+        <translation>このプログラムでは再生できないクリップです: %1</translation>
+    </message>
+    <message id="wave_format">
+        <source>wave_format</source>
+        <translation>%1、%2、%3</translation>
+    </message>
+    <message id="wave_pcm">
+        <source>wave_pcm</source>
+        <translation>%1 ビット PCM</translation>
+    </message>
+    <message id="wave_float">
+        <source>wave_float</source>
+        <translation>%1 ビット浮動小数点</translation>
+    </message>
+    <message id="wave_compressed">
+        <source>wave_compressed</source>
+        <translation>圧縮形式 (0x%1)</translation>
+    </message>
+    <message id="wave_mono">
+        <source>wave_mono</source>
+        <translation>モノラル</translation>
+    </message>
+    <message id="wave_stereo">
+        <source>wave_stereo</source>
+        <translation>ステレオ</translation>
+    </message>
+    <message id="wave_channels">
+        <source>wave_channels</source>
+        <translation>%1 チャンネル</translation>
     </message>
     <message id="list_separator">
         <source>list_separator</source>

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QtEndian>
 #include <memory>
 
 #include "ClipPlayer.h"
@@ -49,13 +50,60 @@ TEST(PlaybackDecode, ReadsTheSavedClipEveryCutOfItAndNoMalformedHeader) {
     return Read(wave.left(244).replace(at, bytes.size(), bytes));
   };
   EXPECT_EQ(patched(8, "WAVX").error, WaveError::NotWave);
-  EXPECT_EQ(patched(20, QByteArray("\x03\x00", 2)).error, WaveError::NotPcm16);  // float
-  EXPECT_EQ(patched(34, QByteArray("\x08\x00", 2)).error, WaveError::NotPcm16);  // 8 bits
-  EXPECT_EQ(patched(22, QByteArray("\x00\x00", 2)).error, WaveError::NotPcm16);  // no channel
   EXPECT_EQ(patched(16, QByteArray("\x08\x00\x00\x00", 4)).error, WaveError::NotWave);
   EXPECT_EQ(patched(16, "\xff\xff\xff\xff").error, WaveError::NotWave);  // past the end
   EXPECT_EQ(patched(12, "data").error, WaveError::NotWave);              // sound before its format
   EXPECT_EQ(patched(40, "\xff\xff\xff\xff").pcm.size(), 200);  // more announced than there is
+}
+
+// The writer's 200 bytes of sound under another format: the tag, channels, rate and bits
+// of a 16-byte format chunk, or the extensible format's 40 bytes naming the tag inside.
+WavePcm Formatted(quint16 tag, quint16 channels, quint32 rate, quint16 bits,
+                  bool extensible = false) {
+  QByteArray format(extensible ? 40 : 16, '\0');
+  qToLittleEndian(extensible ? quint16(0xFFFE) : tag, format.data());
+  qToLittleEndian(channels, format.data() + 2);
+  qToLittleEndian(rate, format.data() + 4);
+  qToLittleEndian(bits, format.data() + 14);
+  if (extensible) qToLittleEndian(tag, format.data() + 24);
+  QByteArray wave = Wave(100).replace(16, 20, QByteArray(QByteArray(4, '\0') + format));
+  qToLittleEndian(quint32(format.size()), wave.data() + 16);
+  return Read(wave);
+}
+
+// What the output takes as it is plays in whole frames; anything else is told by its format,
+// in the diver's language.
+TEST(PlaybackDecode, PlaysWhatTheOutputTakesAndNamesTheFormatsItDoesNot) {
+  const struct {
+    WavePcm wave;
+    WaveSamples samples;
+    qint64 pcm;
+  } playable[] = {{Formatted(1, 1, 8000, 8), WaveSamples::Unsigned8, 200},
+                  {Formatted(1, 2, 44100, 16), WaveSamples::Signed16, 200},
+                  {Formatted(1, 8, 384000, 32), WaveSamples::Signed32, 192},
+                  {Formatted(3, 1, 1000, 32, true), WaveSamples::Float32, 200}};
+  for (const auto &[wave, samples, pcm] : playable) {
+    EXPECT_TRUE(wave.ok()) << wave.format.tag << " " << wave.format.bitsPerSample;
+    EXPECT_EQ(wave.samples, samples);
+    EXPECT_EQ(wave.pcm.size(), pcm);
+  }
+  const struct {
+    WavePcm wave;
+    const char *english;
+  } refused[] = {{Formatted(1, 2, 44100, 24), "24-bit PCM, stereo, 44.1 kHz"},
+                 {Formatted(3, 1, 8000, 64), "64-bit floating point, mono, 8 kHz"},
+                 {Formatted(0x55, 1, 22050, 0, true), "compressed (format 0x0055), mono, 22.05 kHz"},
+                 {Formatted(1, 9, 8000, 16), "16-bit PCM, 9 channels, 8 kHz"},
+                 {Formatted(1, 0, 8000, 16), "16-bit PCM, 0 channels, 8 kHz"},
+                 {Formatted(1, 1, 999, 16), "16-bit PCM, mono, 0.999 kHz"},
+                 {Formatted(1, 1, 384001, 16), "16-bit PCM, mono, 384.001 kHz"}};
+  for (const auto &[wave, english] : refused) {
+    EXPECT_EQ(wave.error, WaveError::Unplayable) << english;
+    EXPECT_EQ(DescribeWaveFormat(wave.format), english);
+  }
+  InstallStringTables(QLocale(QLocale::Japanese));
+  EXPECT_EQ(DescribeWaveFormat(refused[0].wave.format), QStringLiteral("24 ビット PCM、ステレオ、44.1 kHz"));
+  InstallStringTables(QLocale(QLocale::English));
 }
 
 // What cannot play is said before the output is asked for; a clip plays to its end by
@@ -75,6 +123,11 @@ TEST(Playback, SaysWhatCannotPlayAndPlaysAClipToItsEndOrStopsIt) {
   WriteFile(dir.filePath("notes.wav"), "not a sound clip");
   EXPECT_FALSE(player.play(dir.filePath("notes.wav")));
   EXPECT_EQ(player.error(), Localized("player_not_wave"));
+  QByteArray stereo = Wave(100);
+  stereo[22] = 2, stereo[34] = 24;
+  WriteFile(dir.filePath("stereo.wav"), stereo);
+  EXPECT_FALSE(player.play(dir.filePath("stereo.wav")));
+  EXPECT_EQ(player.error(), "Not a clip this program can play: 24-bit PCM, stereo, 8 kHz");
 
   if (!ClipPlayer::outputAvailable()) GTEST_SKIP() << "no audio output: start a sound server";
   button->click();
@@ -92,6 +145,13 @@ TEST(Playback, SaysWhatCannotPlayAndPlaysAClipToItsEndOrStopsIt) {
   auto other = std::make_unique<ClipPlayer>();
   ASSERT_TRUE(other->play(clip));
   other.reset();
+  // 8-bit and floating-point sound reach the output as they are.
+  for (const auto &[tag, bits] : {std::pair(1, 8), std::pair(3, 32)}) {
+    QByteArray unlike = Wave(800);
+    unlike[20] = char(tag), unlike[34] = char(bits);
+    WriteFile(clip, unlike);
+    EXPECT_TRUE(player.play(clip)) << bits << qPrintable(player.error());
+  }
 }
 
 }  // namespace

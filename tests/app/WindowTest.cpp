@@ -13,6 +13,7 @@
 
 #include "DiveProfileView.h"
 #include "Library.h"
+#include "LibraryShelf.h"
 #include "Localization.h"
 #include "ShownClock.h"
 #include "SimulatedDevice.h"
@@ -432,6 +433,32 @@ TEST(WindowStartUp, VoiceFolderThatCannotBeMadeEndsWithStatus1) {
   EXPECT_TRUE(out.contains("box:MrvTq5dk|voice folder create error!")) << qPrintable(out + err);
   EXPECT_TRUE(err.contains("create voice folder Error."));
   EXPECT_FALSE(err.contains("create logs folder Error."));
+}
+
+// Rows another program or a disk error left in the library: a dive without its start whose
+// page is cut short, a clip without its start, and a WAV's row of a kind never written. The
+// shelf lists the dive as damaged with nothing saved, and no clip to play.
+TEST(LibraryShelfTest, RowsFromElsewhereShowAsNothingSaved) {
+  QTemporaryDir dir;
+  const QString path = dir.filePath("library.sqlite"), wav = dir.filePath("clip.wav");
+  const DeviceKey device{"QM482", "1"};
+  WriteFile(wav, QByteArray(44, 'w'));
+  {
+    Library library(path);
+    const QDateTime start(QDate(2024, 3, 1), QTime(12, 0), Qt::UTC);
+    ASSERT_TRUE(library.recordClip(device, {"20240301120000", "entry", start}));
+    ASSERT_TRUE(library.recordSaved(device, ItemKind::Clip, "20240301120000", wav));
+  }
+  ASSERT_TRUE(ChangeDatabase(path, {"INSERT INTO dives VALUES (1, 4, NULL, x'0102')",
+                                     "INSERT INTO clips VALUES (1, 'odd', 'garbage', NULL)",
+                                     "UPDATE files SET kind = 'photo'"}));
+  Library library(path);
+  const LibraryShelf shelf = ReadShelf(library, device, 20000101);
+  ASSERT_EQ(shelf.dives.size(), 1);
+  EXPECT_TRUE(shelf.dives[0].damage.has_value());
+  EXPECT_EQ(shelf.diveFiles[0], std::nullopt);
+  EXPECT_TRUE(shelf.clips.isEmpty());
+  EXPECT_FALSE(library.itemAt(wav).has_value());
 }
 
 }  // namespace

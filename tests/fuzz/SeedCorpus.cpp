@@ -1,11 +1,14 @@
 // Writes the fuzzers' seed corpora from the simulator's contents: real replies, records
 // and pages, so that fuzzing starts from what the device sends.
-//   fuzz_seeds DIR     -> DIR/voice_index, DIR/records, DIR/receive_dispatch
+//   fuzz_seeds DIR     -> DIR/voice_index, DIR/records, DIR/receive_dispatch, DIR/wave,
+//                         DIR/uddf_export
 #include <QDir>
 #include <QFile>
+#include <QtEndian>
 
 #include "Protocol.h"
 #include "SimContents.h"
+#include "WaveFile.h"
 
 namespace {
 
@@ -27,6 +30,36 @@ QByteArray Dispatch(int state, int selector, const QByteArray &reply) {
   return input;
 }
 
+// The clip writer's WAV of 400 bytes of sound, with its format chunk's fields replaced: a
+// diver's copy from another program, or a clip trimmed in an audio editor.
+QByteArray Wave(quint16 tag, quint16 channels, quint32 rate, quint16 bits) {
+  QByteArray audio(400, '\0');
+  for (int i = 0; i < audio.size(); ++i) audio[i] = char(i * 37);
+  QByteArray wave = WaveHeader(audio.size()) + audio;
+  qToLittleEndian(tag, wave.data() + 20);
+  qToLittleEndian(channels, wave.data() + 22);
+  qToLittleEndian(rate, wave.data() + 24);
+  qToLittleEndian(bits, wave.data() + 34);
+  return wave;
+}
+
+void WriteWaves(const QString &folder) {
+  const QByteArray ours = Wave(1, 1, 8000, 16);
+  Write(folder, "ours", ours);
+  Write(folder, "list_chunk", QByteArray(ours).insert(36, QByteArray("LIST\x05\0\0\0INFOx\0", 14)));
+  Write(folder, "odd_chunk", QByteArray(ours).insert(36, QByteArray("junk\x03\0\0\0abc\0", 12)));
+  Write(folder, "stereo_44k", Wave(1, 2, 44100, 16));
+  Write(folder, "8bit", Wave(1, 1, 11025, 8));
+  Write(folder, "24bit", Wave(1, 2, 48000, 24));
+  Write(folder, "float", Wave(3, 1, 8000, 32));
+  Write(folder, "header_cut", ours.left(30));
+  Write(folder, "data_longer", ours.left(200));
+  QByteArray extensible = QByteArray(ours).replace(16, 4, QByteArray("\x28\0\0\0", 4));
+  extensible.insert(36, QByteArray("\x16\0\x10\0\x04\0\0\0\x01\0", 10) + QByteArray(14, '\x10'));
+  extensible[20] = '\xfe', extensible[21] = '\xff';
+  Write(folder, "extensible", extensible);
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -46,6 +79,9 @@ int main(int argc, char **argv) {
       Write(root + "/records", QStringLiteral("page%1_%2").arg(seed).arg(i), page);
       Write(root + "/receive_dispatch", QStringLiteral("lp%1_%2").arg(seed).arg(i),
             Dispatch(RX_LOG_HISTORY, 4, page));
+      // Clips at the entry, 10 minutes in, and 10 seconds before the dive.
+      Write(root + "/uddf_export", QStringLiteral("page%1_%2").arg(seed).arg(i),
+            page + QByteArray("\0\0\x58\x02\xf6\xff", 6));
     }
   }
   const QByteArray replies[][2] = {{"kind", "OK QM482CS\r\n"},
@@ -57,5 +93,6 @@ int main(int argc, char **argv) {
   for (int i = 0; i < 4; ++i)
     Write(root + "/receive_dispatch", QString::fromLatin1(replies[i][0]),
           Dispatch(states[i], 0, replies[i][1]));
+  WriteWaves(root + "/wave");
   return 0;
 }

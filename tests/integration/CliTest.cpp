@@ -13,6 +13,7 @@
 #include <QTimeZone>
 
 #include "DiveLogCsv.h"
+#include "Library.h"
 #include "SimulatedDevice.h"
 #include "TestSupport.h"
 #include "WaveFile.h"
@@ -159,6 +160,16 @@ TEST_F(SyncTest, SavesWhatIsNewOnceAcrossAHangUpADeletionAndARefill) {
   const ProgramRun third = sync(device);
   EXPECT_EQ(third.status, 0) << qPrintable(third.err);
   EXPECT_EQ(third.out.count("saved "), 2) << qPrintable(third.out);
+  expectTheDevicesOwn(contents);
+
+  // Rows another program left in the library: a saved dive's row of a kind this program never
+  // writes, and one whose size is no number. Neither dive counts as saved.
+  EXPECT_TRUE(ChangeDatabase(
+      Library::DefaultPath(),
+      {"UPDATE files SET kind = 'photo' WHERE rowid = (SELECT MIN(rowid) FROM files WHERE kind = 'dive')",
+       "UPDATE files SET size = 'many' WHERE rowid = (SELECT MAX(rowid) FROM files WHERE kind = 'dive')"}));
+  const ProgramRun odd = sync(device);
+  EXPECT_EQ(odd.out.count("saved "), 2) << qPrintable(odd.out);
   expectTheDevicesOwn(contents);
 
   // The device's memory cleared and filled again: the same numbers are other dives.

@@ -7,6 +7,9 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
 #include <QThread>
 
 TemporaryHome::TemporaryHome()
@@ -34,6 +37,23 @@ void WriteFile(const QString &path, const QByteArray &bytes) {
   QFile file(path);
   ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << qPrintable(path);
   ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
+bool ChangeDatabase(const QString &path, const QStringList &statements) {
+  bool changed = true;
+  {
+    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "another program");
+    db.setDatabaseName(path);
+    QSqlQuery query(db);
+    changed = db.open();
+    for (const QString &statement : statements) {
+      if (!changed) break;
+      changed = query.exec(statement);
+      EXPECT_TRUE(changed) << qPrintable(statement + ": " + query.lastError().text());
+    }
+  }
+  QSqlDatabase::removeDatabase("another program");
+  return changed;
 }
 
 #include <sys/resource.h>

@@ -26,6 +26,9 @@ bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 5000);
 
 QByteArray ReadFile(const QString &path);
 void WriteFile(const QString &path, const QByteArray &bytes);
+// Runs SQL statements on the SQLite database at path, as another program would; false, with
+// the failing statement printed, at the first that fails.
+bool ChangeDatabase(const QString &path, const QStringList &statements);
 
 // How a program run ended: its exit status and what it printed.
 struct ProgramRun {

@@ -5,9 +5,13 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
+#include <QThread>
+#include <atomic>
+#include <thread>
 
 #include "FileSettler.h"
 #include "Library.h"
+#include "Localization.h"
 #include "SystemLog.h"
 #include "TestSupport.h"
 
@@ -107,12 +111,7 @@ TEST(Library, AFileIsReadUntilItsTimeSettlesThenToldByItsSizeAndTime) {
     ASSERT_TRUE(rewrite("RIFF one", fresh));
     EXPECT_TRUE(saved(library));
   }
-  {
-    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "before");
-    db.setDatabaseName(path);
-    ASSERT_TRUE(db.open() && QSqlQuery(db).exec("ALTER TABLE files DROP COLUMN modified"));
-  }
-  QSqlDatabase::removeDatabase("before");
+  ASSERT_TRUE(ChangeDatabase(path, {"ALTER TABLE files DROP COLUMN modified"}));
   Library library(path);
   const QDateTime settled = QDateTime::currentDateTime().addSecs(-60);
   ASSERT_TRUE(rewrite("RIFF one", settled));
@@ -159,32 +158,21 @@ TEST(Library, SavedFilesSettleOnAWorker) {
   QSqlDatabase::removeDatabase("look");
 }
 
-// A database that cannot be read, or that a later version of the program wrote, is set
-// aside and a new one started; without a place for one, every call answers empty.
+// A database that cannot be read is set aside and a new one started; without a place for
+// one, every call answers empty.
 TEST(Library, UnreadableDatabaseIsSetAsideAndANewOneStarted) {
   QTemporaryDir dir;
   const QString path = dir.filePath("library.sqlite");
   const QByteArray garbage(8192, '\x5A');
   WriteFile(path, garbage);
-  {
-    LogCapture log;
-    Library library(path);
-    ASSERT_TRUE(library.isOpen());
-    EXPECT_EQ(log.startingWith("library ").size(), 1u);
-    EXPECT_TRUE(library.recordDive(kDevice, {3, Utc(1, 1), Page(3)}));
-  }
-  {
-    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "later");
-    db.setDatabaseName(path);
-    ASSERT_TRUE(db.open() && QSqlQuery(db).exec("PRAGMA user_version = 2"));
-  }
-  QSqlDatabase::removeDatabase("later");
+  LogCapture log;
   Library library(path);
   ASSERT_TRUE(library.isOpen());
-  EXPECT_TRUE(library.dives(kDevice).isEmpty());
+  EXPECT_EQ(log.startingWith("library ").size(), 1u);
+  EXPECT_TRUE(library.recordDive(kDevice, {3, Utc(1, 1), Page(3)}));
   const QStringList aside = QDir(dir.path()).entryList({"library.sqlite.broken-*"}, QDir::Files);
-  ASSERT_EQ(aside.size(), 2) << qPrintable(aside.join(' '));
-  EXPECT_TRUE(library.notice().contains(aside.last())) << qPrintable(library.notice());
+  ASSERT_EQ(aside.size(), 1);
+  EXPECT_TRUE(library.notice().contains(aside.first())) << qPrintable(library.notice());
   EXPECT_EQ(ReadFile(dir.filePath(aside.first())), garbage);
 
   Library nowhere(path + "/library.sqlite");  // a file where its folder belongs
@@ -193,18 +181,57 @@ TEST(Library, UnreadableDatabaseIsSetAsideAndANewOneStarted) {
   EXPECT_TRUE(nowhere.devices().isEmpty());
 }
 
+// Another copy of the program writing (here a second connection holding the write lock for
+// a second) is waited for and shared; a library a newer version wrote is left as it was,
+// not set aside, so that going back to an older version loses nothing.
+TEST(Library, IsSharedWithAnotherCopyAndLeftAloneWhenANewerVersionWroteIt) {
+  QTemporaryDir dir;
+  const QString path = dir.filePath("library.sqlite");
+  Library(path).recordDive(kDevice, {3, Utc(1, 1), Page(3)});
+  std::atomic<bool> locked = false;
+  std::thread other([&] {
+    {
+      QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "other copy");
+      db.setDatabaseName(path);
+      QSqlQuery query(db);
+      EXPECT_TRUE(db.open() && query.exec("BEGIN IMMEDIATE") &&
+                  query.exec("UPDATE devices SET last_seen = last_seen + 1"));
+      locked = true;
+      QThread::msleep(1000);
+      EXPECT_TRUE(query.exec("COMMIT"));
+    }
+    QSqlDatabase::removeDatabase("other copy");
+  });
+  while (!locked) QThread::msleep(1);
+  {
+    Library shared(path);
+    EXPECT_TRUE(shared.isOpen() && shared.notice().isEmpty()) << qPrintable(shared.notice());
+    EXPECT_EQ(shared.dives(kDevice).size(), 1);
+    EXPECT_TRUE(shared.recordDive(kDevice, {4, Utc(2, 1), Page(4)}));
+  }
+  other.join();
+
+  ASSERT_TRUE(ChangeDatabase(path, {"PRAGMA user_version = 2"}));
+  {
+    LogCapture log;
+    Library newer(path);
+    EXPECT_FALSE(newer.isOpen());
+    EXPECT_EQ(newer.notice(), Localized("library_newer"));
+    EXPECT_EQ(log.startingWith("library ").size(), 1u);
+  }
+  EXPECT_TRUE(QDir(dir.path()).entryList({"library.sqlite.broken-*"}).isEmpty());
+  // As the newer version would leave it: both dives are there.
+  ASSERT_TRUE(ChangeDatabase(path, {"PRAGMA user_version = 1"}));
+  EXPECT_EQ(Library(path).dives(kDevice).size(), 2);
+}
+
 // A write that fails half-way (here its table is gone) is rolled back, so that the next
 // write of the run goes in.
 TEST(Library, AWriteThatFailsHalfWayLeavesTheNextOneFree) {
   QTemporaryDir dir;
   Library library(dir.filePath("library.sqlite"));
   WriteFile(dir.filePath("clip.wav"), "RIFF");
-  {
-    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "other");
-    db.setDatabaseName(dir.filePath("library.sqlite"));
-    ASSERT_TRUE(db.open() && QSqlQuery(db).exec("DROP TABLE files"));
-  }
-  QSqlDatabase::removeDatabase("other");
+  ASSERT_TRUE(ChangeDatabase(dir.filePath("library.sqlite"), {"DROP TABLE files"}));
   LogCapture quiet;
   EXPECT_FALSE(library.recordSaved(kDevice, ItemKind::Clip, "1", dir.filePath("clip.wav")));
   EXPECT_TRUE(library.recordDive(kDevice, {3, Utc(1, 1), Page(3)}));
