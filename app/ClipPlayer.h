@@ -11,8 +11,8 @@
 
 class QAudioSink;
 
-// Plays a voice clip (a WAV file; see ReadWavePcm for the formats) on the default sound output: the file's
-// sound is read into memory and fed to the output from there. Main thread only.
+// Plays a voice clip (a WAV file; see ReadWavePcm for the formats) on the default sound output: the
+// file's sound is read into memory and fed to the output from there. Main thread only.
 class ClipPlayer : public QObject {
  public:
   explicit ClipPlayer(QObject *parent = nullptr);

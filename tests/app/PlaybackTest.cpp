@@ -90,19 +90,21 @@ TEST(PlaybackDecode, PlaysWhatTheOutputTakesAndNamesTheFormatsItDoesNot) {
   const struct {
     WavePcm wave;
     const char *english;
-  } refused[] = {{Formatted(1, 2, 44100, 24), "24-bit PCM, stereo, 44.1 kHz"},
-                 {Formatted(3, 1, 8000, 64), "64-bit floating point, mono, 8 kHz"},
-                 {Formatted(0x55, 1, 22050, 0, true), "compressed (format 0x0055), mono, 22.05 kHz"},
-                 {Formatted(1, 9, 8000, 16), "16-bit PCM, 9 channels, 8 kHz"},
-                 {Formatted(1, 0, 8000, 16), "16-bit PCM, 0 channels, 8 kHz"},
-                 {Formatted(1, 1, 999, 16), "16-bit PCM, mono, 0.999 kHz"},
-                 {Formatted(1, 1, 384001, 16), "16-bit PCM, mono, 384.001 kHz"}};
+  } refused[] = {
+      {Formatted(1, 2, 44100, 24), "24-bit PCM, stereo, 44.1 kHz"},
+      {Formatted(3, 1, 8000, 64), "64-bit floating point, mono, 8 kHz"},
+      {Formatted(0x55, 1, 22050, 0, true), "compressed (format 0x0055), mono, 22.05 kHz"},
+      {Formatted(1, 9, 8000, 16), "16-bit PCM, 9 channels, 8 kHz"},
+      {Formatted(1, 0, 8000, 16), "16-bit PCM, 0 channels, 8 kHz"},
+      {Formatted(1, 1, 999, 16), "16-bit PCM, mono, 0.999 kHz"},
+      {Formatted(1, 1, 384001, 16), "16-bit PCM, mono, 384.001 kHz"}};
   for (const auto &[wave, english] : refused) {
     EXPECT_EQ(wave.error, WaveError::Unplayable) << english;
     EXPECT_EQ(DescribeWaveFormat(wave.format), english);
   }
   InstallStringTables(QLocale(QLocale::Japanese));
-  EXPECT_EQ(DescribeWaveFormat(refused[0].wave.format), QStringLiteral("24 ビット PCM、ステレオ、44.1 kHz"));
+  EXPECT_EQ(DescribeWaveFormat(refused[0].wave.format),
+            QStringLiteral("24 ビット PCM、ステレオ、44.1 kHz"));
   InstallStringTables(QLocale(QLocale::English));
 }
 

@@ -450,8 +450,8 @@ TEST(LibraryShelfTest, RowsFromElsewhereShowAsNothingSaved) {
     ASSERT_TRUE(library.recordSaved(device, ItemKind::Clip, "20240301120000", wav));
   }
   ASSERT_TRUE(ChangeDatabase(path, {"INSERT INTO dives VALUES (1, 4, NULL, x'0102')",
-                                     "INSERT INTO clips VALUES (1, 'odd', 'garbage', NULL)",
-                                     "UPDATE files SET kind = 'photo'"}));
+                                    "INSERT INTO clips VALUES (1, 'odd', 'garbage', NULL)",
+                                    "UPDATE files SET kind = 'photo'"}));
   Library library(path);
   const LibraryShelf shelf = ReadShelf(library, device, 20000101);
   ASSERT_EQ(shelf.dives.size(), 1);

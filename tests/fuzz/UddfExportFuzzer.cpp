@@ -20,21 +20,16 @@ namespace {
 
 constexpr qsizetype kPageSize = 4096;
 
-xmlSchemaPtr Schema() {
-  static xmlSchemaPtr schema = [] {
-    xmlSchemaParserCtxtPtr parser = xmlSchemaNewParserCtxt(UDDF_SCHEMA);
-    xmlSchemaPtr parsed = xmlSchemaParse(parser);
-    xmlSchemaFreeParserCtxt(parser);
-    if (!parsed) std::abort();  // the schema itself did not load
-    return parsed;
-  }();
-  return schema;
-}
-
 // Parsed as a stream of events and validated as it goes: no tree is built, which keeps the
 // fuzzer's rate up. Malformed XML fails as invalid.
 bool Valid(const QByteArray &document) {
-  static xmlSchemaValidCtxtPtr validator = xmlSchemaNewValidCtxt(Schema());
+  static xmlSchemaValidCtxtPtr validator = [] {
+    xmlSchemaParserCtxtPtr parser = xmlSchemaNewParserCtxt(UDDF_SCHEMA);
+    xmlSchemaPtr schema = xmlSchemaParse(parser);
+    xmlSchemaFreeParserCtxt(parser);
+    if (!schema) std::abort();  // the schema itself did not load
+    return xmlSchemaNewValidCtxt(schema);
+  }();
   xmlParserInputBufferPtr input = xmlParserInputBufferCreateMem(
       document.constData(), int(document.size()), XML_CHAR_ENCODING_NONE);
   // The input is freed by the validation, whatever its outcome.

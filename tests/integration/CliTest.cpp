@@ -164,10 +164,11 @@ TEST_F(SyncTest, SavesWhatIsNewOnceAcrossAHangUpADeletionAndARefill) {
 
   // Rows another program left in the library: a saved dive's row of a kind this program never
   // writes, and one whose size is no number. Neither dive counts as saved.
-  EXPECT_TRUE(ChangeDatabase(
-      Library::DefaultPath(),
-      {"UPDATE files SET kind = 'photo' WHERE rowid = (SELECT MIN(rowid) FROM files WHERE kind = 'dive')",
-       "UPDATE files SET size = 'many' WHERE rowid = (SELECT MAX(rowid) FROM files WHERE kind = 'dive')"}));
+  EXPECT_TRUE(ChangeDatabase(Library::DefaultPath(),
+                             {"UPDATE files SET kind = 'photo' WHERE rowid = (SELECT MIN(rowid) "
+                              "FROM files WHERE kind = 'dive')",
+                              "UPDATE files SET size = 'many' WHERE rowid = (SELECT MAX(rowid) "
+                              "FROM files WHERE kind = 'dive')"}));
   const ProgramRun odd = sync(device);
   EXPECT_EQ(odd.out.count("saved "), 2) << qPrintable(odd.out);
   expectTheDevicesOwn(contents);
