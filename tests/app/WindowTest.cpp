@@ -65,6 +65,8 @@ class WindowTest : public ::testing::Test {
     window.session().state().deviceExist = 1;
     ASSERT_EQ(window.session().openSerialPort(device->slavePath(), 9600), std::nullopt);
   }
+  QString text(const char *label) { return Outlet<QLabel>(window, label)->text(); }
+  void click(const char *button) { Outlet<QPushButton>(window, button)->click(); }
   // The line a box that tells of saved files ends with: the folder they went to.
   QString folderLine(const char *folder) {
     return "\n" + Localized("saved_folder", 1).arg(home.downloads() + "/Mrvtq5dk/" + folder);
@@ -85,17 +87,16 @@ class WindowTest : public ::testing::Test {
 // one clip fetched, the right one, told in one box.
 TEST_F(WindowTest, ListedThenRangedThenOneClipFetched) {
   plugInAndList();
-  EXPECT_EQ(Outlet<QLabel>(window, "label_type")->text(), "QM482");
-  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.28417305");
+  EXPECT_EQ(text("label_type"), "QM482");
+  EXPECT_EQ(text("label_serial_number"), "SN.28417305");
   EXPECT_FALSE(Outlet(window, "pictureBox_set_corvamund2")->isVisible());
-  EXPECT_EQ(Outlet<QLabel>(window, "label_voice_counts")->text(),
-            "2 of 3 shown, 2 new, 1 short hidden");
-  EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 shown, 3 new");
+  EXPECT_EQ(text("label_voice_counts"), "2 of 3 shown, 2 new, 1 short hidden");
+  EXPECT_EQ(text("label_log_counts"), "3 of 7 shown, 3 new");
   // The first clip comes picked, ready to download or play; the caption names the clock.
   const auto row = [](QTableView *list, int r) {
     return list->model()->index(r, 0).data().toString();
   };
-  EXPECT_EQ(Outlet<QLabel>(window, "label_voice_index")->text(), row(clips, 0) + "   (Japan time)");
+  EXPECT_EQ(text("label_voice_index"), row(clips, 0) + "   (Japan time)");
   // Every time on one clock: the clip spoken two minutes into the newest dive is listed two
   // minutes after it, its length the audio it holds (nine blocks); then on the computer's.
   const auto on = [](ShownClock clock, const QDateTime &t) {
@@ -109,14 +110,13 @@ TEST_F(WindowTest, ListedThenRangedThenOneClipFetched) {
       if (choice->text() == ClockChoice(ShownClock::Computer)) choice->click();
     dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
   });
-  Outlet<QPushButton>(window, "button_preferences")->click();
+  click("button_preferences");
   const auto local = [](const QDateTime &t) {
     return t.toLocalTime().toString("yyyy/MM/dd HH:mm");
   };
   EXPECT_EQ(row(clips, 0).left(16), local(newest.addSecs(120)));
   EXPECT_EQ(row(dives, 0).left(16), local(newest));
-  EXPECT_TRUE(
-      Outlet<QLabel>(window, "label_voice_index")->text().endsWith("(this computer's time)"));
+  EXPECT_TRUE(text("label_voice_index").endsWith("(this computer's time)"));
 
   // A new range while connected empties both lists at once and reads them again.
   auto *range = Outlet<QComboBox>(window, "comboBox_index_search_range");
@@ -130,7 +130,7 @@ TEST_F(WindowTest, ListedThenRangedThenOneClipFetched) {
 
   // The second row shown is the third clip: the hidden one is not fetched in its place.
   clips->selectRow(1);
-  Outlet<QPushButton>(window, "button_download_voice")->click();
+  click("button_download_voice");
   EXPECT_TRUE(WaitFor([&] { return Outlet(window, "progressBar_cdc")->isVisible(); }));
   EXPECT_FALSE(reconnect->isEnabled());
   ASSERT_TRUE(WaitFor(
@@ -148,8 +148,7 @@ TEST_F(WindowTest, ListedThenRangedThenOneClipFetched) {
   // box, and leaves it ready to play.
   window.findChild<DiveProfileView *>()->clipClicked(0);
   EXPECT_EQ(clips->selectionModel()->selectedRows().value(0).row(), 0);
-  EXPECT_TRUE(WaitFor(
-      [&] { return Outlet<QLabel>(window, "playTitle")->text().contains(": downloading, "); }));
+  EXPECT_TRUE(WaitFor([&] { return text("playTitle").contains(": downloading, "); }));
   ASSERT_TRUE(WaitFor([&] { return position->isEnabled(); }, 20000));
   EXPECT_EQ(voice.entryList(QDir::Files).size(), 2);
   EXPECT_EQ(answerer.boxes.size(), 1);
@@ -169,11 +168,9 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
   EXPECT_FALSE(Outlet(window, "button_download_voice")->isEnabled());
   ASSERT_TRUE(WaitFor([&] { return jobBar->value() > 0 && state.clipReceived > 0; }));
   // The item under way is named as its list names it, on the same clock.
-  EXPECT_TRUE(Outlet<QLabel>(window, "label_job")
-                  ->text()
-                  .contains(clips->model()->index(0, 0).data().toString()));
+  EXPECT_TRUE(text("label_job").contains(clips->model()->index(0, 0).data().toString()));
   EXPECT_FALSE(Outlet(window, "progressBar_cdc")->isVisible());
-  Outlet<QPushButton>(window, "button_cancel")->click();
+  click("button_cancel");
   ASSERT_TRUE(
       WaitFor([&] { return answerer.boxes.join(',').contains(Localized("job_cancelled")); }));
   EXPECT_TRUE(answerer.boxes.last().startsWith("Mrvtq5dk|" + Localized("job_saved", 3) +
@@ -181,7 +178,7 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
   EXPECT_TRUE(voice.entryList(QDir::Files | QDir::Hidden).isEmpty());
   EXPECT_FALSE(jobBar->isVisible());
   ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }));  // the clips are still new
-  EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 shown, 0 new");
+  EXPECT_EQ(text("label_log_counts"), "3 of 7 shown, 0 new");
 
   // Again: only the clips go, and then every row is marked with its file.
   answerer.boxes.clear();
@@ -205,7 +202,7 @@ TEST_F(WindowTest, SaveAllNewCancelledThenWholeThenTwoRowsInOneGo) {
   QDir(home.downloads() + "/Mrvtq5dk/log").removeRecursively();
   dives->selectionModel()->select(dives->model()->index(2, 0),
                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
-  Outlet<QPushButton>(window, "button_download_log")->click();
+  click("button_download_log");
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }));
   EXPECT_EQ(answerer.boxes,
             QStringList{"Mrvtq5dk|" + Localized("job_saved", 2) + folderLine("log")});
@@ -229,11 +226,10 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }, 20000));
   device.reset();  // unplugged
   ASSERT_TRUE(WaitFor([&] {
-    return Outlet<QLabel>(window, "label_status")->text() ==
-           Localized("status_browsing_library").arg("QM482 SN.28417305");
+    return text("label_status") == Localized("status_browsing_library").arg("QM482 SN.28417305");
   }));
   ASSERT_EQ(dives->model()->rowCount(), 3);  // the month's dives, saved or not
-  EXPECT_EQ(Outlet<QLabel>(window, "label_log_counts")->text(), "3 of 7 in the library");
+  EXPECT_EQ(text("label_log_counts"), "3 of 7 in the library");
   ASSERT_EQ(clips->model()->rowCount(), 2);
   EXPECT_TRUE(dives->isEnabled());
   EXPECT_TRUE(dives->model()->index(0, 0).data(Qt::ForegroundRole).isValid());  // greyed
@@ -243,7 +239,7 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   EXPECT_TRUE(window.findChild<DiveProfileView *>()->hasProfile());
   EXPECT_EQ(window.findChild<DiveProfileView *>()->clipMarks(), 1);
   clips->selectRow(0);
-  EXPECT_EQ(Outlet<QLabel>(window, "playTitle")->text(), clips->model()->index(0, 0).data());
+  EXPECT_EQ(text("playTitle"), clips->model()->index(0, 0).data());
 
   // The dive picked as the window always picks one: every dive goes, unasked, under the
   // suggested name; two picked: the diver is asked, and they go with their clip.
@@ -254,23 +250,21 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   };
   answerer.boxes.clear();
   answerer.button = Localized("export_selected");
-  Outlet<QPushButton>(window, "button_export_logbook")->click();
+  click("button_export_logbook");
   // Only the export's box: a request put off until the line was quiet never meets the
   // unplugged port and says the power is off.
   // Written away from the UI thread: the button waits for it.
-  EXPECT_EQ(Outlet<QLabel>(window, "label_status")->text(), Localized("status_exporting"));
+  EXPECT_EQ(text("label_status"), Localized("status_exporting"));
   EXPECT_FALSE(Outlet<QPushButton>(window, "button_export_logbook")->isEnabled());
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }));
   ASSERT_EQ(answerer.boxes.size(), 1) << qPrintable(answerer.boxes.join('\n'));
   EXPECT_EQ(answerer.boxes[0], "MrvTq5dk|7 dives and 1 voice clip written to " + logbook + ".");
   dives->selectionModel()->select(dives->model()->index(1, 0),
                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
-  Outlet<QPushButton>(window, "button_export_logbook")->click();
+  click("button_export_logbook");
   ASSERT_TRUE(WaitFor([&] { return answerer.boxes.size() == 3; }));
   EXPECT_TRUE(Outlet<QPushButton>(window, "button_export_logbook")->isEnabled());
-  ASSERT_EQ(answerer.boxes.size(), 3) << qPrintable(answerer.boxes.join('\n'));
   EXPECT_EQ(answerer.boxes[2], "MrvTq5dk|2 dives and 1 voice clip written to " + logbook + ".");
-  EXPECT_TRUE(QFileInfo(logbook).size() > 1000);
 
   auto *chooser = Outlet<QComboBox>(window, "comboBox_library_device");
   ASSERT_TRUE(chooser->isVisible());
@@ -280,8 +274,7 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   EXPECT_EQ(clips->model()->rowCount(), 0);  // older than the month
   Outlet<QComboBox>(window, "comboBox_index_search_range")->setCurrentIndex(1);
   EXPECT_EQ(clips->model()->rowCount(), 1);
-  EXPECT_EQ(Outlet<QLabel>(window, "label_status")->text(),
-            Localized("status_browsing_library").arg("QM482 SN.11110000"));
+  EXPECT_EQ(text("label_status"), Localized("status_browsing_library").arg("QM482 SN.11110000"));
 
   // Started again without the device, in Japanese: the library under the plug-in instruction.
   InstallStringTables(QLocale(QLocale::Japanese));
@@ -315,9 +308,9 @@ TEST_F(WindowTest, WithoutADeviceTheRangeIsOnlyStoredAndTheCloseVetoHoldsDuringA
   });
   EXPECT_TRUE(Outlet(window, "button_reconnect")->isEnabled());
   EXPECT_FALSE(Outlet(window, "button_download_voice")->isEnabled());
-  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.28417305");
+  EXPECT_EQ(text("label_serial_number"), "SN.28417305");
   model.update([](DeviceState &published) { published.phase = DevicePhase::Absent; });
-  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), "SN.");
+  EXPECT_EQ(text("label_serial_number"), "SN.");
 
   SessionState &state = window.session().state();
   state.phase = CONNECTED_IDLE;
@@ -333,17 +326,13 @@ TEST_F(WindowTest, WithoutADeviceTheRangeIsOnlyStoredAndTheCloseVetoHoldsDuringA
   EXPECT_TRUE(window.close());
 }
 
-// Start-up refusals end the process: the test runs itself again as a child for each.
 // A fault the device or the line may make, and where it strikes.
 struct Fault {
   const char *name;
   std::function<void(sim::Options &)> make;
   bool midClip = false;  // strikes while the first clip downloads, after the listing
+  friend void PrintTo(const Fault &fault, std::ostream *out) { *out << fault.name; }
 };
-
-void PrintTo(const Fault &fault, std::ostream *out) {
-  *out << fault.name;
-}
 
 class WindowFaultTest : public WindowTest, public ::testing::WithParamInterface<Fault> {};
 
@@ -356,7 +345,7 @@ TEST_P(WindowFaultTest, ListsCountsAndControlsAgreeAfterIt) {
   plugIn(link);
   if (GetParam().midClip) {
     ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }, 30000));
-    Outlet<QPushButton>(window, "button_download_voice")->click();
+    click("button_download_voice");
   }
   const auto *status = Outlet<QLabel>(window, "label_status");
   const QString hungUp = Localized("status_browsing_library").arg("QM482 SN.28417305");
@@ -378,7 +367,7 @@ TEST_P(WindowFaultTest, ListsCountsAndControlsAgreeAfterIt) {
   EXPECT_EQ(Outlet(window, "button_download_voice")->isEnabled(),
             !shelf && said != Localized("device_not_answering"));
   EXPECT_EQ(reconnect->isEnabled(), !shelf);
-  EXPECT_EQ(Outlet<QLabel>(window, "label_serial_number")->text(), shelf ? "SN." : "SN.28417305");
+  EXPECT_EQ(text("label_serial_number"), shelf ? "SN." : "SN.28417305");
   if (GetParam().name != std::string("Garbage")) {
     EXPECT_FALSE(saveAll->isEnabled());
     return;
@@ -389,7 +378,7 @@ TEST_P(WindowFaultTest, ListsCountsAndControlsAgreeAfterIt) {
   EXPECT_TRUE(
       dives->model()->index(6, 0).data(Qt::ToolTipRole).toString().startsWith("Damaged page: "));
   EXPECT_FALSE(window.findChild<DiveProfileView *>()->hasProfile());
-  EXPECT_TRUE(Outlet<QLabel>(window, "label_log_counts")->text().endsWith(", 0 new"));
+  EXPECT_TRUE(text("label_log_counts").endsWith(", 0 new"));
   saveAll->click();
   ASSERT_TRUE(WaitFor([&] { return !answerer.boxes.isEmpty(); }, 20000));
   EXPECT_TRUE(answerer.boxes[0].endsWith("\n7 damaged pages not saved."))
@@ -397,7 +386,7 @@ TEST_P(WindowFaultTest, ListsCountsAndControlsAgreeAfterIt) {
   EXPECT_TRUE(QDir(home.downloads() + "/Mrvtq5dk/log").isEmpty());
   // Asked for alone, a damaged page is saved as the device gave it, once the diver is told.
   answerer.boxes.clear();
-  Outlet<QPushButton>(window, "button_download_log")->click();
+  click("button_download_log");
   ASSERT_TRUE(WaitFor([&] { return answerer.boxes.size() == 2; }, 20000));
   EXPECT_TRUE(answerer.boxes[0].endsWith("\nIt is saved as the device gave it."))
       << qPrintable(answerer.boxes[0]);
@@ -414,27 +403,6 @@ INSTANTIATE_TEST_SUITE_P(
                       Fault{"Garbage", [](sim::Options &o) { o.garbageReplies = {"lp"}; }}),
     [](const ::testing::TestParamInfo<Fault> &info) { return std::string(info.param.name); });
 
-TEST(WindowStartUp, VoiceFolderThatCannotBeMadeEndsWithStatus1) {
-  if (IsChildRun()) {
-    BoxAnswerer answerer;
-    answerer.echo = true;
-    LogCapture log(true);
-    ViewController window;
-    window.start();  // ends the process with status 1
-    std::_Exit(kChildWentOn);
-  }
-  TemporaryHome home;
-  ASSERT_TRUE(QDir().mkpath(home.downloads()));
-  WriteFile(home.downloads() + "/Mrvtq5dk", "not a folder");
-  const ProgramRun child =
-      RunChild("WindowStartUp.VoiceFolderThatCannotBeMadeEndsWithStatus1", home.path());
-  EXPECT_EQ(child.status, 1);
-  const QString &out = child.out, &err = child.err;
-  EXPECT_TRUE(out.contains("box:MrvTq5dk|voice folder create error!")) << qPrintable(out + err);
-  EXPECT_TRUE(err.contains("create voice folder Error."));
-  EXPECT_FALSE(err.contains("create logs folder Error."));
-}
-
 // Rows another program or a disk error left in the library: a dive without its start whose
 // page is cut short, a clip without its start, and a WAV's row of a kind never written. The
 // shelf lists the dive as damaged with nothing saved, and no clip to play.
@@ -449,9 +417,9 @@ TEST(LibraryShelfTest, RowsFromElsewhereShowAsNothingSaved) {
     ASSERT_TRUE(library.recordClip(device, {"20240301120000", "entry", start}));
     ASSERT_TRUE(library.recordSaved(device, ItemKind::Clip, "20240301120000", wav));
   }
-  ASSERT_TRUE(ChangeDatabase(path, {"INSERT INTO dives VALUES (1, 4, NULL, x'0102')",
-                                    "INSERT INTO clips VALUES (1, 'odd', 'garbage', NULL)",
-                                    "UPDATE files SET kind = 'photo'"}));
+  ASSERT_TRUE(OtherProgramSql(path, {"INSERT INTO dives VALUES (1, 4, NULL, x'0102')",
+                                     "INSERT INTO clips VALUES (1, 'odd', 'garbage', NULL)",
+                                     "UPDATE files SET kind = 'photo'"}));
   Library library(path);
   const LibraryShelf shelf = ReadShelf(library, device, 20000101);
   ASSERT_EQ(shelf.dives.size(), 1);

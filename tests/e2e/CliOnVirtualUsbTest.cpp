@@ -1,7 +1,6 @@
 // mrvtq5dk-cli finding the device on a virtual USB bus, as a diver runs it: no --port.
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QTemporaryDir>
 
 #include "SimulatedDevice.h"
@@ -10,15 +9,12 @@
 
 namespace {
 
-TEST(CliOnVirtualUsb, FindsThePluggedInDeviceForEveryVerbAndSaysWhenThereIsNone) {
+TEST(CliOnVirtualUsb, FindsThePluggedInDeviceAndSaysWhenThereIsNone) {
   VirtualUsb usb;
   TemporaryHome home;  // the library lives there
   QTemporaryDir output;
   const auto run = [&](const QStringList &verb) {
     return RunProcess(MRVTQ5DK_CLI_PATH, verb + QStringList{"--output", output.path()});
-  };
-  const auto files = [&](const char *folder) {
-    return QDir(output.filePath(QString("Mrvtq5dk/") + folder)).entryList(QDir::Files).size();
   };
   const ProgramRun nothing = run({"list"});
   EXPECT_EQ(nothing.status, 3);
@@ -31,13 +27,6 @@ TEST(CliOnVirtualUsb, FindsThePluggedInDeviceForEveryVerbAndSaysWhenThereIsNone)
   EXPECT_EQ(list.status, 0) << qPrintable(list.err);
   EXPECT_TRUE(list.out.contains("SN.28417305"));
   EXPECT_TRUE(list.out.contains("Dive logs (6)"));
-  const ProgramRun voice = run({"download-voice", "2"});
-  EXPECT_EQ(voice.status, 0) << qPrintable(voice.err);
-  EXPECT_EQ(files("voice"), 1);
-  const ProgramRun logs = run({"download-log", "--all"});
-  EXPECT_EQ(logs.status, 0) << qPrintable(logs.err);
-  EXPECT_EQ(files("log"), 6);
-  EXPECT_EQ(device.device().commands().count("#kind"), 3);  // one session a run
 }
 
 }  // namespace

@@ -4,9 +4,6 @@
 // damaged and left out. Anything else aborts.
 //   input: the page (4096 bytes, zeros after a short input), then 2 bytes per clip: its
 //   moment in seconds from the dive's entry, signed.
-#include <libxml/parser.h>
-#include <libxml/xmlschemas.h>
-
 #include <QBuffer>
 #include <QByteArray>
 #include <QtEndian>
@@ -14,29 +11,10 @@
 
 #include "DiveRecord.h"
 #include "FuzzSupport.h"
+#include "UddfSchema.h"
 #include "UddfWriter.h"
 
-namespace {
-
 constexpr qsizetype kPageSize = 4096;
-
-// Parsed as a stream of events and validated as it goes: no tree is built, which keeps the
-// fuzzer's rate up. Malformed XML fails as invalid.
-bool Valid(const QByteArray &document) {
-  static xmlSchemaValidCtxtPtr validator = [] {
-    xmlSchemaParserCtxtPtr parser = xmlSchemaNewParserCtxt(UDDF_SCHEMA);
-    xmlSchemaPtr schema = xmlSchemaParse(parser);
-    xmlSchemaFreeParserCtxt(parser);
-    if (!schema) std::abort();  // the schema itself did not load
-    return xmlSchemaNewValidCtxt(schema);
-  }();
-  xmlParserInputBufferPtr input = xmlParserInputBufferCreateMem(
-      document.constData(), int(document.size()), XML_CHAR_ENCODING_NONE);
-  // The input is freed by the validation, whatever its outcome.
-  return xmlSchemaValidateStream(validator, input, XML_CHAR_ENCODING_NONE, nullptr, nullptr) == 0;
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   StartFuzzing();
@@ -63,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const UddfWritten written = WriteUddf(out, logbook);
   const bool damaged = device.dives[0].record.damage.has_value();
   if (!written.ok || written.dives != (damaged ? 0 : 1) ||
-      written.damagedDives != (damaged ? 1 : 0) || !Valid(document)) {
+      written.damagedDives != (damaged ? 1 : 0) || !ValidUddf(document)) {
     std::abort();
   }
   return 0;

@@ -10,10 +10,10 @@
 #include <QProcess>
 #include <QSet>
 #include <QTemporaryDir>
-#include <QTimeZone>
 
 #include "DiveLogCsv.h"
 #include "Library.h"
+#include "LogIndex.h"
 #include "SimulatedDevice.h"
 #include "TestSupport.h"
 #include "WaveFile.h"
@@ -72,17 +72,17 @@ TEST_F(CliTest, FailuresHaveTheirOwnStatus) {
   EXPECT_TRUE(failed.err.contains("the transfer failed"));
   EXPECT_TRUE(files("voice").isEmpty());
 
-  // A file that cannot be written (here a folder has its name) is status 6.
-  const sim::Contents contents = kDevice;
-  const sim::Dive &newest = contents.dives.last();
-  const QDateTime japan = newest.entry.toTimeZone(QTimeZone(9 * 3600));
-  ASSERT_TRUE(QDir(output.path())
-                  .mkpath("Mrvtq5dk/log/" + japan.toString("yyyy-MM-dd_HH-mm_") +
-                          QString::number(newest.diveMinutes) + "_profile.csv"));
-  EXPECT_EQ(cli({"download-log", "1"}, sim::SimulatedDevice(contents)).status, 6);
+  // A file that cannot be written (here a folder has the newest dive's name) is status 6, and
+  // every other dive is saved.
+  const QByteArray newest = sim::DivePage(kDevice.dives.last());
+  ASSERT_TRUE(
+      QDir(output.path())
+          .mkpath("Mrvtq5dk/log/" + DiveLogFileBaseName(DecodeDive(&newest)) + "_profile.csv"));
+  EXPECT_EQ(cli({"download-log", "--all"}, sim::SimulatedDevice(kDevice)).status, 6);
+  EXPECT_EQ(files("log").size(), 5);
   // So is a download folder that cannot be made (here a file is where it belongs).
   WriteFile(output.filePath("blocked"), "not a folder");
-  const sim::SimulatedDevice device(contents);
+  const sim::SimulatedDevice device(kDevice);
   EXPECT_EQ(RunProcess(MRVTQ5DK_CLI_PATH, {"download-log", "1", "--port", device.slavePath(),
                                            "--output", output.filePath("blocked")})
                 .status,
@@ -164,11 +164,11 @@ TEST_F(SyncTest, SavesWhatIsNewOnceAcrossAHangUpADeletionAndARefill) {
 
   // Rows another program left in the library: a saved dive's row of a kind this program never
   // writes, and one whose size is no number. Neither dive counts as saved.
-  EXPECT_TRUE(ChangeDatabase(Library::DefaultPath(),
-                             {"UPDATE files SET kind = 'photo' WHERE rowid = (SELECT MIN(rowid) "
-                              "FROM files WHERE kind = 'dive')",
-                              "UPDATE files SET size = 'many' WHERE rowid = (SELECT MAX(rowid) "
-                              "FROM files WHERE kind = 'dive')"}));
+  EXPECT_TRUE(OtherProgramSql(Library::DefaultPath(),
+                              {"UPDATE files SET kind = 'photo' WHERE rowid = (SELECT MIN(rowid) "
+                               "FROM files WHERE kind = 'dive')",
+                               "UPDATE files SET size = 'many' WHERE rowid = (SELECT MAX(rowid) "
+                               "FROM files WHERE kind = 'dive')"}));
   const ProgramRun odd = sync(device);
   EXPECT_EQ(odd.out.count("saved "), 2) << qPrintable(odd.out);
   expectTheDevicesOwn(contents);

@@ -1,5 +1,5 @@
-// The session on the simulator's pty, ticked by the test: the handshake's bytes and pace, and the
-// ways a connection ends.
+// The session on the simulator's pty, ticked by the test: the ways a connection ends. The
+// handshake's bytes and pace are seen by the device of AppBinaryOnVirtualUsb.
 #include <gtest/gtest.h>
 
 #include "DeviceSessionFixture.h"
@@ -18,25 +18,6 @@ class SessionTest : public DeviceSessionFixture {
   }
   SessionState &state = session->state();
 };
-
-// Each request goes out on a tick, and after its reply a whole tick passes before the
-// next: the device needs the pause between commands.
-TEST_F(SessionTest, HandshakeTakesOneStepATickWithTheBytesOnTheWire) {
-  connect();
-  const struct {
-    int32_t request, replied;
-    QByteArray command;
-  } steps[] = {{TRY_CONNECT_TX_KIND, TRY_CONNECT_KIND_DONE, "#kind"},
-               {TRY_CONNECT_TX_DETAIL, TRY_CONNECT_DETAIL_DONE, "#detail"},
-               {TRY_CONNECT_TX_GSER, TRY_TX_VOICE_INDEX, "#gser"}};
-  for (const auto &[request, replied, command] : steps) {
-    EXPECT_EQ(state.phase, request);
-    session->tick();
-    ASSERT_TRUE(waitForState(replied)) << command.constData();
-    EXPECT_EQ(wire().last(), command);
-    if (replied != TRY_TX_VOICE_INDEX) session->tick();
-  }
-}
 
 TEST_F(SessionTest, PortsThatCannotBeOpenedLeaveNothingOpenAndSayWhy) {
   sim::SimulatedDevice device(sim::GenerateContents(3, QDate(2024, 2, 15)));

@@ -43,28 +43,25 @@ class VoiceTransferTest : public DeviceSessionFixture {
   SessionState &state = session->state();
 };
 
-TEST_F(VoiceTransferTest, ListShowsClipsOfAMinuteOrMoreFromTheSearchDateInDeviceOrder) {
+// Listed: the clips of a minute or more from the period's first day, in device order. Every
+// whole window of 2040 clip bytes is acknowledged at once, one exactly full included; the
+// rest is carried to the next read. A clip cancelled mid-way is ended on the device ("#cdcwait")
+// once the line is quiet, so its tail cannot run into the next request; a device that never
+// answers that is given up at the reply deadline, not waited for.
+TEST_F(VoiceTransferTest, ListsThePeriodsClipsThenAcknowledgesEvery2040BytesCarryingTheRest) {
+  sim::Options silent;
+  silent.stallAfterBytes = 0;  // the device sends nothing of the clip itself
+  silent.silentCommands = {"cdcwait"};
+  int64_t ahead = 0;  // the session's clock, moved on by hand past the reply deadline
+  session->context().clockMs = [&ahead] { return SteadyClockMs() + ahead; };
   state.searchFromDate = 20240211;  // the period's first day, the day of the first clip shown
-  connectAndList(Device());
+  connectAndList(Device(), silent);
   // Clip 0 is from 2021, clip 1 under a minute.
   EXPECT_EQ(
       RowTexts(published().clips),
       QStringList({"2024/02/11 04:06 2min", "2024/02/13 04:53 7min", "2024/02/14 07:05 2min"}));
   EXPECT_EQ(RowNumbers(published().clips), (QList<int32_t>{3, 4, 5}));
   EXPECT_EQ(published().clips[1].bytes, Audio(Device(), 3).size());
-}
-
-// Every whole window of 2040 clip bytes is acknowledged at once, one exactly full included; the
-// rest is carried to the next read. A clip cancelled mid-way is ended on the device ("#cdcwait")
-// once the line is quiet, so its tail cannot run into the next request; a device that never
-// answers that is given up at the reply deadline, not waited for.
-TEST_F(VoiceTransferTest, AcknowledgesEvery2040BytesAndCarriesTheRemainder) {
-  sim::Options silent;
-  silent.stallAfterBytes = 0;  // the device sends nothing of the clip itself
-  silent.silentCommands = {"cdcwait"};
-  int64_t ahead = 0;  // the session's clock, moved on by hand past the reply deadline
-  session->context().clockMs = [&ahead] { return SteadyClockMs() + ahead; };
-  connectAndList(Device(), silent);
   downloadRow();
   ASSERT_TRUE(WaitFor([&] { return wireCount("vh02") == 1; }));
   state.clipUnacked = 100;
@@ -125,34 +122,30 @@ TEST_F(VoiceTransferTest, ShortTailIsRetriedTwiceThenGivenUp) {
   EXPECT_EQ(state.cdcwaitLevel, kHighestCdcwaitLevel);
 }
 
-TEST_F(VoiceTransferTest, HangUpMidClipFailsWithoutAWave) {
-  sim::Options options;
-  options.hangupAfterBytes = 50000;
-  connectAndList(Device(), options);
-  downloadRow();
-  ASSERT_TRUE(WaitFor([&] { return !state.readThreadRunning; }));
-  stall();
-  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome.has_value(); }));
-  EXPECT_EQ(watch.lastOutcome->sentence, Localized("recive_fail"));
-  EXPECT_EQ(state.clipDownloadActive, 0);
-  EXPECT_TRUE(QDir(paths().voiceFolder).isEmpty());
-  // Every byte that arrived is in the temporary file, none held back.
-  EXPECT_EQ(QFileInfo(paths().clipInProgressFile).size(), 50000);
-}
-
-// The disk fills mid-clip: the count stops where the file ends, and the clip stalls into a
-// failure with no WAV file.
-TEST_F(VoiceTransferTest, FullDiskMidClipStopsTheCountWhereTheFileEnds) {
-  connectAndList(Device());
-  FileSizeLimit disk(30000);
-  downloadRow();
-  ASSERT_TRUE(WaitFor([&] { return QFileInfo(paths().clipInProgressFile).size() == 30000; }));
-  stall();
-  ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome.has_value(); }));
-  EXPECT_EQ(watch.lastOutcome->sentence, Localized("recive_fail"));
-  EXPECT_EQ(state.clipReceived, 30000);
-  EXPECT_EQ(QFileInfo(paths().clipInProgressFile).size(), 30000);
-  EXPECT_TRUE(QDir(paths().voiceFolder).isEmpty());
+// A clip cut off by a hang-up or a full disk fails with no WAV file. Every byte that arrived
+// is in the temporary file, none held back, and the count stops where that file ends.
+TEST_F(VoiceTransferTest, HangUpOrFullDiskMidClipFailsKeepingEveryByteThatArrived) {
+  for (const bool fullDisk : {false, true}) {
+    sim::Options options;
+    if (!fullDisk) options.hangupAfterBytes = 50000;
+    const qint64 kept = fullDisk ? 30000 : 50000;
+    connectAndList(Device(), options);
+    std::optional<FileSizeLimit> disk;
+    if (fullDisk) disk.emplace(kept);
+    watch.clear();
+    downloadRow();
+    ASSERT_TRUE(WaitFor([&] {
+      return fullDisk ? QFileInfo(paths().clipInProgressFile).size() == kept
+                      : !state.readThreadRunning;
+    }));
+    stall();
+    ASSERT_TRUE(WaitFor([&] { return watch.lastOutcome.has_value(); }));
+    EXPECT_EQ(watch.lastOutcome->sentence, Localized("recive_fail")) << fullDisk;
+    EXPECT_EQ(state.clipDownloadActive, 0);
+    EXPECT_EQ(state.clipReceived, kept);
+    EXPECT_EQ(QFileInfo(paths().clipInProgressFile).size(), kept);
+    EXPECT_TRUE(QDir(paths().voiceFolder).isEmpty());
+  }
 }
 
 // A whole clip with the real 0.1 s supervision timer, from firmware older than the "vx" pacing: the

@@ -39,21 +39,24 @@ void WriteFile(const QString &path, const QByteArray &bytes) {
   ASSERT_EQ(file.write(bytes), bytes.size());
 }
 
-bool ChangeDatabase(const QString &path, const QStringList &statements) {
-  bool changed = true;
+std::optional<QVariant> OtherProgramSql(const QString &path, const QStringList &statements) {
+  std::optional<QVariant> answer;
   {
     QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "another program");
     db.setDatabaseName(path);
     QSqlQuery query(db);
-    changed = db.open();
+    if (db.open()) answer = QVariant();
     for (const QString &statement : statements) {
-      if (!changed) break;
-      changed = query.exec(statement);
-      EXPECT_TRUE(changed) << qPrintable(statement + ": " + query.lastError().text());
+      if (!answer || !query.exec(statement)) {
+        ADD_FAILURE() << qPrintable(statement + ": " + query.lastError().text());
+        answer.reset();
+        break;
+      }
+      answer = query.next() ? query.value(0) : QVariant();
     }
   }
   QSqlDatabase::removeDatabase("another program");
-  return changed;
+  return answer;
 }
 
 #include <sys/resource.h>

@@ -5,7 +5,9 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QVariant>
 #include <functional>
+#include <optional>
 
 // A fresh temporary folder that stands in for the user's home: HOME and the XDG folders
 // point into it, so the Downloads folder is <home>/Downloads.
@@ -26,9 +28,10 @@ bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 5000);
 
 QByteArray ReadFile(const QString &path);
 void WriteFile(const QString &path, const QByteArray &bytes);
-// Runs SQL statements on the SQLite database at path, as another program would; false, with
-// the failing statement printed, at the first that fails.
-bool ChangeDatabase(const QString &path, const QStringList &statements);
+// Runs SQL statements on the SQLite database at path, as another program would: the first
+// value the last one answers (invalid when it answers no row), or none, with the failing
+// statement printed, at the first that fails.
+std::optional<QVariant> OtherProgramSql(const QString &path, const QStringList &statements);
 
 // How a program run ended: its exit status and what it printed.
 struct ProgramRun {

@@ -31,9 +31,14 @@ QByteArray Page(int number) {
   return page;
 }
 
-TEST(Library, KeepsWhatWasReadAcrossReopeningNewestFirst) {
+// Each test's library in a folder of its own.
+class LibraryTest : public ::testing::Test {
+ protected:
   QTemporaryDir dir;
   const QString path = dir.filePath("library.sqlite");
+};
+
+TEST_F(LibraryTest, KeepsWhatWasReadAcrossReopeningNewestFirst) {
   {
     Library library(path);
     ASSERT_TRUE(library.recordDive(kDevice, {7, Utc(2, 9), Page(0)}));  // replaced below
@@ -57,9 +62,8 @@ TEST(Library, KeepsWhatWasReadAcrossReopeningNewestFirst) {
   EXPECT_EQ(clips[1].entry, "240301-100000_002-010");
 }
 
-TEST(Library, FileCountsAsSavedOnlyWhileUnchangedAndHoldsOneItem) {
-  QTemporaryDir dir;
-  Library library(dir.filePath("library.sqlite"));
+TEST_F(LibraryTest, FileCountsAsSavedOnlyWhileUnchangedAndHoldsOneItem) {
+  Library library(path);
   const QString wav = dir.filePath("clip.wav");
   WriteFile(wav, "RIFF----WAVEfmt one");
   // Recorded through a roundabout path, found by the plain one.
@@ -87,9 +91,8 @@ TEST(Library, FileCountsAsSavedOnlyWhileUnchangedAndHoldsOneItem) {
 
 // A file is read for its hash until its time has settled, then told by its size and time; a
 // library from the version before, without the times, gains them.
-TEST(Library, AFileIsReadUntilItsTimeSettlesThenToldByItsSizeAndTime) {
-  QTemporaryDir dir;
-  const QString path = dir.filePath("library.sqlite"), wav = dir.filePath("clip.wav");
+TEST_F(LibraryTest, AFileIsReadUntilItsTimeSettlesThenToldByItsSizeAndTime) {
+  const QString wav = dir.filePath("clip.wav");
   const auto saved = [&wav](Library &library) {
     return library.savedFile(kDevice, ItemKind::Clip, "k") == wav;
   };
@@ -111,7 +114,7 @@ TEST(Library, AFileIsReadUntilItsTimeSettlesThenToldByItsSizeAndTime) {
     ASSERT_TRUE(rewrite("RIFF one", fresh));
     EXPECT_TRUE(saved(library));
   }
-  ASSERT_TRUE(ChangeDatabase(path, {"ALTER TABLE files DROP COLUMN modified"}));
+  ASSERT_TRUE(OtherProgramSql(path, {"ALTER TABLE files DROP COLUMN modified"}));
   Library library(path);
   const QDateTime settled = QDateTime::currentDateTime().addSecs(-60);
   ASSERT_TRUE(rewrite("RIFF one", settled));
@@ -126,9 +129,8 @@ TEST(Library, AFileIsReadUntilItsTimeSettlesThenToldByItsSizeAndTime) {
 
 // Files just saved are read again on a worker once their time has settled; one changed
 // since it was recorded keeps no time.
-TEST(Library, SavedFilesSettleOnAWorker) {
-  QTemporaryDir dir;
-  Library library(dir.filePath("library.sqlite"));
+TEST_F(LibraryTest, SavedFilesSettleOnAWorker) {
+  Library library(path);
   const QDateTime settled = QDateTime::currentDateTime().addSecs(-60);
   for (const char *name : {"kept", "edited"}) {
     const QString wav = dir.filePath(name);
@@ -142,27 +144,17 @@ TEST(Library, SavedFilesSettleOnAWorker) {
   FileSettler settler(library, 0);
   settler.settleSoon(dir.filePath("kept"));
   settler.settleSoon(dir.filePath("edited"));
-  {
-    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "look");
-    db.setDatabaseName(dir.filePath("library.sqlite"));
-    ASSERT_TRUE(db.open());
-    const auto timed = [&db](const char *item) {
-      QSqlQuery query(db);
-      query.prepare("SELECT modified FROM files WHERE item = ?");
-      query.addBindValue(item);
-      return query.exec() && query.next() && !query.value(0).isNull();
-    };
-    EXPECT_TRUE(WaitFor([&] { return timed("kept"); }));
-    EXPECT_FALSE(timed("edited"));
-  }
-  QSqlDatabase::removeDatabase("look");
+  const auto timed = [this](const QString &item) {
+    const QString query = "SELECT modified FROM files WHERE item = '" + item + "'";
+    return !OtherProgramSql(path, {query}).value_or(QVariant()).isNull();
+  };
+  EXPECT_TRUE(WaitFor([&] { return timed("kept"); }));
+  EXPECT_FALSE(timed("edited"));
 }
 
 // A database that cannot be read is set aside and a new one started; without a place for
 // one, every call answers empty.
-TEST(Library, UnreadableDatabaseIsSetAsideAndANewOneStarted) {
-  QTemporaryDir dir;
-  const QString path = dir.filePath("library.sqlite");
+TEST_F(LibraryTest, UnreadableDatabaseIsSetAsideAndANewOneStarted) {
   const QByteArray garbage(8192, '\x5A');
   WriteFile(path, garbage);
   LogCapture log;
@@ -184,9 +176,7 @@ TEST(Library, UnreadableDatabaseIsSetAsideAndANewOneStarted) {
 // Another copy of the program writing (here a second connection holding the write lock for
 // a second) is waited for and shared; a library a newer version wrote is left as it was,
 // not set aside, so that going back to an older version loses nothing.
-TEST(Library, IsSharedWithAnotherCopyAndLeftAloneWhenANewerVersionWroteIt) {
-  QTemporaryDir dir;
-  const QString path = dir.filePath("library.sqlite");
+TEST_F(LibraryTest, IsSharedWithAnotherCopyAndLeftAloneWhenANewerVersionWroteIt) {
   Library(path).recordDive(kDevice, {3, Utc(1, 1), Page(3)});
   std::atomic<bool> locked = false;
   std::thread other([&] {
@@ -211,7 +201,7 @@ TEST(Library, IsSharedWithAnotherCopyAndLeftAloneWhenANewerVersionWroteIt) {
   }
   other.join();
 
-  ASSERT_TRUE(ChangeDatabase(path, {"PRAGMA user_version = 2"}));
+  ASSERT_TRUE(OtherProgramSql(path, {"PRAGMA user_version = 2"}));
   {
     LogCapture log;
     Library newer(path);
@@ -221,17 +211,16 @@ TEST(Library, IsSharedWithAnotherCopyAndLeftAloneWhenANewerVersionWroteIt) {
   }
   EXPECT_TRUE(QDir(dir.path()).entryList({"library.sqlite.broken-*"}).isEmpty());
   // As the newer version would leave it: both dives are there.
-  ASSERT_TRUE(ChangeDatabase(path, {"PRAGMA user_version = 1"}));
+  ASSERT_TRUE(OtherProgramSql(path, {"PRAGMA user_version = 1"}));
   EXPECT_EQ(Library(path).dives(kDevice).size(), 2);
 }
 
 // A write that fails half-way (here its table is gone) is rolled back, so that the next
 // write of the run goes in.
-TEST(Library, AWriteThatFailsHalfWayLeavesTheNextOneFree) {
-  QTemporaryDir dir;
-  Library library(dir.filePath("library.sqlite"));
+TEST_F(LibraryTest, AWriteThatFailsHalfWayLeavesTheNextOneFree) {
+  Library library(path);
   WriteFile(dir.filePath("clip.wav"), "RIFF");
-  ASSERT_TRUE(ChangeDatabase(dir.filePath("library.sqlite"), {"DROP TABLE files"}));
+  ASSERT_TRUE(OtherProgramSql(path, {"DROP TABLE files"}));
   LogCapture quiet;
   EXPECT_FALSE(library.recordSaved(kDevice, ItemKind::Clip, "1", dir.filePath("clip.wav")));
   EXPECT_TRUE(library.recordDive(kDevice, {3, Utc(1, 1), Page(3)}));
