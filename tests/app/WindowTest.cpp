@@ -347,22 +347,22 @@ TEST_P(WindowFaultTest, ListsCountsAndControlsAgreeAfterIt) {
     ASSERT_TRUE(WaitFor([&] { return saveAll->isEnabled(); }, 30000));
     click("button_download_voice");
   }
-  const auto *status = Outlet<QLabel>(window, "label_status");
   const QString hungUp = Localized("status_browsing_library").arg("QM482 SN.28417305");
   const QString said = GetParam().name == std::string("Silent") ? Localized("device_not_answering")
                        : GetParam().name == std::string("Garbage") ? Localized("status_connected")
                                                                    : hungUp;
-  ASSERT_TRUE(WaitFor([&] { return status->text() == said; }, 30000)) << qPrintable(status->text());
+  ASSERT_TRUE(WaitFor([&] { return text("label_status") == said; }, 30000))
+      << qPrintable(text("label_status"));
   ASSERT_TRUE(WaitFor([&] { return !window.session().context().operation.active(); }, 10000));
   QApplication::processEvents();
   const bool shelf = said == hungUp;
   for (const auto &[list, counts] :
        {std::pair{clips, "label_voice_counts"}, {dives, "label_log_counts"}}) {
-    const QString text = Outlet<QLabel>(window, counts)->text();
+    const QString shown = text(counts);
     const int rows = list->model()->rowCount();
-    EXPECT_TRUE(text.isEmpty() ? rows == 0 : text.startsWith(QString::number(rows) + ' '))
-        << qPrintable(text);
-    EXPECT_EQ(shelf, text.contains("in the library")) << qPrintable(text);
+    EXPECT_TRUE(shown.isEmpty() ? rows == 0 : shown.startsWith(QString::number(rows) + ' '))
+        << qPrintable(shown);
+    EXPECT_EQ(shelf, shown.contains("in the library")) << qPrintable(shown);
   }
   EXPECT_EQ(Outlet(window, "button_download_voice")->isEnabled(),
             !shelf && said != Localized("device_not_answering"));
