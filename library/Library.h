@@ -35,9 +35,13 @@ struct StoredClip {
 // and the files saved (path, size and SHA-256). The files are the truth: an item counts as
 // saved only while its file is there with the size and hash recorded when it was saved.
 // Every write is one transaction. A database that cannot be read is set aside and a new one
-// started; nothing here is ever fatal. Used from one thread (the main thread).
+// started; nothing here is ever fatal. Each Library is used from the thread that made it.
 class Library {
  public:
+  // The owner opens, checks, creates and repairs; a reader shares a library its owner has
+  // opened, from a thread of its own, and never changes its schema nor sets it aside.
+  enum class Access { Owner, Reader };
+
   // Opens, or creates, the database at path. A file that cannot be opened, fails its
   // integrity check or has a schema this code does not know is renamed aside as
   // "<file>.broken-<yyyyMMdd-HHmmss>" (a number appended if that is taken), a new one is
@@ -46,8 +50,9 @@ class Library {
   // answers empty. Shared with other running copies: a write waits up to 5 s for theirs.
   // A database another program keeps locked past that, or that a newer version of this
   // program wrote, is not broken: it is left as it is and this one stays closed the same
-  // way, with its own notice.
-  explicit Library(QString path = DefaultPath());
+  // way, with its own notice. A reader that cannot open the database stays closed the same
+  // way, with nothing changed.
+  explicit Library(QString path = DefaultPath(), Access access = Access::Owner);
   ~Library();
   Library(const Library &) = delete;
   Library &operator=(const Library &) = delete;
@@ -57,6 +62,7 @@ class Library {
   static QString DefaultPath();
 
   bool isOpen() const { return open_; }
+  QString path() const { return path_; }
   // For the user, when the database had to be set aside or could not be opened; else empty.
   QString notice() const { return notice_; }
 
@@ -119,7 +125,7 @@ class Library {
 
  private:
   enum class Opening { Opened, Broken, Busy, Newer };
-  Opening connect(QString &why);
+  Opening connect(QString &why, Access access = Access::Owner);
   void close();
   std::optional<qint64> deviceId(const DeviceKey &device) const;  // none when never seen
 

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QSqlError>
 #include <QStandardPaths>
+#include <atomic>
 
 #include "Library.h"
 #include "LibrarySql.h"
@@ -35,7 +36,7 @@ const char *const kSchema[] = {
 };
 constexpr int kTableCount = 4;
 
-int g_connections = 0;
+std::atomic<int> g_connections = 0;  // libraries are opened on more than one thread
 
 // "<file>.broken-<yyyyMMdd-HHmmss>", or with "-2", "-3"... when that is taken.
 QString SetAsideName(const QString &path) {
@@ -68,18 +69,25 @@ QString Library::DefaultPath() {
   return folder + "/Mrvtq5dk.sqlite";
 }
 
-Library::Library(QString path)
+Library::Library(QString path, Access access)
     : path_(QDir::cleanPath(QFileInfo(path).absoluteFilePath())),
       connection_(QStringLiteral("mrvtq5dk-library-%1").arg(++g_connections)) {
   QDir().mkpath(QFileInfo(path_).path());
   const QByteArray file = path_.toUtf8();
   QString why;
-  const Opening opening = connect(why);
+  const Opening opening = connect(why, access);
   if (opening == Opening::Opened) {
     open_ = true;
     return;
   }
   close();
+  if (access == Access::Reader) {
+    // Its owner opened it a moment ago: a reader that cannot follow finds it held or
+    // replaced by a newer version, and says so.
+    notice_ = Localized(opening == Opening::Newer ? "library_newer" : "library_in_use");
+    SystemLog("library %s not shared: %s", file.constData(), qPrintable(why));
+    return;
+  }
   if (opening == Opening::Busy || opening == Opening::Newer) {
     // Not broken: another program holds it, or a newer version of this one wrote it and
     // may read it again. Left as it is, and this run goes on without a library.
@@ -117,7 +125,8 @@ void Library::close() {
   QSqlDatabase::database(connection_, false).close();
 }
 
-Library::Opening Library::connect(QString &why) {
+Library::Opening Library::connect(QString &why, Access access) {
+  const bool owner = access == Access::Owner;
   QSqlDatabase db = QSqlDatabase::contains(connection_)
                         ? QSqlDatabase::database(connection_, false)
                         : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection_);
@@ -140,7 +149,9 @@ Library::Opening Library::connect(QString &why) {
                                                                     : Opening::Broken;
   };
 
-  const auto check = value("PRAGMA integrity_check");
+  // The owner checks the whole file once; its readers trust that check.
+  const auto check =
+      owner ? value("PRAGMA integrity_check") : std::optional<QVariant>(QStringLiteral("ok"));
   if (!check) return failed();
   if (check->toString() != QLatin1String("ok")) {
     why = "integrity check: " + check->toString();
@@ -150,6 +161,10 @@ Library::Opening Library::connect(QString &why) {
   const auto objects = value("SELECT COUNT(*) FROM sqlite_master");
   if (!version || !objects) return failed();
   if (version->toInt() == 0 && objects->toInt() == 0) {
+    if (!owner) {
+      why = QStringLiteral("no tables to read");
+      return Opening::Broken;
+    }
     const bool created = InTransaction(connection_, "create", [](QSqlDatabase &db) {
       QSqlQuery create(db);
       for (const char *statement : kSchema)
@@ -180,9 +195,14 @@ Library::Opening Library::connect(QString &why) {
   const auto hasModified =
       value("SELECT COUNT(*) FROM pragma_table_info('files') WHERE name = 'modified'");
   if (!hasModified) return failed();
-  if (hasModified->toInt() == 0 &&
-      !query.exec(QStringLiteral("ALTER TABLE files ADD COLUMN modified INTEGER")))
-    return failed();
+  if (hasModified->toInt() == 0) {
+    if (!owner) {  // the owner adds it when it opens
+      why = QStringLiteral("the files' modified times are not kept yet");
+      return Opening::Broken;
+    }
+    if (!query.exec(QStringLiteral("ALTER TABLE files ADD COLUMN modified INTEGER")))
+      return failed();
+  }
   // Readers and the one writer no longer wait on each other; commits stay atomic. A commit
   // reaches the disk at the next checkpoint rather than at once: a power cut may forget the
   // last few writes but never damages the database, and the files themselves are the truth.

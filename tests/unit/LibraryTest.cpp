@@ -152,11 +152,12 @@ TEST_F(LibraryTest, SavedFilesSettleOnAWorker) {
   EXPECT_FALSE(timed("edited"));
 }
 
-// A database that cannot be read is set aside and a new one started; without a place for
-// one, every call answers empty.
+// A database that cannot be read is set aside and a new one started, by its owner only, never
+// by a reader; without a place for one, every call answers empty.
 TEST_F(LibraryTest, UnreadableDatabaseIsSetAsideAndANewOneStarted) {
   const QByteArray garbage(8192, '\x5A');
   WriteFile(path, garbage);
+  EXPECT_FALSE(Library(path, Library::Access::Reader).isOpen());
   LogCapture log;
   Library library(path);
   ASSERT_TRUE(library.isOpen());
