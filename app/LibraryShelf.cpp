@@ -17,8 +17,12 @@ int32_t DayNumber(QDate day) {
 
 }  // namespace
 
-LibraryShelf ReadShelf(const Library &library, const DeviceKey &device, int32_t fromDay) {
+std::optional<LibraryShelf> ReadShelf(const Library &library, const std::optional<DeviceKey> &shown,
+                                      int32_t fromDay) {
   LibraryShelf shelf;
+  shelf.devices = library.devices();
+  if (shelf.devices.isEmpty()) return std::nullopt;
+  const DeviceKey device = shown.value_or(shelf.devices.first());
   shelf.device = device;
   const Library::SavedFiles savedDives = library.savedFiles(device, ItemKind::Dive);
   for (const StoredDive &stored : library.dives(device)) {

@@ -16,8 +16,9 @@
 // gives them.
 struct LibraryShelf {
   DeviceKey device;
-  QList<DiveRow> diveRows;  // as the device's list would give them, with their history numbers
-  QList<DiveRecord> dives;  // decoded once from the pages the library kept
+  QList<DeviceKey> devices;  // every device in the library, most recently seen first
+  QList<DiveRow> diveRows;   // as the device's list would give them, with their history numbers
+  QList<DiveRecord> dives;   // decoded once from the pages the library kept
   QList<std::optional<QString>> diveFiles;  // the saved CSV, while it is there unchanged
   QList<ClipRow> clips;  // the recording time (on the device's clock) and the WAV's audio bytes
   QStringList clipFiles;
@@ -26,8 +27,10 @@ struct LibraryShelf {
 };
 
 // fromDay (yyyymmdd) is the period's first day, as the device's lists compare it: a dive's
-// day in Japan time, a clip's recording day on the device's clock.
-LibraryShelf ReadShelf(const Library &library, const DeviceKey &device, int32_t fromDay);
+// day in Japan time, a clip's recording day on the device's clock. Without a device, the one
+// seen last; none when the library holds no device.
+std::optional<LibraryShelf> ReadShelf(const Library &library,
+                                      const std::optional<DeviceKey> &device, int32_t fromDay);
 
 // How the device chooser names a device: "QM482 SN.28417305".
 QString ShelfDeviceName(const DeviceKey &device);

@@ -67,8 +67,8 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
   deviceChooserLabel_->hide();
   deviceChooser_->hide();
   connect(deviceChooser_, &QComboBox::activated, this, [this](int index) {
-    const QList<DeviceKey> devices = stack_.library.devices();
-    if (index >= 0 && index < devices.size()) showShelf(devices[index]);
+    if (shelf_ && index >= 0 && index < shelf_->shelf.devices.size())
+      askShelf(shelf_->shelf.devices[index]);
   });
   chooseExportFile = [this](const QString &suggested) {
     return QFileDialog::getSaveFileName(
@@ -97,7 +97,6 @@ ViewController::ViewController(std::unique_ptr<DeviceRegistry> registry, QWidget
 
 ViewController::~ViewController() {
   if (firstScan_.joinable()) firstScan_.join();
-  exportWriter_.waitForDone();  // a logbook being written is finished; its box is not shown
 }
 
 void ViewController::start() {
@@ -184,7 +183,7 @@ void ViewController::afterShown() {
   }
   if (stack_.session.state().phase == DISCONNECTED) {
     shelfLooked_ = true;
-    showShelf();
+    askShelf();
   }
 }
 
@@ -308,7 +307,7 @@ void ViewController::preferencesClicked() {
   // The same rows and picks, on the other clock.
   const QList<int> clips = clipTable_->pickedRows(), dives = diveTable_->pickedRows();
   if (shelf_) {
-    showShelf(shelf_->device());
+    showShelf(shelf_->shelf);
   } else {
     showClipRows(shown_.clips, false);
     showDiveRows(shown_.dives, false);
@@ -400,7 +399,7 @@ void ViewController::rangeChanged() {
     // No device: the period filters the library's lists, and is kept for the next listing.
     // The session is not asked to list: the lists of a device gone would push the shelf away.
     stack_.logs.setSearchRange(chosenRangeMonths());
-    showShelf(lists().device());
+    askShelf(lists().device());
     return;
   }
   stack_.list(chosenRangeMonths(), [this](const Outcome &outcome) { showOutcome(outcome); });
@@ -466,20 +465,16 @@ void ViewController::exportLogbookClicked() {
   const std::optional<LogbookExportRequest> request =
       AskLogbookExport(this, device, selected, programFolder(), chooseExportFile);
   if (!request) return;
-  // What to write is read here, where the library lives; the writing, most of the time for
-  // years of dives, goes to a thread of its own.
-  LogbookToWrite toWrite = ReadLogbook(stack_.library, *request);
-  if (!toWrite.result.ok()) {
-    exportEnded(toWrite.result.sentence);
-    return;
-  }
+  // Without a library there is nothing to read, and its notice says why.
+  if (!stack_.library.isOpen()) return exportEnded(stack_.library.notice());
   ui_->button_export_logbook->setEnabled(false);
   ui_->label_status->setText(Localized("status_exporting"));
-  exportWriter_.start([this, toWrite = std::move(toWrite)] {
-    const QString said = WriteLogbook(toWrite).sentence;
-    QMetaObject::invokeMethod(
-        this, [this, said] { exportEnded(said); }, Qt::QueuedConnection);
-  });
+  reader_.read<QString>(
+      this,
+      [request = *request](const Library &library) {
+        return ExportLogbook(library, request).sentence;
+      },
+      [this](const QString &said) { exportEnded(said); });
 }
 
 void ViewController::exportEnded(const QString &said) {
@@ -559,7 +554,7 @@ void ViewController::showPhase() {
     // stopped answering keeps its own, greyed, with Reconnect.
     if (!shelfLooked_ && !jobPanel_->running()) {
       shelfLooked_ = true;
-      showShelf();
+      askShelf();
     }
     return;
   }
@@ -582,17 +577,27 @@ void ViewController::showPhase() {
       break;  // the operations say how they ended
   }
   shelfLooked_ = false;
+  ++shelfAsked_;  // a shelf on its way stays away from the device's lists
   if (lists().fromLibrary()) putShelfAway();
   if (!text.isEmpty() && ui_->label_status->text() != text) ui_->label_status->setText(text);
 }
 
-void ViewController::showShelf(const std::optional<DeviceKey> &device) {
-  const QList<DeviceKey> devices = stack_.library.devices();
-  if (devices.isEmpty()) return;
-  shelf_ = std::make_unique<ShelfListSource>(
-      ReadShelf(stack_.library, device.value_or(devices.first()),
-                SearchDateBound(chosenRangeMonths(), stack_.logs.today())));
+void ViewController::askShelf(const std::optional<DeviceKey> &device) {
+  if (!stack_.library.isOpen()) return;
+  const int asked = ++shelfAsked_;
+  const int32_t fromDay = SearchDateBound(chosenRangeMonths(), stack_.logs.today());
+  reader_.read<std::optional<LibraryShelf>>(
+      this,
+      [device, fromDay](const Library &library) { return ReadShelf(library, device, fromDay); },
+      [this, asked](const std::optional<LibraryShelf> &shelf) {
+        if (shelf && asked == shelfAsked_) showShelf(*shelf);
+      });
+}
+
+void ViewController::showShelf(LibraryShelf read) {
+  shelf_ = std::make_unique<ShelfListSource>(std::move(read));
   const LibraryShelf &shelf = shelf_->shelf;
+  const QList<DeviceKey> &devices = shelf.devices;
   deviceChooser_->clear();
   for (const DeviceKey &key : devices) deviceChooser_->addItem(ShelfDeviceName(key));
   deviceChooser_->setCurrentIndex(int(devices.indexOf(shelf.device)));

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QThreadPool>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -9,6 +8,7 @@
 #include "DeviceDiscovery.h"
 #include "DeviceStack.h"
 #include "IndexTable.h"
+#include "LibraryReader.h"
 #include "LibraryShelf.h"
 #include "ListSource.h"
 #include "SaveJobPanel.h"
@@ -121,8 +121,11 @@ class ViewController : public QWidget {
   // Downloads/Mrvtq5dk, which holds the voice and log folders.
   QString programFolder() const;
   // With no device plugged in, the lists show what the library holds of a device: the
-  // one chosen, else the one seen last. A device chooser shows when there are several.
-  void showShelf(const std::optional<DeviceKey> &device = std::nullopt);
+  // one chosen, else the one seen last. It is read away from the UI thread and shown when
+  // it comes, unless a device has taken the lists meanwhile.
+  void askShelf(const std::optional<DeviceKey> &device = std::nullopt);
+  // A device chooser shows when the library holds several.
+  void showShelf(LibraryShelf shelf);
   // A device is connecting: its own lists take the tables back.
   void putShelfAway();
 
@@ -141,8 +144,10 @@ class ViewController : public QWidget {
   DeviceListSource deviceLists_{stack_, shown_};
   std::unique_ptr<ShelfListSource> shelf_;  // while the lists show the library; main thread
   bool shelfLooked_ = false;                // the library was asked since the device went
-  // Writes the logbook away from the UI thread; waited for when the window goes.
-  QThreadPool exportWriter_;
+  int shelfAsked_ = 0;  // counts the shelves asked for: only the last one asked is shown
+  // Reads the shelves and writes the logbook away from the UI thread; the one under way is
+  // waited for when the window goes.
+  LibraryReader reader_{stack_.library.path()};
   QLabel *deviceChooserLabel_ = nullptr;
   QComboBox *deviceChooser_ = nullptr;
   QPushButton *preferences_ = nullptr;

@@ -25,12 +25,11 @@ std::optional<QString> ClipFile(const Library &library, const DeviceKey &device,
   return std::nullopt;
 }
 
-}  // namespace
-
-LogbookExportResult ExportLogbook(const Library &library, const LogbookExportRequest &request) {
-  const LogbookToWrite toWrite = ReadLogbook(library, request);
-  return toWrite.result.ok() ? WriteLogbook(toWrite) : toWrite.result;
-}
+// The dives and clips to write, read from the library first.
+struct LogbookToWrite {
+  UddfLogbook logbook;
+  LogbookExportResult result;  // its path; a failure when there is nothing to write
+};
 
 LogbookToWrite ReadLogbook(const Library &library, const LogbookExportRequest &request) {
   LogbookToWrite toWrite;
@@ -104,4 +103,11 @@ LogbookExportResult WriteLogbook(const LogbookToWrite &toWrite) {
   if (written.damagedDives > 0)
     result.sentence += u' ' + Localized("export_dives_without_date", written.damagedDives);
   return result;
+}
+
+}  // namespace
+
+LogbookExportResult ExportLogbook(const Library &library, const LogbookExportRequest &request) {
+  const LogbookToWrite toWrite = ReadLogbook(library, request);
+  return toWrite.result.ok() ? WriteLogbook(toWrite) : toWrite.result;
 }

@@ -5,7 +5,6 @@
 
 #include "Library.h"
 #include "SaveResult.h"
-#include "UddfWriter.h"
 
 // What to export: the library's dives as one UDDF 3.2.3 logbook file.
 struct LogbookExportRequest {
@@ -42,14 +41,5 @@ struct LogbookExportResult {
 // Downloads folder, and was recorded during an exported dive of its device; its path is
 // written relative to the logbook's folder. A library without dives (or none passing the
 // filters) gives a valid logbook without dives. The file is committed whole or not at all.
+// Touches only the library given: any thread, with a library made on that thread.
 LogbookExportResult ExportLogbook(const Library &library, const LogbookExportRequest &request);
-
-// The same in two steps, so that the writing, the long part, can leave the library's thread.
-struct LogbookToWrite {
-  UddfLogbook logbook;
-  LogbookExportResult result;  // its path; a failure when there is nothing to write
-};
-// Reads what the request asks for from the library, on the library's thread.
-LogbookToWrite ReadLogbook(const Library &library, const LogbookExportRequest &request);
-// Writes it, on any thread: the library is not touched.
-LogbookExportResult WriteLogbook(const LogbookToWrite &toWrite);

@@ -270,10 +270,10 @@ TEST_F(WindowTest, OnceTheDeviceIsGoneTheListsShowTheLibrary) {
   ASSERT_TRUE(chooser->isVisible());
   ASSERT_EQ(chooser->count(), 2);
   chooser->activated(1);
-  EXPECT_EQ(dives->model()->rowCount(), 1);
+  ASSERT_TRUE(WaitFor([&] { return dives->model()->rowCount() == 1; }));
   EXPECT_EQ(clips->model()->rowCount(), 0);  // older than the month
   Outlet<QComboBox>(window, "comboBox_index_search_range")->setCurrentIndex(1);
-  EXPECT_EQ(clips->model()->rowCount(), 1);
+  ASSERT_TRUE(WaitFor([&] { return clips->model()->rowCount() == 1; }));
   EXPECT_EQ(text("label_status"), Localized("status_browsing_library").arg("QM482 SN.11110000"));
 
   // Started again without the device, in Japanese: the library under the plug-in instruction.
@@ -420,8 +420,8 @@ TEST(LibraryShelfTest, RowsFromElsewhereShowAsNothingSaved) {
   ASSERT_TRUE(OtherProgramSql(path, {"INSERT INTO dives VALUES (1, 4, NULL, x'0102')",
                                      "INSERT INTO clips VALUES (1, 'odd', 'garbage', NULL)",
                                      "UPDATE files SET kind = 'photo'"}));
-  Library library(path);
-  const LibraryShelf shelf = ReadShelf(library, device, 20000101);
+  Library library(path, Library::Access::Reader);
+  const LibraryShelf shelf = *ReadShelf(library, device, 20000101);
   ASSERT_EQ(shelf.dives.size(), 1);
   EXPECT_TRUE(shelf.dives[0].damage.has_value());
   EXPECT_EQ(shelf.diveFiles[0], std::nullopt);
