@@ -69,7 +69,6 @@ class LogTransferTest : public DeviceSessionFixture {
     ASSERT_TRUE(settle());
     QCoreApplication::processEvents();  // the rows, handed to this thread
   }
-  void setRange(int months) { logs.setSearchRange(months); }
   // The newest dive listed, as the window's button asks for it with the first row picked.
   void downloadNewest() { logs.downloadDive(published().dives.value(0).number, watch.outcomes()); }
   QList<QByteArray> pageRequests() const {
@@ -119,7 +118,7 @@ TEST_F(LogTransferTest, RowsFollowTheRangeInJapanTimeWhileEveryHeldDiveIsFetched
   plugIn(Holding(dives, firstNumber + int(dives.size())));
   ASSERT_TRUE(tickUntil(TRY_TX_LOG_HISTORY));
   for (const int range : ranges) {
-    setRange(range);
+    logs.setSearchRange(range);
     relist();
     const int32_t bound = session->state().searchFromDate;
     QStringList rows;
@@ -175,7 +174,7 @@ TEST_F(LogTransferTest, SavingLeavesWhatIsInTheWayUntilTheCsvIsWhole) {
   const sim::Dive older = DiveAt(QDateTime(QDate(2023, 10, 1), QTime(2, 0), QTimeZone::utc()), 30);
   sim::Options slowLink;
   slowLink.bytesPerSecond = 4000;  // a page takes a second
-  setRange(60);
+  logs.setSearchRange(60);
   connectAndList(Holding({older, dive}, 2), slowLink);
   const QString folder = paths().logFolder, csv = folder + "/2023-11-05_23-00_45_profile.csv";
   WriteFile(csv, "an older download");

@@ -12,19 +12,17 @@
 #include <QSqlQuery>
 #include <QThread>
 
-TemporaryHome::TemporaryHome()
-    : oldHome_(qgetenv("HOME")),
-      oldConfig_(qgetenv("XDG_CONFIG_HOME")),
-      oldData_(qgetenv("XDG_DATA_HOME")) {
-  qputenv("HOME", dir_.path().toUtf8());
-  qputenv("XDG_CONFIG_HOME", (dir_.path() + QStringLiteral("/.config")).toUtf8());
-  qputenv("XDG_DATA_HOME", (dir_.path() + QStringLiteral("/.local/share")).toUtf8());
+TemporaryHome::TemporaryHome() {
+  for (const auto &[name, below] : {std::pair{"HOME", ""},
+                                    {"XDG_CONFIG_HOME", "/.config"},
+                                    {"XDG_DATA_HOME", "/.local/share"}}) {
+    saved_.append({name, qgetenv(name)});
+    qputenv(name, (dir_.path() + below).toUtf8());
+  }
 }
 
 TemporaryHome::~TemporaryHome() {
-  qputenv("HOME", oldHome_);
-  qputenv("XDG_CONFIG_HOME", oldConfig_);
-  qputenv("XDG_DATA_HOME", oldData_);
+  for (const auto &[name, value] : saved_) qputenv(name, value);
 }
 
 QByteArray ReadFile(const QString &path) {
@@ -91,12 +89,6 @@ ProgramRun RunProcess(const QString &program, const QStringList &arguments,
   EXPECT_TRUE(process.waitForFinished(120000)) << qPrintable(program);
   return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
           QString::fromUtf8(process.readAllStandardError())};
-}
-
-ProgramRun RunChild(const QString &test, const QString &home) {
-  return RunProcess(
-      QCoreApplication::applicationFilePath(), {"--gtest_filter=" + test},
-      {{"MRVTQ5DK_CHILD", "1"}, {"HOME", home}, {"XDG_CONFIG_HOME", home + "/.config"}});
 }
 
 bool WaitFor(const std::function<bool()> &condition, int timeoutMs) {

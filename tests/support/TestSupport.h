@@ -20,7 +20,7 @@ class TemporaryHome {
 
  private:
   QTemporaryDir dir_;
-  QByteArray oldHome_, oldConfig_, oldData_;
+  QList<std::pair<const char *, QByteArray>> saved_;  // each variable as it was
 };
 
 // Waits (processing Qt events) until the condition holds or the timeout passes.
@@ -41,16 +41,6 @@ struct ProgramRun {
 // Runs a program to its end (two minutes at most), in this environment plus extra.
 ProgramRun RunProcess(const QString &program, const QStringList &arguments,
                       const QMap<QString, QString> &extra = {});
-
-// Runs this test program again as a child running only the named test, with HOME set
-// and MRVTQ5DK_CHILD in its environment (the test's cue to play the child's part).
-ProgramRun RunChild(const QString &test, const QString &home);
-// The status of a child whose process should have ended before its test's end: not 1,
-// which a failed test in the child also gives.
-constexpr int kChildWentOn = 70;
-inline bool IsChildRun() {
-  return qEnvironmentVariableIsSet("MRVTQ5DK_CHILD");
-}
 
 // While alive, no file of this process may grow past the given size: writes beyond it
 // fail as on a full disk.
