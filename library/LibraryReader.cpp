@@ -1,5 +1,7 @@
 #include "LibraryReader.h"
 
+#include <optional>
+
 #ifdef __linux__
 #include <pthread.h>
 #endif

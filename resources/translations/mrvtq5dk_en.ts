@@ -164,10 +164,6 @@
         <source>status_downloading</source>
         <translation>Downloading %1...</translation>
     </message>
-    <message id="status_saved">
-        <source>status_saved</source>
-        <translation>Saved %1.</translation>
-    </message>
     <message id="library_set_aside">
         <source>library_set_aside</source>
         <translation>The library of saved files could not be read; it was set aside as %1 and a new one was started. Your files are untouched.</translation>

@@ -164,10 +164,6 @@
         <source>status_downloading</source>
         <translation>%1 をダウンロードしています…</translation>
     </message>
-    <message id="status_saved">
-        <source>status_saved</source>
-        <translation>%1 を保存しました。</translation>
-    </message>
     <message id="library_set_aside">
         <source>library_set_aside</source>
         <translation>保存済みファイルのライブラリを読み込めなかったため、%1 として退避し、新しいライブラリを作成しました。ファイルはそのままです。</translation>
