@@ -36,7 +36,7 @@ const char *const kSchema[] = {
 };
 constexpr int kTableCount = 4;
 
-std::atomic<int> g_connections = 0;  // libraries are opened on more than one thread
+std::atomic<int> connectionsOpened = 0;  // libraries are opened on more than one thread
 
 // "<file>.broken-<yyyyMMdd-HHmmss>", or with "-2", "-3"... when that is taken.
 QString SetAsideName(const QString &path) {
@@ -71,7 +71,7 @@ QString Library::DefaultPath() {
 
 Library::Library(QString path, Access access)
     : path_(QDir::cleanPath(QFileInfo(path).absoluteFilePath())),
-      connection_(QStringLiteral("mrvtq5dk-library-%1").arg(++g_connections)) {
+      connection_(QStringLiteral("mrvtq5dk-library-%1").arg(++connectionsOpened)) {
   QDir().mkpath(QFileInfo(path_).path());
   const QByteArray file = path_.toUtf8();
   QString why;
@@ -160,11 +160,8 @@ Library::Opening Library::connect(QString &why, Access access) {
   const auto version = value("PRAGMA user_version");
   const auto objects = value("SELECT COUNT(*) FROM sqlite_master");
   if (!version || !objects) return failed();
-  if (version->toInt() == 0 && objects->toInt() == 0) {
-    if (!owner) {
-      why = QStringLiteral("no tables to read");
-      return Opening::Broken;
-    }
+  // Only the owner creates; to a reader an empty file is of no version it knows.
+  if (owner && version->toInt() == 0 && objects->toInt() == 0) {
     const bool created = InTransaction(connection_, "create", [](QSqlDatabase &db) {
       QSqlQuery create(db);
       for (const char *statement : kSchema)
